@@ -1,0 +1,62 @@
+#include "core/conversion_chain.h"
+
+#include "core/parser_factory.h"
+#include "core/writer_factory.h"
+#include "framing/nal_builder_dvb_subtitle.h"
+#include "framing/nal_builder_raw.h"
+#include "framing/nal_builder_teletext.h"
+#include "util/exception.h"
+
+namespace korr::encoding::subtitling::inline v2_1 {
+
+namespace {
+
+namespace es = packaging::lib_parse_es;
+
+std::unique_ptr<es::NALBuilder> createFramer(SubtitleInputType inputType) {
+  switch (inputType) {
+    case SubtitleInputType::Teletext:
+      return std::make_unique<es::NALBuilderTeletext>();
+    case SubtitleInputType::DvbSubtitle:
+      return std::make_unique<es::NALBuilderDVBSubtitle>();
+    case SubtitleInputType::ClosedCaption:
+      return std::make_unique<es::NALBuilderRaw>(es::NALBuilderRaw::kCaptionType);
+  }
+  throw util::TessaryException("Unexpected subtitle input type");
+}
+
+std::unique_ptr<TimedTextBuilder> createBuilder(IOutputSink& sink,
+                                                const ConversionChain::Settings& settings,
+                                                log::ILogger* logger,
+                                                const ConversionChain::WriterFactory& makeWriter) {
+  ISubtitleContainer* container = nullptr;
+  auto parser = createParser({.inputType = settings.inputType,
+                              .page = settings.page,
+                              .container = &container,
+                              .pageOption = settings.pageOption,
+                              .logger = logger});
+  auto writer = makeWriter(*container);
+  const auto segmentDuration = static_cast<std::int64_t>(settings.durationMs * kMillisecond);
+  return std::make_unique<TimedTextBuilder>(
+      sink, std::move(parser), std::move(writer),
+      TimedTextBuilder::Settings{.segmentDuration = segmentDuration,
+                                 .isTtml = settings.mode == ConversionMode::Ttml});
+}
+
+}  // namespace
+
+ConversionChain::ConversionChain(IOutputSink& sink, const Settings& settings, log::ILogger* logger)
+    : ConversionChain(sink, settings, logger, [&settings](ISubtitleContainer& container) {
+        return createWriter(
+            {.container = container, .mode = settings.mode, .ttmlOption = settings.ttmlOption});
+      }) {
+}
+
+ConversionChain::ConversionChain(IOutputSink& sink, const Settings& settings, log::ILogger* logger,
+                                 const WriterFactory& makeWriter)
+    : builder_(createBuilder(sink, settings, logger, makeWriter)),
+      framer_(createFramer(settings.inputType)) {
+  framer_->setListener(builder_.get());
+}
+
+}  // namespace korr::encoding::subtitling::inline v2_1

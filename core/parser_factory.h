@@ -1,0 +1,30 @@
+// Which parser reads which input.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "core/interfaces.h"
+#include "core/modes.h"
+#include "log/logger.h"
+
+namespace korr::encoding::subtitling::inline v2_1 {
+
+/// What the parser factory is given.
+struct ParserRequest {
+  SubtitleInputType inputType = SubtitleInputType::Teletext;
+  /// Teletext: magazine * 256 + page number. Captions: service 1 to 4. DVB: not used.
+  std::uint32_t page = 0;
+  /// Receives the parser's second face; owned by the parser.
+  ISubtitleContainer** container = nullptr;
+  /// Teletext only: the default character-set group.
+  std::uint32_t pageOption = 0;
+  /// Takes the parser's warnings; may be null, not owned.
+  log::ILogger* logger = nullptr;
+};
+
+/// Makes the parser for an input type and stores its container. Throws "Unexpected subtitle input
+/// type".
+std::unique_ptr<ISubtitleParser> createParser(const ParserRequest& request);
+
+}  // namespace korr::encoding::subtitling::inline v2_1

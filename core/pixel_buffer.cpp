@@ -1,0 +1,30 @@
+#include "core/pixel_buffer.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+namespace korr::encoding::subtitling::inline v2_1 {
+
+PixelBuffer::PixelBuffer(std::uint32_t width, std::uint32_t height) {
+  constexpr std::size_t kBytesPerPixel = 4;
+  constexpr std::uint64_t kMostPixels = std::numeric_limits<std::ptrdiff_t>::max() / kBytesPerPixel;
+  const std::uint64_t pixels = std::uint64_t{width} * height;
+  if (pixels > kMostPixels) throw std::bad_alloc();
+  if (pixels == 0) return;
+  size_ = static_cast<std::size_t>(pixels) * kBytesPerPixel;
+  bytes_.reset(static_cast<std::uint8_t*>(std::calloc(size_, 1)));
+  if (!bytes_) throw std::bad_alloc();
+}
+
+void PixelBuffer::addPaintedRows(RowRange rows) {
+  if (rows.first >= rows.end) return;
+  if (painted_.first == painted_.end) {
+    painted_ = rows;
+    return;
+  }
+  painted_.first = std::min(painted_.first, rows.first);
+  painted_.end = std::max(painted_.end, rows.end);
+}
+
+}  // namespace korr::encoding::subtitling::inline v2_1

@@ -1,0 +1,21 @@
+#include "core/writer_factory.h"
+
+#include "util/exception.h"
+
+namespace korr::encoding::subtitling::inline v2_1 {
+
+std::unique_ptr<ISubtitleConverter> createWriter(const WriterRequest& request) {
+  switch (request.mode) {
+    case ConversionMode::Ttml:
+    case ConversionMode::WebVtt:
+    case ConversionMode::YoutubeSrt:
+    case ConversionMode::Disable:
+    case ConversionMode::PassThrough:
+    case ConversionMode::BurnIntoVideo:
+    case ConversionMode::Amf:
+      break;
+  }
+  throw util::TessaryException("Unexpected subtitle conversion mode");
+}
+
+}  // namespace korr::encoding::subtitling::inline v2_1

@@ -1,0 +1,35 @@
+#!/bin/sh
+# Installs every Debian package that building, testing and packaging use. Quick when all is there.
+set -eu
+cd "$(dirname "$0")/.."
+
+packages="
+  build-essential ca-certificates cmake ninja-build pkg-config
+  libtinyxml-dev libbitstream-dev libavformat-dev libavcodec-dev libavutil-dev libpng-dev
+  nlohmann-json3-dev libcli11-dev googletest libbenchmark-dev
+  clang libclang-rt-14-dev
+  g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev nsis zip unzip
+  chromium
+"
+
+missing=""
+for package in $packages; do
+  status=$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null || true)
+  [ "$status" = "install ok installed" ] || missing="$missing $package"
+done
+
+if [ -n "$missing" ]; then
+  as_root=""
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || {
+      echo "setup: these packages are missing, and neither root nor sudo is here to install them:$missing" >&2
+      exit 1
+    }
+    as_root="sudo"
+  fi
+  echo "setup: installing$missing"
+  export DEBIAN_FRONTEND=noninteractive
+  $as_root apt-get -qq update
+  # shellcheck disable=SC2086  # one word per package
+  $as_root apt-get -qq install -y --no-install-recommends $missing >/dev/null
+fi

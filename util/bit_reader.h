@@ -1,0 +1,65 @@
+// Bits out of bytes, most significant bit first.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace korr::util::inline v2_1 {
+
+/// Reads bit fields, most significant bit first. A read that needs more bits than remain gives 0 as
+/// a whole and uses up the rest, so a loop over damaged data always ends. A copy is a peek: it
+/// reads on without moving the original.
+class BitReader {
+ public:
+  constexpr explicit BitReader(std::span<const std::uint8_t> bytes)
+      : bytes_(bytes.data()), bitCount_(bytes.size() * 8) {}
+
+  /// Reads `width` bits, 0 to 32.
+  constexpr std::uint32_t read(unsigned width) {
+    if (width > bitsLeft()) {
+      position_ = bitCount_;
+      failed_ = true;
+      return 0;
+    }
+    if (width == 0) return 0;
+    const std::size_t first = position_ / 8;
+    const std::size_t last = (position_ + width - 1) / 8;
+    std::uint64_t value = 0;
+    for (std::size_t i = first; i <= last; ++i) value = value << 8 | bytes_[i];
+    position_ += width;
+    const std::size_t below = (last + 1) * 8 - position_;
+    return static_cast<std::uint32_t>(value >> below & ((std::uint64_t{1} << width) - 1));
+  }
+
+  constexpr bool readFlag() { return read(1) != 0; }
+
+  /// Passes over `width` bits of any number, with the rule of `read`.
+  constexpr void skip(std::size_t width) {
+    if (width > bitsLeft()) {
+      position_ = bitCount_;
+      failed_ = true;
+      return;
+    }
+    position_ += width;
+  }
+
+  constexpr std::size_t position() const { return position_; }
+  constexpr std::size_t bitsLeft() const { return bitCount_ - position_; }
+
+  /// True as soon as the last bit has been read.
+  constexpr bool exhausted() const { return position_ == bitCount_; }
+
+  constexpr bool isByteAligned() const { return position_ % 8 == 0; }
+
+  /// Whether any read so far asked for more bits than there were.
+  constexpr bool failed() const { return failed_; }
+
+ private:
+  const std::uint8_t* bytes_;
+  std::size_t bitCount_;
+  std::size_t position_ = 0;
+  bool failed_ = false;
+};
+
+}  // namespace korr::util::inline v2_1
