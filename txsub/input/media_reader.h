@@ -1,0 +1,109 @@
+// What every kind of recording looks like to the rest of the program.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/media_time.h"
+#include "core/modes.h"
+#include "log/logger.h"
+
+namespace korr::txsub {
+
+using encoding::subtitling::MediaTime;
+using encoding::subtitling::SubtitleInputType;
+
+/// One input sample, exactly as the filter's input pin would receive it.
+struct InputSample {
+  struct Times {
+    MediaTime start = 0;
+    MediaTime stop = 0;
+
+    friend bool operator==(const Times&, const Times&) = default;
+  };
+
+  std::vector<std::uint8_t> data;
+  std::optional<Times> times;
+  bool sync = false;           ///< begins a PES payload
+  bool discontinuity = false;  ///< the unit's second flag
+  /// The format block of a media type attached to this sample.
+  std::optional<std::vector<std::uint8_t>> format;
+
+  friend bool operator==(const InputSample&, const InputSample&) = default;
+};
+
+/// One stream of a recording that can carry subtitles: a teletext or DVB subtitle stream, a caption
+/// track, or a video stream with captions in its pictures.
+struct StreamInfo {
+  std::uint32_t id = 0;       ///< names the stream in calls; unique within its reader
+  std::uint32_t pid = 0;      ///< PID in a transport stream, track number elsewhere
+  std::uint32_t program = 0;  ///< program_number; 0 when there is none
+  SubtitleInputType type = SubtitleInputType::Teletext;
+  bool isVideo = false;  ///< captions travel in its pictures, and may be absent
+  /// The elementary stream's descriptors as the PMT carries them (tag, length, body), concatenated;
+  /// empty when there are none.
+  std::vector<std::uint8_t> descriptors;
+  std::string language;  ///< ISO 639-2 code where the container gives one beside descriptors
+};
+
+/// Takes what a reader finds, on the thread that calls `read`.
+class IReaderListener {
+ public:
+  virtual ~IReaderListener() = default;
+
+  /// A stream was found, or its description changed (same id). Answers whether its samples are
+  /// wanted; the reader spends next to nothing on the others.
+  virtual bool onStream(const StreamInfo& stream) = 0;
+
+  /// One sample of a wanted stream. Teletext and DVB: a PES data field from its data_identifier on.
+  /// Captions: the cc_data triplets of one picture, in presentation order.
+  virtual void onSample(const StreamInfo& stream, const InputSample& sample) = 0;
+};
+
+/// How far a reader has come.
+struct ReadProgress {
+  std::uint64_t bytesRead = 0;
+  std::optional<std::uint64_t> bytesTotal;  ///< nothing for a pipe
+};
+
+/// Reads one recording from front to back. Not thread-safe. Damage is reported to the logger (what,
+/// where, what is done about it) and passed over; only an input that cannot be read at all throws
+/// util::TessaryException.
+class IMediaReader {
+ public:
+  virtual ~IMediaReader() = default;
+
+  /// Reads on a little (about a megabyte) and reports what it finds. False at the end, after
+  /// everything held back has been reported.
+  virtual bool read(IReaderListener& listener) = 0;
+
+  virtual ReadProgress progress() const = 0;
+
+  /// Where the recording starts: time 0 of playable files. Nothing until a time was seen.
+  virtual std::optional<MediaTime> startTime() const = 0;
+
+  /// Where the recording ends, as far as it has been read.
+  virtual std::optional<MediaTime> endTime() const = 0;
+};
+
+/// Takes bytes of the input into `buffer` and returns how many, 0 at its end. Throws
+/// util::TessaryException when reading fails. May return less than asked for.
+class IByteSource {
+ public:
+  virtual ~IByteSource() = default;
+
+  virtual std::size_t read(std::uint8_t* buffer, std::size_t size) = 0;
+  virtual std::optional<std::uint64_t> size() const = 0;  ///< nothing for a pipe
+};
+
+struct ReaderOptions {
+  /// Only this PID; also read when no PAT or PMT names it.
+  std::optional<std::uint32_t> pid;
+  log::ILogger* logger = nullptr;
+};
+
+}  // namespace korr::txsub
