@@ -81,6 +81,10 @@ class IMediaReader {
   /// everything held back has been reported.
   virtual bool read(IReaderListener& listener) = 0;
 
+  /// Samples of this stream are no longer wanted: from now on the reader spends next to nothing on
+  /// it. Also called from within `onStream` and `onSample`.
+  virtual void unselect(std::uint32_t streamId) = 0;
+
   virtual ReadProgress progress() const = 0;
 
   /// Where the recording starts: time 0 of playable files. Nothing until a time was seen.
