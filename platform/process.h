@@ -1,0 +1,13 @@
+// Who and where this process is.
+#pragma once
+
+#include <string>
+
+namespace korr::platform::inline v2_1 {
+
+/// The machine's name as the network knows it, "-" when it has none. ASCII without blanks.
+std::string hostName();
+
+unsigned long processId();
+
+}  // namespace korr::platform::inline v2_1
