@@ -1,0 +1,45 @@
+// Video elementary streams with captions, small enough to read in a test.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "txsub/input/video_syntax.h"
+
+namespace korr::test_support {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// `parts` one after the other.
+Bytes join(std::initializer_list<std::span<const std::uint8_t>> parts);
+
+/// cc_data triplets that carry `text` in field 1, two characters a triplet, with parity.
+Bytes textTriplets(std::string_view text);
+
+/// ATSC user data from "GA94" on, around cc_data triplets. `count` may lie; -1 counts them.
+Bytes atscUserData(std::span<const std::uint8_t> triplets, int count = -1);
+
+/// An SEI message. `size` may lie; -1 is the size of the payload.
+Bytes seiMessage(std::size_t type, std::span<const std::uint8_t> payload, int size = -1);
+
+/// The SEI message around ATSC user data.
+Bytes captionSeiMessage(std::span<const std::uint8_t> triplets);
+
+/// An SEI unit with start code and emulation prevention, around messages.
+Bytes seiUnit(txsub::VideoCodec codec, std::span<const std::uint8_t> messages);
+
+/// One coded picture with everything that belongs to it, in coding order.
+struct Picture {
+  txsub::VideoCodec codec = txsub::VideoCodec::H264;
+  Bytes triplets{};           ///< none: a picture without captions
+  int temporalReference = 0;  ///< MPEG-2
+  bool beginsGroup = false;   ///< MPEG-2: behind a sequence header of 29.97 Hz and a group header
+  std::size_t slices = 2;
+  std::size_t sliceBytes = 40;  ///< of each slice's data
+};
+Bytes encode(const Picture& picture);
+
+}  // namespace korr::test_support

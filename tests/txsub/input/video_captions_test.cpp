@@ -1,0 +1,261 @@
+#include "txsub/input/video_captions.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/support/video_builder.h"
+#include "txsub/input/start_code.h"
+
+namespace korr::txsub {
+namespace {
+
+using encoding::subtitling::kSecond;
+using test_support::atscUserData;
+using test_support::Bytes;
+using test_support::captionSeiMessage;
+using test_support::encode;
+using test_support::join;
+using test_support::Picture;
+using test_support::seiMessage;
+using test_support::seiUnit;
+using test_support::textTriplets;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr MediaTime kFrame = kSecond * 1001 / 30000;
+
+std::string textOf(std::span<const std::uint8_t> triplets) {
+  std::string text;
+  for (std::size_t i = 0; i + 2 < triplets.size(); i += 3) {
+    text += static_cast<char>(triplets[i + 1] & 0x7F);
+    text += static_cast<char>(triplets[i + 2] & 0x7F);
+  }
+  return text;
+}
+
+class RecordingLogger final : public log::ILogger {
+ public:
+  void logV(log::Level, const char* format, std::va_list arguments) override {
+    lines.push_back(util::vformat(format, arguments));
+  }
+  void nameBufferCounters(const char*) override {}
+
+  std::vector<std::string> lines;
+};
+
+/// An extractor and what came out of it: time and text of each sample.
+struct Extraction {
+  explicit Extraction(VideoCodec codec)
+      : extractor(codec,
+                  [this](MediaTime time, std::span<const std::uint8_t> triplets) {
+                    samples.emplace_back(time, textOf(triplets));
+                  },
+                  {&logger, "PID 256"}) {}
+
+  void pes(std::optional<MediaTime> pts, const Bytes& payload) {
+    extractor.beginPes(pts);
+    extractor.feed(payload);
+  }
+
+  RecordingLogger logger;
+  std::vector<std::pair<MediaTime, std::string>> samples;
+  VideoCaptionExtractor extractor;
+};
+
+class EveryCodec : public testing::TestWithParam<VideoCodec> {
+ protected:
+  Bytes picture(std::string_view text) const {
+    return encode({.codec = GetParam(), .triplets = textTriplets(text)});
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(VideoCaptions, EveryCodec,
+                         testing::Values(VideoCodec::Mpeg2, VideoCodec::H264, VideoCodec::Hevc));
+
+TEST_P(EveryCodec, ComesOutInPresentationOrder) {
+  Extraction out{GetParam()};
+  out.pes(1 * kFrame, picture("I1"));
+  out.pes(4 * kFrame, picture("P4"));
+  out.pes(2 * kFrame, picture("B2"));
+  out.pes(3 * kFrame, picture(""));
+  out.extractor.flush();
+  EXPECT_THAT(out.samples,
+              ElementsAre(Pair(1 * kFrame, "I1"), Pair(2 * kFrame, "B2"), Pair(4 * kFrame, "P4")));
+  EXPECT_THAT(out.logger.lines, IsEmpty());
+}
+
+TEST_P(EveryCodec, TakesEveryCutOfTheStream) {
+  // A byte of 00 in the text needs emulation prevention, and looks like the next start code.
+  const Bytes stream = join({picture("first"), picture(std::string_view("\0\0\0\1", 4)),
+                             encode({.codec = GetParam()}), picture("last")});
+  Extraction whole{GetParam()};
+  whole.pes(kSecond, stream);
+  whole.extractor.flush();
+  ASSERT_FALSE(whole.samples.empty());
+
+  for (std::size_t piece = 1; piece < 50; ++piece) {
+    Extraction cut{GetParam()};
+    cut.extractor.beginPes(kSecond);
+    for (std::size_t at = 0; at < stream.size(); at += piece) {
+      cut.extractor.feed(std::span(stream).subspan(at, std::min(piece, stream.size() - at)));
+    }
+    cut.extractor.flush();
+    EXPECT_EQ(cut.samples, whole.samples) << "pieces of " << piece;
+  }
+}
+
+TEST_P(EveryCodec, LossCostsOnlyTheTornUnit) {
+  Extraction out{GetParam()};
+  const Bytes torn = picture("torn");
+  out.pes(1 * kFrame, picture("good"));
+  out.extractor.beginPes(2 * kFrame);
+  out.extractor.feed(std::span(torn).first(20));
+  out.extractor.lostData();
+  out.extractor.feed(std::span(torn).last(60));
+  out.pes(3 * kFrame, picture("next"));
+  out.extractor.flush();
+  EXPECT_THAT(out.samples, ElementsAre(Pair(1 * kFrame, "good"), Pair(3 * kFrame, "next")));
+}
+
+TEST_P(EveryCodec, PicturesWithoutSlicesStayApart) {
+  Extraction out{GetParam()};
+  for (MediaTime i = 1; i <= 3; ++i) {
+    out.pes(i * kFrame, encode({.codec = GetParam(), .triplets = textTriplets("ab"), .slices = 0}));
+  }
+  out.extractor.flush();
+  EXPECT_THAT(out.samples,
+              ElementsAre(Pair(1 * kFrame, "ab"), Pair(2 * kFrame, "ab"), Pair(3 * kFrame, "ab")));
+}
+
+TEST_P(EveryCodec, AStepInTimeKeepsTheOrderOfTheStream) {
+  Extraction out{GetParam()};
+  out.pes(100 * kSecond, picture("before"));
+  out.pes(10 * kSecond, picture("then"));
+  out.extractor.flush();
+  EXPECT_THAT(out.samples, ElementsAre(Pair(100 * kSecond, "before"), Pair(10 * kSecond, "then")));
+}
+
+TEST_P(EveryCodec, SaysWhatItCannotPlaceInTime) {
+  Extraction out{GetParam()};
+  out.pes({}, picture("lost"));
+  out.pes(kSecond, picture("kept"));
+  out.extractor.flush();
+  EXPECT_THAT(out.samples, ElementsAre(Pair(kSecond, "kept")));
+  EXPECT_THAT(out.logger.lines, ElementsAre(HasSubstr("PID 256")));
+}
+
+TEST_P(EveryCodec, SurvivesNoise) {
+  std::mt19937 random{7};
+  Bytes stream;
+  for (int i = 0; i < 200; ++i) stream = join({stream, picture("some text")});
+  for (int i = 0; i < 2000; ++i) {
+    stream[random() % stream.size()] = static_cast<std::uint8_t>(random() % 4);
+  }
+  Extraction out{GetParam()};
+  for (std::size_t at = 0; at + 184 <= stream.size(); at += 184) {
+    if (random() % 3 == 0) out.extractor.beginPes(at * kFrame / 100);
+    out.extractor.feed(std::span(stream).subspan(at, 184));
+  }
+  out.extractor.flush();
+  EXPECT_FALSE(out.samples.empty());
+  EXPECT_LE(out.logger.lines.size(), 20U);
+}
+
+TEST(VideoCaptions, Mpeg2CountsPicturesWithoutPtsByTemporalReference) {
+  Extraction out{VideoCodec::Mpeg2};
+  const auto picture = [](int reference, std::string_view text, bool beginsGroup = false) {
+    return encode({.codec = VideoCodec::Mpeg2,
+                   .triplets = textTriplets(text),
+                   .temporalReference = reference,
+                   .beginsGroup = beginsGroup});
+  };
+  // Two open groups in coding order; only the first picture has a PTS.
+  out.pes(10 * kSecond,
+          join({picture(2, "I2", true), picture(0, "B0"), picture(1, "B1"), picture(5, "P5"),
+                picture(3, "B3"), picture(4, "B4"), picture(1, "i1", true), picture(0, "b0")}));
+  out.extractor.flush();
+  EXPECT_THAT(
+      out.samples,
+      ElementsAre(Pair(10 * kSecond - 2 * kFrame, "B0"), Pair(10 * kSecond - kFrame, "B1"),
+                  Pair(10 * kSecond, "I2"), Pair(10 * kSecond + kFrame, "B3"),
+                  Pair(10 * kSecond + 2 * kFrame, "B4"), Pair(10 * kSecond + 3 * kFrame, "P5"),
+                  Pair(10 * kSecond + 4 * kFrame, "b0"), Pair(10 * kSecond + 5 * kFrame, "i1")));
+}
+
+TEST(VideoCaptions, FieldsOfOneFrameAreOneSample) {
+  for (const VideoCodec codec : {VideoCodec::Mpeg2, VideoCodec::H264}) {
+    Extraction out{codec};
+    const auto field = [&](std::string_view text) {
+      return encode({.codec = codec, .triplets = textTriplets(text), .temporalReference = 6});
+    };
+    out.pes(kSecond, join({field("top."), field("bottom")}));
+    out.extractor.flush();
+    EXPECT_THAT(out.samples, ElementsAre(Pair(kSecond, "top.bottom")));
+  }
+}
+
+TEST(VideoCaptions, ReadsSeveralMessagesOfOneSei) {
+  const Bytes registeredElsewhere = seiMessage(4, Bytes{0xB5, 0x00, 0x3C, 1, 2, 3});
+  const Bytes large = seiMessage(300, Bytes(700, 0));
+  const Bytes sei = seiUnit(VideoCodec::H264, join({seiMessage(1, Bytes{0x12}), registeredElsewhere,
+                                                    captionSeiMessage(textTriplets("ab")), large,
+                                                    captionSeiMessage(textTriplets("cd"))}));
+  Extraction out{VideoCodec::H264};
+  out.pes(kSecond, join({sei, encode({.slices = 1})}));
+  out.extractor.flush();
+  EXPECT_THAT(out.samples, ElementsAre(Pair(kSecond, "abcd")));
+  EXPECT_THAT(out.logger.lines, IsEmpty());
+}
+
+TEST(VideoCaptions, ReadsDamagedUserDataAsFarAsItGoes) {
+  const Bytes provider{0xB5, 0x00, 0x31};
+  const Bytes userData = join({provider, atscUserData(textTriplets("abcd"))});
+  const Bytes tooLong = seiUnit(VideoCodec::H264, seiMessage(4, userData, 250));
+  const Bytes cutShort = seiUnit(
+      VideoCodec::H264, seiMessage(4, join({provider, atscUserData(textTriplets("efgh"), 31)})));
+  Extraction out{VideoCodec::H264};
+  out.pes(1 * kSecond, join({tooLong, encode({})}));
+  out.pes(2 * kSecond, join({cutShort, encode({})}));
+  out.extractor.flush();
+  EXPECT_THAT(out.samples, ElementsAre(Pair(1 * kSecond, "abcd"), Pair(2 * kSecond, "efgh")));
+  EXPECT_THAT(
+      out.logger.lines,
+      ElementsAre("PID 256, 1.000 s: an SEI message of 250 bytes ends after 18; read as far "
+                  "as it goes",
+                  "PID 256, 2.000 s: 29 of 31 caption triplets are cut off; the others are "
+                  "used"));
+}
+
+TEST(VideoCaptions, PassesOverUserDataThatIsNoCaptions) {
+  Bytes notProcessed = atscUserData(textTriplets("ab"));
+  notProcessed[5] &= 0xBF;  // process_cc_data_flag
+  Bytes barData = atscUserData(textTriplets("ab"));
+  barData[4] = 0x06;  // user_data_type_code of bar data
+  EXPECT_FALSE(captionsOfUserData(notProcessed));
+  EXPECT_FALSE(captionsOfUserData(barData));
+  EXPECT_FALSE(captionsOfUserData(Bytes{'G', 'A', '9', '4', 0x03}));
+}
+
+TEST(StartCode, IsFoundAtEveryPlace) {
+  for (std::size_t size = 0; size < 120; ++size) {
+    Bytes bytes(size, 0);  // zeros alone make no start code
+    EXPECT_EQ(findStartCode(bytes, 0), size);
+    for (std::size_t at = 0; at + 3 <= size; ++at) {
+      bytes.assign(size, 0x01);
+      bytes[at] = bytes[at + 1] = 0;
+      EXPECT_EQ(findStartCode(bytes, 0), at) << "of " << size;
+      EXPECT_EQ(findStartCode(bytes, at), at) << "of " << size;
+      EXPECT_EQ(findStartCode(bytes, at + 1), size) << "of " << size;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace korr::txsub
