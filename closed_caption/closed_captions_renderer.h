@@ -1,0 +1,42 @@
+// Closed captions in video frames.
+#pragma once
+
+#include "burn/burn_renderer.h"
+#include "burn/text_drawing.h"
+#include "core/interfaces.h"
+
+namespace korr::encoding::subtitling::closed_caption::inline v2 {
+
+/// Draws caption screens on a grid of 34 by 15 cells over the inner 80 % of the picture.
+class ClosedCaptionsRenderer final : public burn::BurnRenderer {
+ public:
+  /// The grid of one picture size, in pixels from the picture's corner.
+  struct Layout {
+    std::int64_t cellWidth = 0;
+    std::int64_t cellHeight = 0;
+    std::int64_t left = 0;  ///< of column 0
+    std::int64_t top = 0;   ///< of the row above row 1
+    double fontSize = 0;    ///< points
+
+    friend bool operator==(const Layout&, const Layout&) = default;
+  };
+
+  static Layout layoutOf(std::int64_t pictureWidth, std::int64_t pictureHeight);
+
+  /// Neither `container`, the caption parser's, nor `drawing` is owned.
+  ClosedCaptionsRenderer(ISubtitleContainer& container, burn::TextDrawing& drawing);
+
+  burn::FrameBuffer& draw(burn::FrameBuffer& frame, MediaTime time) override;
+
+ private:
+  void drawText(burn::FrameBuffer& frame, const CaptionText& text);
+  void drawRun(burn::FrameBuffer& frame, const CaptionText::TextRun& run, std::int64_t top);
+
+  ISubtitleContainer& container_;
+  burn::TextDrawing& drawing_;
+  burn::TextStyle style_;
+  Layout layout_ = layoutOf(720, 576);
+  burn::LastDrawing last_;
+};
+
+}  // namespace korr::encoding::subtitling::closed_caption::inline v2

@@ -1,0 +1,89 @@
+#include "teletext/teletext_renderer.h"
+
+#include <string>
+#include <utility>
+
+#include "util/exception.h"
+#include "util/utf.h"
+
+namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
+namespace {
+
+constexpr std::int64_t kColumns = 40;
+constexpr std::int64_t kRows = 25;
+// Lines of the font's own height and letters of its own width fill the cells of a 4:3 picture.
+constexpr double kFontToCellHeight = 0.8;
+constexpr double kCellShape = 1.485;
+
+burn::Argb argbOf(TeletextColour colour) {
+  const auto code = static_cast<std::uint32_t>(colour);
+  if (code > static_cast<std::uint32_t>(TeletextColour::White)) return 0xFFFFFFFF;
+  // EN 300 706, table 26: the code's bits are red, green and blue.
+  return 0xFF000000 | ((code & 1) * 0xFF0000) | ((code >> 1 & 1) * 0xFF00) | ((code >> 2) * 0xFF);
+}
+
+bool isDoubleWidth(TeletextSize size) {
+  return size == TeletextSize::DoubleWidth || size == TeletextSize::Double;
+}
+
+bool isDoubleHeight(TeletextSize size) {
+  return size == TeletextSize::DoubleHeight || size == TeletextSize::Double;
+}
+
+// The cells that show. Of double width every second one is covered by its left neighbour
+// (EN 300 706, 12.2, codes 0x0E and 0x0F).
+std::u16string shownText(const TeletextText::Run& run) {
+  const std::size_t step = isDoubleWidth(run.size) ? 2 : 1;
+  std::string text;
+  for (std::size_t i = 0; i < run.glyphs.size(); i += step) text += run.glyphs[i].view();
+  return util::utf8ToUtf16(text);
+}
+
+}  // namespace
+
+TeletextRenderer::TeletextRenderer(ISubtitleContainer& container, burn::TextDrawing& drawing)
+    : container_(container), drawing_(drawing) {
+  style_.family = "Lucida Console";
+  style_.backgroundColour = 0xFF000000;
+}
+
+burn::FrameBuffer& TeletextRenderer::draw(burn::FrameBuffer& frame, MediaTime time) {
+  auto subtitle = container_.currentSubtitle(time);
+  if (last_.isStillOn(frame, subtitle)) return frame;
+  if (!subtitle.teletextText()) throw util::TessaryException("Unexpected subtitle type");
+  drawText(frame, *subtitle.teletextText());
+  last_.remember(frame, std::move(subtitle));
+  return frame;
+}
+
+void TeletextRenderer::drawText(burn::FrameBuffer& frame, const TeletextText& text) {
+  const auto& picture = frame.picture();
+  const auto width = picture.right - picture.left;
+  const auto height = picture.bottom - picture.top;
+  const std::int64_t cellWidth = width * 8 / (10 * kColumns);
+  const std::int64_t cellHeight = height * 8 / (10 * kRows);
+  if (cellWidth <= 0 || cellHeight <= 0) return;
+  for (const auto& row : text.rows) {
+    const auto top = picture.top + height / 10 + row.number * cellHeight;
+    for (const auto& run : row.runs) {
+      const auto left = picture.left + width / 10 + run.column * cellWidth;
+      drawRun(frame, run, {left, top, cellWidth, cellHeight});
+    }
+  }
+}
+
+void TeletextRenderer::drawRun(burn::FrameBuffer& frame, const TeletextText::Run& run,
+                               const burn::CellGrid& cell) {
+  const double widthFactor = isDoubleWidth(run.size) ? 2 : 1;
+  const double heightFactor = isDoubleHeight(run.size) ? 2 : 1;
+  style_.textColour = argbOf(run.colour);
+  style_.size = kFontToCellHeight * static_cast<double>(cell.cellHeight);
+  style_.widthScale = widthFactor * kCellShape * static_cast<double>(cell.cellWidth) /
+                      static_cast<double>(cell.cellHeight);
+  style_.heightScale = heightFactor * kFontToCellHeight;
+  drawing_.draw(frame, style_, shownText(run),
+                {cell.left, cell.top, cell.cellWidth * static_cast<std::int64_t>(widthFactor),
+                 cell.cellHeight * static_cast<std::int64_t>(heightFactor)});
+}
+
+}  // namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1
