@@ -20,8 +20,9 @@ endif()
 add_library(tessary_flags INTERFACE)
 target_include_directories(tessary_flags INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(tessary_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
-  -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough)
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+  -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough
+  $<$<NOT:$<PLATFORM_ID:Windows>>:-Wnon-virtual-dtor>)  # COM interfaces have none by design
 if(WIN32)
   # Modules stand alone: no compiler runtime beside them.
   target_link_options(tessary_flags INTERFACE -static)
