@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/reader_support.h"
 #include "tests/support/video_builder.h"
 #include "txsub/input/start_code.h"
 
@@ -21,6 +22,7 @@ using test_support::captionSeiMessage;
 using test_support::encode;
 using test_support::join;
 using test_support::Picture;
+using test_support::RecordingLogger;
 using test_support::seiMessage;
 using test_support::seiUnit;
 using test_support::textTriplets;
@@ -39,16 +41,6 @@ std::string textOf(std::span<const std::uint8_t> triplets) {
   }
   return text;
 }
-
-class RecordingLogger final : public log::ILogger {
- public:
-  void logV(log::Level, const char* format, std::va_list arguments) override {
-    lines.push_back(util::vformat(format, arguments));
-  }
-  void nameBufferCounters(const char*) override {}
-
-  std::vector<std::string> lines;
-};
 
 /// An extractor and what came out of it: time and text of each sample.
 struct Extraction {
