@@ -27,3 +27,20 @@ endfunction()
 
 tessary_headers(tessary_spdlog spdlog fmt)
 target_compile_definitions(tessary_spdlog INTERFACE SPDLOG_FMT_EXTERNAL FMT_HEADER_ONLY)
+
+# TinyXML prints the TTML documents. Windows compiles the source that Debian's library is made of.
+if(WIN32)
+  set(tinyxml ${CMAKE_SOURCE_DIR}/build/tinyxml)
+  if(NOT EXISTS ${tinyxml}/tinyxml.cpp)
+    message(FATAL_ERROR "${tinyxml} is missing: run scripts/fetch-tinyxml.sh")
+  endif()
+  add_library(tessary_tinyxml STATIC ${tinyxml}/tinyxml.cpp ${tinyxml}/tinyxmlerror.cpp
+                                     ${tinyxml}/tinyxmlparser.cpp ${tinyxml}/tinystr.cpp)
+  target_include_directories(tessary_tinyxml SYSTEM PUBLIC ${tinyxml})
+else()
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(tinyxml REQUIRED IMPORTED_TARGET tinyxml)
+  pkg_check_modules(libpng REQUIRED IMPORTED_TARGET libpng)
+  add_library(tessary_tinyxml INTERFACE)
+  target_link_libraries(tessary_tinyxml INTERFACE PkgConfig::tinyxml)
+endif()

@@ -1,5 +1,6 @@
 #include "core/writer_factory.h"
 
+#include "timed_text/converter_to_ttml.h"
 #include "util/exception.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
@@ -7,6 +8,8 @@ namespace korr::encoding::subtitling::inline v2_1 {
 std::unique_ptr<ISubtitleConverter> createWriter(const WriterRequest& request) {
   switch (request.mode) {
     case ConversionMode::Ttml:
+      return std::make_unique<ttml::ConverterToTtml>(request.container, request.ttmlOption,
+                                                     ttml::createPngEncoder());
     case ConversionMode::WebVtt:
     case ConversionMode::YoutubeSrt:
     case ConversionMode::Disable:

@@ -33,3 +33,5 @@ if [ -n "$missing" ]; then
   # shellcheck disable=SC2086  # one word per package
   $as_root apt-get -qq install -y --no-install-recommends $missing >/dev/null
 fi
+
+scripts/fetch-tinyxml.sh

@@ -1,0 +1,45 @@
+#include <objidl.h>
+#include <windows.h>
+
+#include <gdiplus/gdiplus.h>
+
+#include "tests/platform/decode_png.h"
+
+namespace korr::test {
+
+namespace {
+
+std::optional<DecodedPng> decode(IStream* stream) {
+  Gdiplus::Bitmap bitmap(stream);
+  if (bitmap.GetLastStatus() != Gdiplus::Ok) return std::nullopt;
+  DecodedPng decoded{.width = bitmap.GetWidth(), .height = bitmap.GetHeight(), .rgba = {}};
+  for (UINT y = 0; y < decoded.height; ++y) {
+    for (UINT x = 0; x < decoded.width; ++x) {
+      Gdiplus::Color colour;
+      bitmap.GetPixel(static_cast<INT>(x), static_cast<INT>(y), &colour);
+      decoded.rgba.insert(decoded.rgba.end(), {colour.GetRed(), colour.GetGreen(), colour.GetBlue(),
+                                               colour.GetAlpha()});
+    }
+  }
+  return decoded;
+}
+
+}  // namespace
+
+std::optional<DecodedPng> decodePng(const encoding::subtitling::ByteBuffer& png) {
+  ULONG_PTR token = 0;
+  const Gdiplus::GdiplusStartupInput input;
+  if (Gdiplus::GdiplusStartup(&token, &input, nullptr) != Gdiplus::Ok) return std::nullopt;
+  IStream* stream = nullptr;
+  std::optional<DecodedPng> decoded;
+  if (SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, &stream))) {
+    stream->Write(png.data(), static_cast<ULONG>(png.size()), nullptr);
+    stream->Seek(LARGE_INTEGER{}, STREAM_SEEK_SET, nullptr);
+    decoded = decode(stream);
+    stream->Release();
+  }
+  Gdiplus::GdiplusShutdown(token);
+  return decoded;
+}
+
+}  // namespace korr::test

@@ -1,0 +1,101 @@
+#include "timed_text/png_encoder.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "tests/platform/decode_png.h"
+
+namespace korr::encoding::subtitling::ttml {
+namespace {
+
+// Offsets of the IHDR fields in a file (ISO/IEC 15948, 5.2 and 11.2.2).
+constexpr std::size_t kBitDepthOffset = 24;
+constexpr std::size_t kColourTypeOffset = 25;
+constexpr std::uint8_t kPalette = 3;
+constexpr std::uint8_t kRgba = 6;
+
+// Pixel number i has colour number i % `colours`; no colour is grey, and colour 0 hides its red,
+// green and blue behind an alpha of 0.
+std::vector<std::uint8_t> picture(std::size_t pixels, std::size_t colours) {
+  std::vector<std::uint8_t> rgba;
+  for (std::size_t i = 0; i < pixels; ++i) {
+    const std::size_t colour = i % colours;
+    rgba.insert(rgba.end(), {static_cast<std::uint8_t>(255 - colour % 256),
+                             static_cast<std::uint8_t>(colour / 256 + 10), 30,
+                             static_cast<std::uint8_t>(colour == 0 ? 0 : 128 + colour % 128)});
+  }
+  return rgba;
+}
+
+RgbaImage imageOf(const std::vector<std::uint8_t>& rgba, std::uint32_t width) {
+  const auto height = static_cast<std::uint32_t>(rgba.size() / 4 / width);
+  return {.pixels = rgba.data(),
+          .width = width,
+          .height = height,
+          .stride = std::size_t{width} * 4,
+          .paintedRows = {0, height}};
+}
+
+class PngEncoder : public testing::Test {
+ protected:
+  std::unique_ptr<IPngEncoder> encoder_ = createPngEncoder();
+};
+
+TEST_F(PngEncoder, KeepsColourAndAlphaAtEveryDepth) {
+  constexpr std::uint32_t kOddWidth = 33;
+  for (const std::size_t colours : {1u, 2u, 15u, 16u, 17u, 255u, 256u, 257u, 1000u}) {
+    SCOPED_TRACE(colours);
+    const auto rgba = picture(kOddWidth * 40, colours);
+    const auto png = encoder_->encode(imageOf(rgba, kOddWidth));
+    ASSERT_TRUE(png);
+    const auto decoded = test::decodePng(*png);
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(decoded->width, kOddWidth);
+    EXPECT_EQ(decoded->height, 40u);
+    EXPECT_EQ(decoded->rgba, rgba);
+#ifndef _WIN32
+    EXPECT_EQ((*png)[kColourTypeOffset], colours <= 256 ? kPalette : kRgba);
+    EXPECT_EQ((*png)[kBitDepthOffset], colours <= 16 ? 4 : 8);
+#endif
+  }
+}
+
+TEST_F(PngEncoder, ReadsOnlyTheRowsThatWerePainted) {
+  PixelBuffer pixels(5, 4);
+  pixels.addPaintedRows({1, 3});
+  for (std::size_t i = 20; i < 60; ++i) pixels.data()[i] = static_cast<std::uint8_t>(i);
+  const RgbaImage image{.pixels = pixels.data(),
+                        .width = 5,
+                        .height = 4,
+                        .stride = 20,
+                        .paintedRows = pixels.paintedRows()};
+  const auto png = encoder_->encode(image);
+  ASSERT_TRUE(png);
+  const auto decoded = test::decodePng(*png);
+  ASSERT_TRUE(decoded);
+  EXPECT_TRUE(std::ranges::equal(decoded->rgba, pixels.bytes()));
+}
+
+TEST_F(PngEncoder, TakesARectangleOutOfALargerPicture) {
+  const auto rgba = picture(10 * 4, 7);
+  RgbaImage image = imageOf(rgba, 10);
+  image.pixels += 10 * 4 + 3 * 4;
+  image.width = 2;
+  image.height = 2;
+  image.paintedRows = {0, 2};
+  const auto png = encoder_->encode(image);
+  ASSERT_TRUE(png);
+  const auto decoded = test::decodePng(*png);
+  ASSERT_TRUE(decoded);
+  std::vector<std::uint8_t> expected(image.row(0), image.row(0) + 8);
+  expected.insert(expected.end(), image.row(1), image.row(1) + 8);
+  EXPECT_EQ(decoded->rgba, expected);
+}
+
+TEST_F(PngEncoder, FailsForAPictureWithoutPixels) {
+  EXPECT_FALSE(encoder_->encode({}));
+}
+
+}  // namespace
+}  // namespace korr::encoding::subtitling::ttml
