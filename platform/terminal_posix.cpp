@@ -1,0 +1,62 @@
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <string_view>
+
+#include "platform/terminal.h"
+
+namespace korr::platform {
+
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void onInterrupt(int) {
+  interrupted = 1;
+}
+
+}  // namespace
+
+std::vector<std::string> utf8Arguments(int argc, char** argv) {
+  return {argv, argv + argc};
+}
+
+bool isErrorTerminal() {
+  const char* terminal = std::getenv("TERM");
+  return ::isatty(STDERR_FILENO) != 0 && !(terminal && std::string_view(terminal) == "dumb");
+}
+
+unsigned errorTerminalWidth() {
+  winsize size{};
+  if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return 80;
+  return size.ws_col;
+}
+
+void prepareStandardStreams() {
+  std::signal(SIGPIPE, SIG_IGN);
+}
+
+void catchInterrupts() {
+  struct sigaction action {};
+  action.sa_handler = onInterrupt;
+  // Reset: the second signal ends the program. No restart: a read that waits for a pipe returns.
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  ::sigaction(SIGINT, &action, nullptr);
+  ::sigaction(SIGTERM, &action, nullptr);
+}
+
+bool isInterrupted() {
+  return interrupted != 0;
+}
+
+std::FILE* openFile(const std::filesystem::path& path, const char* mode) {
+  return std::fopen(path.c_str(), mode);
+}
+
+unsigned long processId() {
+  return static_cast<unsigned long>(::getpid());
+}
+
+}  // namespace korr::platform

@@ -1,0 +1,81 @@
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+// After windows.h, which it needs.
+#include <shellapi.h>
+
+#include <atomic>
+
+#include "platform/terminal.h"
+
+namespace korr::platform {
+
+namespace {
+
+std::atomic<bool> interrupted = false;
+
+BOOL WINAPI onControl(DWORD event) {
+  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
+  return interrupted.exchange(true) ? FALSE : TRUE;
+}
+
+std::string toUtf8(const wchar_t* text) {
+  const int size = ::WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+  if (size <= 1) return {};
+  std::string utf8(static_cast<std::size_t>(size), '\0');
+  ::WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8.data(), size, nullptr, nullptr);
+  utf8.pop_back();
+  return utf8;
+}
+
+}  // namespace
+
+std::vector<std::string> utf8Arguments(int argc, char** argv) {
+  int count = 0;
+  wchar_t** wide = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+  if (!wide) return {argv, argv + argc};
+  std::vector<std::string> arguments;
+  for (int i = 0; i < count; ++i) arguments.push_back(toUtf8(wide[i]));
+  ::LocalFree(wide);
+  return arguments;
+}
+
+bool isErrorTerminal() {
+  return ::_isatty(_fileno(stderr)) != 0;
+}
+
+unsigned errorTerminalWidth() {
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  if (!::GetConsoleScreenBufferInfo(::GetStdHandle(STD_ERROR_HANDLE), &info)) return 80;
+  return static_cast<unsigned>(info.srWindow.Right - info.srWindow.Left + 1);
+}
+
+void prepareStandardStreams() {
+  ::_setmode(_fileno(stdin), _O_BINARY);
+  ::_setmode(_fileno(stdout), _O_BINARY);
+  ::SetConsoleOutputCP(CP_UTF8);
+  const HANDLE errors = ::GetStdHandle(STD_ERROR_HANDLE);
+  DWORD mode = 0;
+  if (::GetConsoleMode(errors, &mode)) {
+    ::SetConsoleMode(errors, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  }
+}
+
+void catchInterrupts() {
+  ::SetConsoleCtrlHandler(onControl, TRUE);
+}
+
+bool isInterrupted() {
+  return interrupted;
+}
+
+std::FILE* openFile(const std::filesystem::path& path, const char* mode) {
+  const std::wstring wideMode(mode, mode + std::char_traits<char>::length(mode));
+  return ::_wfopen(path.c_str(), wideMode.c_str());
+}
+
+unsigned long processId() {
+  return ::GetCurrentProcessId();
+}
+
+}  // namespace korr::platform

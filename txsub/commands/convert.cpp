@@ -1,0 +1,218 @@
+#include <filesystem>
+#include <system_error>
+
+#include "txsub/commands/commands.h"
+#include "txsub/input/open_input.h"
+#include "txsub/output/cue_track.h"
+#include "txsub/services/service_pass.h"
+#include "txsub/services/service_session.h"
+
+namespace korr::txsub {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+ChainConfiguration configurationOf(const ConvertOptions& options) {
+  return {.mode = chainMode(options.mode),
+          .page = options.page.value_or(0),
+          .durationMs = options.durationMs,
+          .language = options.language,
+          .hearingImpaired = options.hearingImpaired,
+          .pageOption = options.pageOption.value_or(0),
+          .ttmlOption = options.ebuTt};
+}
+
+bool isOneFile(const std::string& input, const std::string& output) {
+  if (input == "-" || output == "-") return false;
+  std::error_code none;
+  return fs::equivalent(pathFromUtf8(input), pathFromUtf8(output), none);
+}
+
+// Pages that no stream can have; replayed samples take any number, as the filter does.
+void checkPage(std::uint32_t page) {
+  if (canHavePage(SubtitleInputType::ClosedCaption, page)) return;
+  if (page >= 0x100 && page <= 0x8FF) return;
+  throw UsageError("--page: give a caption service (1 to 4) or a teletext page (100 to 8ff)");
+}
+
+std::string quoted(const std::string& path) {
+  return path == "-" ? "standard input" : '\'' + path + '\'';
+}
+
+/// The one service of a replay.
+class ConfiguredService final : public IServiceFinder {
+ public:
+  ConfiguredService(std::uint32_t page, std::uint32_t pageOption)
+      : page_(page), pageOption_(pageOption) {}
+
+  std::vector<Service> describe(const StreamInfo& stream) override {
+    Service service;
+    service.streamId = stream.id;
+    service.type = stream.type;
+    service.page = page_;
+    service.pageOption = pageOption_;
+    return {service};
+  }
+  std::vector<Service> inspect(const InputSample&) override { return {}; }
+  bool isSearching() const override { return false; }
+
+ private:
+  std::uint32_t page_;
+  std::uint32_t pageOption_;
+};
+
+/// One run of the command.
+class Conversion {
+ public:
+  Conversion(const ConvertOptions& options, Console& console)
+      : options_(options),
+        console_(console),
+        input_(openInput(options.input.path, {.pid = options.input.pid, .logger = &console})) {}
+
+  ExitCode run();
+
+ private:
+  bool isReplay() const { return input_.format == InputFormat::RecordedSamples; }
+  bool makesText() const {
+    return options_.kind == OutputKind::Playable && !holdsPictures(playableFormat(options_.mode));
+  }
+
+  std::unique_ptr<IServiceFinder> makeFinder(const StreamInfo& stream);
+  std::unique_ptr<ServiceSession> makeSession(const Service& service, const StreamInfo& stream);
+  std::unique_ptr<ServiceSession> makeCueSession(const Service& service, const StreamInfo& stream,
+                                                 const ChainConfiguration& configuration);
+  PlayableFormat formatFor(const Service& service) const;
+  std::string pathFor(const Service& service, std::string_view extension) const;
+  ExitCode report(const ServicePass& pass);
+  void explainNothing(const ServicePass& pass);
+
+  const ConvertOptions& options_;
+  Console& console_;
+  OpenedInput input_;
+  std::optional<Service> refusedPictures_;
+};
+
+ExitCode Conversion::run() {
+  if (isOneFile(options_.input.path, options_.output)) {
+    throw UsageError("the output would overwrite the input " + quoted(options_.input.path));
+  }
+  if (options_.page && !isReplay()) checkPage(*options_.page);
+
+  ServicePass pass(
+      *input_.reader, options_.all ? ServicePass::Wanted::All : ServicePass::Wanted::Best,
+      [this](const StreamInfo& stream) { return makeFinder(stream); },
+      [this](const Service& service, const StreamInfo& stream) {
+        return makeSession(service, stream);
+      },
+      console_);
+  pass.run();
+  return report(pass);
+}
+
+// Recorded samples are replayed as configured: nothing is looked for, nothing guessed.
+std::unique_ptr<IServiceFinder> Conversion::makeFinder(const StreamInfo& stream) {
+  if (isReplay()) {
+    return std::make_unique<ConfiguredService>(options_.page.value_or(0),
+                                               options_.pageOption.value_or(0));
+  }
+  const ServiceQuery query{.page = options_.page,
+                           .language = options_.language,
+                           .hearingImpaired = options_.hearingImpaired,
+                           .pageOption = options_.pageOption};
+  return createServiceFinder(stream, query, &console_);
+}
+
+std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
+                                                        const StreamInfo& stream) {
+  ChainConfiguration configuration = configurationOf(options_);
+  if (!isReplay()) {
+    // The service is chosen; there is no language left to follow.
+    configuration.page = service.page;
+    configuration.pageOption = service.pageOption;
+    configuration.language.clear();
+  }
+  if (options_.kind == OutputKind::Playable) {
+    return makeCueSession(service, stream, configuration);
+  }
+  const bool isCertain = isReplay() || options_.page.has_value();
+  return std::make_unique<SampleSession>(service, configuration, stream.descriptors,
+                                         pathFor(service, ".jsonl"), isCertain, console_);
+}
+
+std::unique_ptr<ServiceSession> Conversion::makeCueSession(
+    const Service& service, const StreamInfo& stream, const ChainConfiguration& configuration) {
+  const PlayableFormat format = formatFor(service);
+  if (service.type == SubtitleInputType::DvbSubtitle && !holdsPictures(format)) {
+    if (!refusedPictures_) refusedPictures_ = service;
+    return nullptr;
+  }
+  auto origin = [this] {
+    return options_.absolute ? MediaTime{0} : input_.reader->startTime().value_or(0);
+  };
+  auto openFile = [this, service, format] {
+    return createPlayableFile({.format = format,
+                               .path = pathFor(service, extensionOf(format)),
+                               .language = service.language,
+                               .ebuTt = options_.ebuTt});
+  };
+  return std::make_unique<CueSession>(service, configuration, stream.descriptors,
+                                      std::make_unique<CueTrack>(origin, openFile), console_);
+}
+
+// With --all and no format named, pictures go where pictures can go.
+PlayableFormat Conversion::formatFor(const Service& service) const {
+  const bool isFree = options_.all && !options_.isModeGiven;
+  if (isFree && service.type == SubtitleInputType::DvbSubtitle) return PlayableFormat::Ttml;
+  return playableFormat(options_.mode);
+}
+
+// "DIR/0x0100-cc1.vtt", "DIR/0x0034-page-888-swe.vtt"
+std::string Conversion::pathFor(const Service& service, std::string_view extension) const {
+  if (!options_.all) return options_.output;
+  const fs::path directory = pathFromUtf8(options_.output);
+  std::error_code error;
+  fs::create_directories(directory, error);
+  if (error) {
+    throw OutputError("cannot make the directory '" + options_.output + "': " + error.message());
+  }
+  return utf8FromPath(directory / pathFromUtf8(fileName(service) + std::string(extension)));
+}
+
+ExitCode Conversion::report(const ServicePass& pass) {
+  if (pass.wasInterrupted()) {
+    console_.note("interrupted; the output is complete up to here");
+  }
+  bool isAnyOpen = false;
+  for (const auto* session : pass.sessions()) isAnyOpen = isAnyOpen || session->isOpen();
+  if (isAnyOpen) return kDone;
+  explainNothing(pass);
+  return kFailed;
+}
+
+void Conversion::explainNothing(const ServicePass& pass) {
+  const std::string input = quoted(options_.input.path);
+  if (refusedPictures_) {
+    console_.error(describe(*refusedPictures_) + " in " + input +
+                   " are pictures and cannot become text; use --mode ttml");
+  } else if (isReplay() && !options_.page) {
+    console_.error(
+        "nothing was shown: without --page, recorded samples are replayed with page 0; "
+        "name the page or caption service, as in --page 1");
+  } else if (pass.streamCount() == 0) {
+    console_.error("there is no stream in " + input + " that could carry subtitles");
+  } else if (options_.page || options_.input.pid || !options_.language.empty()) {
+    console_.error("nothing of what was asked for is shown in " + input +
+                   "; 'txsub probe' lists what there is");
+  } else {
+    console_.error("no subtitles are shown in " + input);
+  }
+}
+
+}  // namespace
+
+ExitCode run(const ConvertOptions& options, Console& console) {
+  return Conversion(options, console).run();
+}
+
+}  // namespace korr::txsub

@@ -1,0 +1,184 @@
+#include <algorithm>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "txsub/commands/commands.h"
+#include "txsub/input/open_input.h"
+#include "txsub/output/cue.h"
+#include "txsub/output/cue_time.h"
+#include "txsub/record_format.h"
+#include "txsub/services/service_pass.h"
+#include "txsub/services/service_session.h"
+
+namespace korr::txsub {
+
+namespace {
+
+/// How much of a service there is.
+struct Tally {
+  std::uint64_t cues = 0;
+  MediaTime first = 0;  // start of the first cue
+  MediaTime last = 0;   // stop of the last one
+  MediaTime shown = 0;  // sum of all
+};
+
+class TallyOutput final : public ICueOutput {
+ public:
+  explicit TallyOutput(Tally& tally) : tally_(tally) {}
+
+  void onCue(const Cue& cue) override {
+    if (tally_.cues++ == 0) tally_.first = cue.start;
+    tally_.last = cue.stop;
+    tally_.shown += cue.stop - cue.start;
+  }
+  void open() override {}
+  void flush() override {}
+  void commit() override {}
+
+ private:
+  Tally& tally_;
+};
+
+struct Finding {
+  Service service;
+  Tally tally;
+};
+
+struct Findings {
+  std::vector<Finding> services;
+  MediaTime start = 0;
+  std::optional<MediaTime> duration;
+};
+
+// Caption services that say nothing are not worth a line; what the recording declares is.
+bool isWorthListing(const Finding& finding) {
+  return finding.tally.cues != 0 ||
+         (finding.service.isDeclared && finding.service.type != SubtitleInputType::ClosedCaption);
+}
+
+Findings probe(const ProbeOptions& options, Console& console) {
+  const auto input = openInput(options.input.path, {.pid = options.input.pid, .logger = &console});
+  std::map<const ServiceSession*, std::unique_ptr<Tally>> tallies;
+  ServicePass pass(
+      *input.reader, ServicePass::Wanted::All,
+      [&](const StreamInfo& stream) {
+        ServiceQuery everything;
+        everything.scan = options.scan;
+        return createServiceFinder(stream, everything, &console);
+      },
+      [&](const Service& service, const StreamInfo&) {
+        auto tally = std::make_unique<Tally>();
+        ChainConfiguration configuration;
+        configuration.page = service.page;
+        configuration.pageOption = service.pageOption;
+        auto session =
+            std::make_unique<CueSession>(service, configuration, std::vector<std::uint8_t>{},
+                                         std::make_unique<TallyOutput>(*tally), console);
+        tallies[session.get()] = std::move(tally);
+        return session;
+      },
+      console);
+  pass.run();
+
+  Findings findings;
+  const auto start = input.reader->startTime();
+  const auto end = input.reader->endTime();
+  findings.start = start.value_or(0);
+  if (start && end && *end > *start) findings.duration = *end - *start;
+  for (const auto* session : pass.sessions()) {
+    Finding finding{.service = session->service(), .tally = *tallies.at(session)};
+    if (isWorthListing(finding)) findings.services.push_back(std::move(finding));
+  }
+  return findings;
+}
+
+double seconds(MediaTime time) {
+  return static_cast<double>(time) / encoding::subtitling::kSecond;
+}
+
+// Times count from the start of the recording, as in playable files.
+MediaTime since(MediaTime start, MediaTime time) {
+  return time > start ? time - start : 0;
+}
+
+std::string timeText(MediaTime time) {
+  return cueTimeText(time / encoding::subtitling::kMillisecond, '.');
+}
+
+using Row = std::vector<std::string>;
+
+Row tableRow(const Finding& finding, MediaTime start) {
+  const auto& service = finding.service;
+  const auto& tally = finding.tally;
+  const bool hasCues = tally.cues != 0;
+  return {pidText(service.pid),
+          std::string(streamName(service.type)),
+          service.type == SubtitleInputType::DvbSubtitle ? "-" : displayName(service),
+          (service.language.empty() ? "-" : service.language) +
+              std::string(service.hearingImpaired ? " (hearing impaired)" : ""),
+          std::to_string(tally.cues),
+          hasCues ? timeText(since(start, tally.first)) : "-",
+          hasCues ? timeText(since(start, tally.last)) : "-"};
+}
+
+void printTable(const Findings& findings) {
+  std::vector<Row> rows{{"PID", "kind", "service", "language", "cues", "first", "last"}};
+  for (const auto& finding : findings.services) rows.push_back(tableRow(finding, findings.start));
+  std::vector<std::size_t> widths(rows.front().size());
+  for (const auto& row : rows) {
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
+  }
+  for (const auto& row : rows) {
+    std::string line;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      line += row[i] + std::string(widths[i] - row[i].size() + 2, ' ');
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    std::printf("%s\n", line.c_str());
+  }
+}
+
+nlohmann::ordered_json jsonOf(const Finding& finding, MediaTime start) {
+  const auto& service = finding.service;
+  const auto& tally = finding.tally;
+  nlohmann::ordered_json json{{"kind", streamName(service.type)}, {"pid", service.pid}};
+  if (service.program != 0) json["program"] = service.program;
+  if (service.type != SubtitleInputType::DvbSubtitle) json["service"] = displayName(service);
+  if (!service.language.empty()) json["language"] = service.language;
+  json["hearingImpaired"] = service.hearingImpaired;
+  json["declared"] = service.isDeclared;
+  json["cues"] = tally.cues;
+  if (tally.cues != 0) {
+    json["first"] = seconds(since(start, tally.first));
+    json["last"] = seconds(since(start, tally.last));
+    json["shown"] = seconds(tally.shown);
+  }
+  return json;
+}
+
+void printJson(const ProbeOptions& options, const Findings& findings) {
+  nlohmann::ordered_json json{{"input", options.input.path}};
+  if (findings.duration) json["duration"] = seconds(*findings.duration);
+  json["services"] = nlohmann::ordered_json::array();
+  for (const auto& finding : findings.services) {
+    json["services"].push_back(jsonOf(finding, findings.start));
+  }
+  // The path and languages may hold bytes that are no UTF-8.
+  const auto text = json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  std::printf("%s\n", text.c_str());
+}
+
+}  // namespace
+
+ExitCode run(const ProbeOptions& options, Console& console) {
+  const Findings findings = probe(options, console);
+  if (options.json) printJson(options, findings);
+  if (findings.services.empty()) {
+    console.error("there are no subtitles in '" + options.input.path + "'");
+    return kFailed;
+  }
+  if (!options.json) printTable(findings);
+  return kDone;
+}
+
+}  // namespace korr::txsub

@@ -1,0 +1,48 @@
+#include <cstdio>
+#include <exception>
+
+#include "platform/terminal.h"
+#include "txsub/commands/commands.h"
+#include "txsub/console.h"
+#include "txsub/options.h"
+#include "util/exception.h"
+
+namespace {
+
+using namespace korr;
+
+int runCommand(const txsub::Command& command, txsub::Console& console) {
+  try {
+    return std::visit(
+        [&console](const auto& options) -> int {
+          console.setVerbosity(options.input.verbosity);
+          return txsub::run(options, console);
+        },
+        command);
+  } catch (const txsub::UsageError& error) {
+    console.error(error.what());
+    return txsub::kUsage;
+  } catch (const util::TessaryException& error) {
+    console.error(error.what());
+  } catch (const std::bad_alloc&) {
+    console.error("there is not enough memory for this");
+  } catch (const std::exception& error) {
+    console.error(error.what());
+  }
+  return txsub::kFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  platform::prepareStandardStreams();
+  const auto parsed = txsub::parseCommandLine(platform::utf8Arguments(argc, argv));
+  if (const auto* nothing = std::get_if<txsub::NoCommand>(&parsed)) {
+    const bool isResult = nothing->exitCode == txsub::kDone;
+    std::fputs(nothing->text.c_str(), isResult ? stdout : stderr);
+    return nothing->exitCode;
+  }
+  platform::catchInterrupts();
+  txsub::Console console;
+  return runCommand(std::get<txsub::Command>(parsed), console);
+}

@@ -1,0 +1,85 @@
+// The command line.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "core/modes.h"
+#include "txsub/console.h"
+#include "txsub/output/playable_file.h"
+#include "util/exception.h"
+
+namespace korr::txsub {
+
+/// How the program ends.
+enum ExitCode : int {
+  kDone = 0,
+  kFailed = 1,  ///< the input could not be read or holds nothing asked for, or writing failed
+  kUsage = 2,
+};
+
+struct InputOptions {
+  std::string path;  ///< UTF-8; "-" for standard input
+  std::optional<std::uint32_t> pid;
+  Verbosity verbosity = Verbosity::Normal;
+};
+
+/// What `--mode` names.
+enum class TextMode { WebVtt, Srt, Ttml };
+
+/// What `--as` names.
+enum class OutputKind { Playable, Samples };
+
+struct ConvertOptions {
+  InputOptions input;
+  std::string output = "-";  ///< UTF-8; a directory with `all`
+  TextMode mode = TextMode::WebVtt;
+  bool isModeGiven = false;  ///< by `--mode` or the output's extension
+  OutputKind kind = OutputKind::Playable;
+  std::optional<std::uint32_t> page;  ///< as the configuration interface takes it
+  std::uint32_t durationMs = 2000;
+  std::string language;
+  bool hearingImpaired = false;
+  std::optional<std::uint32_t> pageOption;
+  bool ebuTt = false;
+  bool absolute = false;
+  bool all = false;
+};
+
+struct ProbeOptions {
+  InputOptions input;
+  bool json = false;
+  bool scan = false;
+};
+
+struct ExtractOptions {
+  InputOptions input;
+  std::string output;  ///< UTF-8
+};
+
+using Command = std::variant<ConvertOptions, ProbeOptions, ExtractOptions>;
+
+/// The options do not fit together or do not fit the input: ends the program with kUsage.
+class UsageError final : public util::TessaryException {
+ public:
+  using TessaryException::TessaryException;
+};
+
+/// The command line did not name a command to run: what to print, and how to end.
+struct NoCommand {
+  std::string text;
+  ExitCode exitCode = kUsage;  ///< kDone for --help and --version, whose text is the result
+};
+
+/// Reads the arguments, the program's name first, in UTF-8.
+std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>& arguments);
+
+/// The conversion mode of the chain that makes documents of a mode.
+encoding::subtitling::ConversionMode chainMode(TextMode mode);
+
+PlayableFormat playableFormat(TextMode mode);
+
+}  // namespace korr::txsub

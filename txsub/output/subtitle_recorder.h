@@ -1,0 +1,47 @@
+// From the chain's timing to cues.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "core/interfaces.h"
+#include "core/output_sink.h"
+#include "txsub/output/cue.h"
+
+namespace korr::txsub {
+
+/// Stands where a chain has its writer and its sink: keeps the subtitle that a writer would turn
+/// into a document, and learns from the deliveries how long it was shown. Equal subtitles over
+/// adjoining intervals make one cue, empty ones none.
+class SubtitleRecorder final : public encoding::subtitling::IOutputSink {
+ public:
+  /// `listener` is not owned.
+  explicit SubtitleRecorder(ICueListener& listener) : listener_(listener) {}
+
+  /// The writer of the chain whose sink this is; must not outlive the recorder.
+  std::unique_ptr<encoding::subtitling::ISubtitleConverter> makeWriter(
+      encoding::subtitling::ISubtitleContainer& container);
+
+  /// Hands out the last cue.
+  void finish();
+
+  /// Whether any subtitle with something to see has come.
+  bool hasShown() const { return hasShown_; }
+
+  std::unique_ptr<encoding::subtitling::IOutputBuffer> getBuffer() override;
+  void deliver(std::unique_ptr<encoding::subtitling::IOutputBuffer> buffer) override;
+  void endOfStream() override {}
+
+ private:
+  class Writer;
+
+  void setCurrent(Subtitle subtitle);
+  void show(MediaTime start, MediaTime stop);
+
+  ICueListener& listener_;
+  std::shared_ptr<const Subtitle> current_;  // what the chain delivers next; null: nothing to see
+  std::optional<Cue> open_;                  // may go on in the next interval
+  bool hasShown_ = false;
+};
+
+}  // namespace korr::txsub

@@ -1,0 +1,213 @@
+#include "txsub/output/text_layout.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace korr::txsub {
+
+namespace {
+
+namespace model = encoding::subtitling;
+
+// The geometry of CEA-608, 15 rows of 32 columns in the safe area of 80 % (CEA-608, annex on
+// display), and of teletext, 25 rows of 40 columns (EN 300 706, 4.1) in the same width.
+constexpr std::int32_t kCaptionFirstRow = 1;
+constexpr double kSafeAreaStart = 10;
+constexpr double kSafeArea = 80;
+constexpr double kCaptionRows = 15;
+constexpr double kCaptionColumns = 32;
+constexpr double kTeletextRows = 25;
+constexpr double kTeletextColumns = 40;
+
+// Collects the cells of a row into spans.
+class LineBuilder {
+ public:
+  LineBuilder(std::int32_t row, std::uint32_t column) {
+    line_.row = row;
+    line_.column = column;
+  }
+
+  void add(std::string_view glyph, const TextSpan& style) {
+    const bool isBlank = glyph == " ";
+    if (isBlank && line_.spans.empty()) {
+      ++line_.column;
+      return;
+    }
+    ++columns_;
+    // A blank shows no colour: it goes with what stands before it.
+    if (line_.spans.empty() || (!isBlank && !line_.spans.back().hasStyleOf(style))) {
+      line_.spans.push_back(style);
+    }
+    line_.spans.back().text += glyph;
+    if (!isBlank) line_.columnCount = columns_;
+  }
+
+  void setHeight(std::int32_t height) { line_.height = height; }
+  std::uint32_t nextColumn() const { return line_.column + columns_; }
+  bool isEmpty() const { return line_.spans.empty(); }
+  bool endsBlank() const { return !isEmpty() && line_.spans.back().text.back() == ' '; }
+
+  TextLine take() {
+    if (!isEmpty()) {
+      auto& text = line_.spans.back().text;
+      text.erase(text.find_last_not_of(' ') + 1);
+    }
+    return std::move(line_);
+  }
+
+ private:
+  TextLine line_;
+  std::uint32_t columns_ = 0;
+};
+
+// Control characters have no glyph, and some would break the file that the text is written to.
+bool isVisible(std::string_view glyph) {
+  return !glyph.empty() && static_cast<unsigned char>(glyph.front()) >= 0x20 && glyph != "\x7F";
+}
+
+template <class Glyphs>
+void addGlyphs(LineBuilder& builder, const Glyphs& glyphs, const TextSpan& style) {
+  for (const auto& glyph : glyphs) {
+    if (isVisible(glyph.view())) builder.add(glyph.view(), style);
+  }
+}
+
+TextColour colourOf(model::CaptionColour colour) {
+  switch (colour) {
+    case model::CaptionColour::White:
+      return TextColour::White;
+    case model::CaptionColour::Green:
+      return TextColour::Lime;
+    case model::CaptionColour::Blue:
+      return TextColour::Blue;
+    case model::CaptionColour::Cyan:
+      return TextColour::Cyan;
+    case model::CaptionColour::Red:
+      return TextColour::Red;
+    case model::CaptionColour::Yellow:
+      return TextColour::Yellow;
+    case model::CaptionColour::Magenta:
+      return TextColour::Magenta;
+    case model::CaptionColour::Black:
+      return TextColour::Black;
+  }
+  return TextColour::White;
+}
+
+TextColour colourOf(model::TeletextColour colour) {
+  switch (colour) {
+    case model::TeletextColour::Black:
+      return TextColour::Black;
+    case model::TeletextColour::Red:
+      return TextColour::Red;
+    case model::TeletextColour::Green:
+      return TextColour::Lime;
+    case model::TeletextColour::Yellow:
+      return TextColour::Yellow;
+    case model::TeletextColour::Blue:
+      return TextColour::Blue;
+    case model::TeletextColour::Magenta:
+      return TextColour::Magenta;
+    case model::TeletextColour::Cyan:
+      return TextColour::Cyan;
+    case model::TeletextColour::White:
+      break;
+  }
+  return TextColour::White;
+}
+
+TextSpan styleOf(const model::CaptionText::TextRun& run) {
+  return {.text = {},
+          .foreground = colourOf(run.foreground),
+          .background = colourOf(run.background),
+          .italic = run.italic,
+          .underline = run.underline};
+}
+
+TextLine lineOf(const model::CaptionText::TextRow& row) {
+  const auto isFilled = [](const auto& run) { return !run.glyphs.empty(); };
+  const auto first = std::find_if(row.runs.begin(), row.runs.end(), isFilled);
+  LineBuilder builder(row.number, first == row.runs.end() ? 0 : first->column);
+  for (auto run = first; run != row.runs.end(); ++run) {
+    if (!isFilled(*run)) continue;
+    // The code that opens a run takes up a cell on screen (CEA-608, 4.2), and a preamble further
+    // right leaves a gap: either way its text is a word of its own.
+    const TextSpan style = styleOf(*run);
+    if (!builder.isEmpty() && !builder.endsBlank() && run->glyphs.front().view() != " ") {
+      builder.add(" ", style);
+    }
+    addGlyphs(builder, run->glyphs, style);
+  }
+  return builder.take();
+}
+
+TextLine lineOf(const model::TeletextText::TextRow& row) {
+  LineBuilder builder(row.number, row.runs.empty() ? 0 : row.runs.front().column);
+  for (const auto& run : row.runs) {
+    if (run.glyphs.empty()) continue;
+    const TextSpan style{.text = {}, .foreground = colourOf(run.colour)};
+    // The first cell is that of the code which opened the run: a blank.
+    builder.add(" ", style);
+    addGlyphs(builder, std::span(run.glyphs).subspan(1), style);
+    if (run.size == model::TeletextSize::DoubleHeight || run.size == model::TeletextSize::Double) {
+      builder.setHeight(2);
+    }
+  }
+  return builder.take();
+}
+
+template <class Text>
+std::vector<TextLine> linesOf(const Text& text) {
+  std::vector<TextLine> lines;
+  for (const auto& row : text.rows) {
+    auto line = lineOf(row);
+    if (!line.spans.empty()) lines.push_back(std::move(line));
+  }
+  return lines;
+}
+
+}  // namespace
+
+const char* colourName(TextColour colour) {
+  switch (colour) {
+    case TextColour::White:
+      break;
+    case TextColour::Lime:
+      return "lime";
+    case TextColour::Blue:
+      return "blue";
+    case TextColour::Cyan:
+      return "cyan";
+    case TextColour::Red:
+      return "red";
+    case TextColour::Yellow:
+      return "yellow";
+    case TextColour::Magenta:
+      return "magenta";
+    case TextColour::Black:
+      return "black";
+  }
+  return "white";
+}
+
+std::optional<TextScreen> layOut(const model::Subtitle& subtitle) {
+  if (const auto* text = subtitle.captionText()) {
+    return TextScreen{.lines = linesOf(*text),
+                      .firstRow = kCaptionFirstRow,
+                      .firstRowTop = kSafeAreaStart,
+                      .rowHeight = kSafeArea / kCaptionRows,
+                      .firstColumnLeft = kSafeAreaStart,
+                      .columnWidth = kSafeArea / kCaptionColumns};
+  }
+  if (const auto* text = subtitle.teletextText()) {
+    return TextScreen{.lines = linesOf(*text),
+                      .firstRow = 0,
+                      .firstRowTop = 0,
+                      .rowHeight = 100 / kTeletextRows,
+                      .firstColumnLeft = kSafeAreaStart,
+                      .columnWidth = kSafeArea / kTeletextColumns};
+  }
+  return std::nullopt;
+}
+
+}  // namespace korr::txsub

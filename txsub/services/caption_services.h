@@ -1,0 +1,14 @@
+// The four CEA-608 caption services of a stream.
+#pragma once
+
+#include <memory>
+
+#include "txsub/services/service.h"
+
+namespace korr::txsub {
+
+/// Every caption stream may carry CC1 to CC4 (CEA-608, 5.1); which of them do shows only in their
+/// text.
+std::unique_ptr<IServiceFinder> createCaptionServiceFinder(const ServiceQuery& query);
+
+}  // namespace korr::txsub

@@ -1,0 +1,70 @@
+#include "txsub/services/chain_host.h"
+
+#include <exception>
+
+#include "txsub/output/output_file.h"
+
+namespace korr::txsub {
+
+using encoding::subtitling::ConversionChain;
+
+ChainHost::ChainHost(const ChainConfiguration& configuration, SubtitleInputType type,
+                     std::vector<std::uint8_t> format, Wiring wiring)
+    : configuration_(configuration),
+      type_(type),
+      format_(std::move(format)),
+      wiring_(std::move(wiring)) {
+  guarded([this] { start(); });
+}
+
+void ChainHost::push(const InputSample& sample, const SharedSample& shared) {
+  guarded([&] {
+    checkFormat(sample);
+    if (!chain_) start();
+    chain_->framer().push(shared);
+  });
+}
+
+void ChainHost::flush(MediaTime end) {
+  if (!chain_) return;
+  guarded([&] { chain_->framer().endOfStream(); });
+  guarded([&] { chain_->builder().flush(end); });
+}
+
+// The first block that comes with a sample rebuilds the chain even when it equals the stream's own:
+// only blocks of samples are remembered, as in the filter.
+void ChainHost::checkFormat(const InputSample& sample) {
+  if (!sample.format) return;
+  if (type_ != SubtitleInputType::Teletext || *sample.format == sampleFormat_) return;
+  chain_.reset();
+  sampleFormat_ = *sample.format;
+  format_ = *sample.format;
+}
+
+void ChainHost::start() {
+  const ConversionChain::Settings settings{.inputType = type_,
+                                           .page = configuration_.page,
+                                           .durationMs = configuration_.durationMs,
+                                           .mode = configuration_.mode,
+                                           .pageOption = configuration_.pageOption,
+                                           .ttmlOption = configuration_.ttmlOption};
+  if (wiring_.makeWriter) {
+    chain_ = std::make_unique<ConversionChain>(wiring_.sink, settings, &wiring_.console,
+                                               wiring_.makeWriter);
+  } else {
+    chain_ = std::make_unique<ConversionChain>(wiring_.sink, settings, &wiring_.console);
+  }
+}
+
+template <class Action>
+void ChainHost::guarded(Action action) {
+  try {
+    action();
+  } catch (const OutputError&) {
+    throw;
+  } catch (const std::exception& error) {
+    wiring_.console.chainError(error.what());
+  }
+}
+
+}  // namespace korr::txsub

@@ -1,0 +1,67 @@
+// The conversion chain as the filter's worker runs it, without the worker.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/conversion_chain.h"
+#include "txsub/console.h"
+#include "txsub/input/media_reader.h"
+
+namespace korr::txsub {
+
+/// What the filter's configuration interface sets, with its defaults.
+struct ChainConfiguration {
+  encoding::subtitling::ConversionMode mode = encoding::subtitling::ConversionMode::Ttml;
+  std::uint32_t page = 0;
+  std::uint32_t durationMs = 2000;
+  std::string language;
+  bool hearingImpaired = false;
+  std::uint32_t pageOption = 0;
+  bool ttmlOption = false;
+};
+
+/// The samples of one stream as the framers take them.
+using SharedSample = std::shared_ptr<const encoding::packaging::lib_parse_es::IMediaItem>;
+
+/// Runs one chain over the samples of one stream and rebuilds it when a teletext sample carries
+/// another format block. Exceptions of the chain become "Error: <message>" on the console, and the
+/// next sample goes on.
+class ChainHost {
+ public:
+  struct Wiring {
+    encoding::subtitling::IOutputSink& sink;
+    /// The writer of each chain built; empty: the mode's own.
+    encoding::subtitling::ConversionChain::WriterFactory makeWriter;
+    Console& console;
+  };
+
+  /// Builds the first chain. `format`: the format block of the stream's media type.
+  ChainHost(const ChainConfiguration& configuration, SubtitleInputType type,
+            std::vector<std::uint8_t> format, Wiring wiring);
+
+  void push(const InputSample& sample, const SharedSample& shared);
+
+  /// Completes the unit in the framer and delivers the last document up to `end`; what the filter
+  /// drops at its end.
+  void flush(MediaTime end);
+
+ private:
+  void checkFormat(const InputSample& sample);
+  void start();
+  template <class Action>
+  void guarded(Action action);
+
+  ChainConfiguration configuration_;
+  SubtitleInputType type_;
+  std::vector<std::uint8_t> format_;        // of the stream's media type
+  std::vector<std::uint8_t> sampleFormat_;  // the last one that came with a sample
+  Wiring wiring_;
+  std::unique_ptr<encoding::subtitling::ConversionChain> chain_;
+};
+
+}  // namespace korr::txsub

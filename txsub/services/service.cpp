@@ -1,0 +1,78 @@
+#include "txsub/services/service.h"
+
+#include <cstdio>
+
+#include "txsub/services/caption_services.h"
+
+namespace korr::txsub {
+
+namespace {
+
+constexpr std::uint32_t kFirstTeletextPage = 0x100;
+
+std::string hexadecimal(const char* format, std::uint32_t value) {
+  char text[16];
+  std::snprintf(text, sizeof text, format, value);
+  return text;
+}
+
+}  // namespace
+
+std::unique_ptr<IServiceFinder> createServiceFinder(const StreamInfo& stream,
+                                                    const ServiceQuery& query, log::ILogger*) {
+  if (query.page && !canHavePage(stream.type, *query.page)) return nullptr;
+  switch (stream.type) {
+    case SubtitleInputType::ClosedCaption:
+      return createCaptionServiceFinder(query);
+    case SubtitleInputType::Teletext:
+    case SubtitleInputType::DvbSubtitle:
+      break;
+  }
+  return nullptr;
+}
+
+bool canHavePage(SubtitleInputType type, std::uint32_t page) {
+  switch (type) {
+    case SubtitleInputType::ClosedCaption:
+      return page >= 1 && page <= 4;
+    case SubtitleInputType::Teletext:
+      return page >= kFirstTeletextPage;
+    case SubtitleInputType::DvbSubtitle:
+      break;
+  }
+  return false;
+}
+
+std::string displayName(const Service& service) {
+  switch (service.type) {
+    case SubtitleInputType::ClosedCaption:
+      return "CC" + std::to_string(service.page);
+    case SubtitleInputType::Teletext:
+      return "page " + hexadecimal("%03x", service.page);
+    case SubtitleInputType::DvbSubtitle:
+      break;
+  }
+  return "DVB subtitles";
+}
+
+std::string describe(const Service& service) {
+  return displayName(service) + " of PID " + pidText(service.pid);
+}
+
+std::string fileName(const Service& service) {
+  std::string name = pidText(service.pid) + '-' + displayName(service);
+  if (!service.language.empty()) name += '-' + service.language;
+  // The language comes from the recording and may hold anything.
+  for (char& c : name) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    const bool isPlain = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
+    if (!isPlain) c = '-';
+  }
+  return name;
+}
+
+std::string pidText(std::uint32_t pid) {
+  return hexadecimal("0x%04x", pid);
+}
+
+}  // namespace korr::txsub

@@ -1,0 +1,76 @@
+// The subtitle services of a recording: what can be listed, chosen and converted.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "log/logger.h"
+#include "txsub/input/media_reader.h"
+
+namespace korr::txsub {
+
+/// One subtitle service: a caption channel, a teletext page, a DVB subtitle stream.
+struct Service {
+  std::uint32_t streamId = 0;  ///< StreamInfo::id
+  std::uint32_t pid = 0;       ///< StreamInfo::pid
+  std::uint32_t program = 0;   ///< StreamInfo::program
+  SubtitleInputType type = SubtitleInputType::Teletext;
+  /// As the chain takes it: caption service 1 to 4, teletext magazine * 256 + page number.
+  std::uint32_t page = 0;
+  std::uint32_t pageOption = 0;  ///< teletext: the default character-set group
+  std::string language;          ///< ISO 639-2; empty when nothing says it
+  bool hearingImpaired = false;
+  bool isDeclared = false;  ///< named by the recording's tables, not only found in its samples
+};
+
+/// What to look for.
+struct ServiceQuery {
+  std::optional<std::uint32_t> page;  ///< 1 to 4, or a teletext page as in Service
+  std::string language;
+  bool hearingImpaired = false;
+  std::optional<std::uint32_t> pageOption;
+  /// Also teletext pages that no descriptor names, even when there are descriptors.
+  bool scan = false;
+};
+
+/// Finds the services of one stream that a query asks for.
+class IServiceFinder {
+ public:
+  virtual ~IServiceFinder() = default;
+
+  /// The services that the stream's description names, best match first. Called again when the
+  /// description changes.
+  virtual std::vector<Service> describe(const StreamInfo& stream) = 0;
+
+  /// The services that this sample is the first to show.
+  virtual std::vector<Service> inspect(const InputSample& sample) = 0;
+
+  /// Whether `inspect` may still find any.
+  virtual bool isSearching() const = 0;
+};
+
+/// The finder for a stream's kind; `logger` may be null.
+std::unique_ptr<IServiceFinder> createServiceFinder(const StreamInfo& stream,
+                                                    const ServiceQuery& query,
+                                                    log::ILogger* logger);
+
+/// Whether a page of this number can belong to a stream of this kind: 1 to 4 are caption services,
+/// from 0x100 on they are teletext pages. DVB subtitles have no page numbers.
+bool canHavePage(SubtitleInputType type, std::uint32_t page);
+
+/// "CC1", "page 888", "DVB subtitles".
+std::string displayName(const Service& service);
+
+/// With where it is: "CC1 of PID 0x0100", "page 888 of PID 0x0034".
+std::string describe(const Service& service);
+
+/// For the name of a file: "0x0100-cc1", "0x0034-page-888-swe".
+std::string fileName(const Service& service);
+
+/// "0x0100"
+std::string pidText(std::uint32_t pid);
+
+}  // namespace korr::txsub

@@ -1,0 +1,135 @@
+#include "txsub/services/service_pass.h"
+
+#include <algorithm>
+
+#include "platform/terminal.h"
+
+namespace korr::txsub {
+
+namespace {
+
+ServiceSession* firstShown(const std::vector<ServiceSession*>& sessions) {
+  const auto found =
+      std::find_if(sessions.begin(), sessions.end(),
+                   [](const ServiceSession* session) { return session->hasShown(); });
+  return found == sessions.end() ? nullptr : *found;
+}
+
+}  // namespace
+
+ServicePass::ServicePass(IMediaReader& reader, Wanted wanted, MakeFinder makeFinder,
+                         MakeSession makeSession, Console& console)
+    : reader_(reader),
+      wanted_(wanted),
+      makeFinder_(std::move(makeFinder)),
+      makeSession_(std::move(makeSession)),
+      console_(console) {
+}
+
+void ServicePass::run() {
+  while (reader_.read(*this)) {
+    console_.showProgress(reader_.progress());
+    for (auto* session : sessions()) session->flush();
+    if (platform::isInterrupted()) {
+      wasInterrupted_ = true;
+      break;
+    }
+  }
+  console_.clearProgress();
+  complete();
+}
+
+bool ServicePass::onStream(const StreamInfo& info) {
+  auto [entry, isNew] = streams_.try_emplace(info.id);
+  Stream& stream = entry->second;
+  stream.info = info;
+  if (isNew) order_.push_back(info.id);
+  if (chosen_) return !stream.sessions.empty();
+
+  if (isNew) stream.finder = makeFinder_(info);
+  if (stream.finder) addServices(stream, stream.finder->describe(info));
+  return !stream.sessions.empty() || (stream.finder && stream.finder->isSearching());
+}
+
+void ServicePass::onSample(const StreamInfo& info, const InputSample& sample) {
+  const auto found = streams_.find(info.id);
+  if (found == streams_.end()) return;
+  Stream& stream = found->second;
+  if (stream.finder && stream.finder->isSearching()) {
+    addServices(stream, stream.finder->inspect(sample));
+  }
+  if (stream.sessions.empty()) return;
+  const SharedSample shared = share(sample);
+  for (const auto& session : stream.sessions) {
+    session->push(sample, shared);
+    if (wanted_ == Wanted::All && session->hasShown()) session->open();
+  }
+  if (wanted_ == Wanted::Best && !chosen_ && sample.times) settle(sample.times->start);
+}
+
+std::vector<ServiceSession*> ServicePass::sessions() const {
+  if (wanted_ == Wanted::All) return ranked();
+  if (chosen_) return {chosen_};
+  return {};
+}
+
+void ServicePass::addServices(Stream& stream, const std::vector<Service>& services) {
+  for (const auto& service : services) {
+    const bool isKnown =
+        std::any_of(stream.sessions.begin(), stream.sessions.end(),
+                    [&](const auto& session) { return session->service().page == service.page; });
+    if (isKnown) continue;
+    if (auto session = makeSession_(service, stream.info)) {
+      stream.sessions.push_back(std::move(session));
+    }
+  }
+}
+
+// What the recording declares comes before what only its samples show; otherwise the order in which
+// streams and their services were found.
+std::vector<ServiceSession*> ServicePass::ranked() const {
+  std::vector<ServiceSession*> sessions;
+  for (const auto id : order_) {
+    for (const auto& session : streams_.at(id).sessions) sessions.push_back(session.get());
+  }
+  std::stable_partition(sessions.begin(), sessions.end(), [](const ServiceSession* session) {
+    return session->service().isDeclared;
+  });
+  return sessions;
+}
+
+// Chooses the first-ranked service that has shown something: at once when none is before it, else
+// when those before it have had their time.
+void ServicePass::settle(MediaTime now) {
+  const auto candidates = ranked();
+  auto* best = firstShown(candidates);
+  if (!best) return;
+  if (!firstShown_) firstShown_ = now;
+  const bool isTimeUp = now > *firstShown_ && now - *firstShown_ >= kChoiceWindow;
+  if (best == candidates.front() || isTimeUp) choose(best);
+}
+
+void ServicePass::choose(ServiceSession* chosen) {
+  chosen_ = chosen;
+  for (auto& [id, stream] : streams_) {
+    std::erase_if(stream.sessions, [&](const auto& session) { return session.get() != chosen; });
+    stream.finder.reset();
+    if (stream.sessions.empty()) reader_.unselect(id);
+  }
+  console_.detail("converting " + describe(chosen->service()));
+  chosen_->open();
+}
+
+void ServicePass::complete() {
+  const MediaTime end = reader_.endTime().value_or(0);
+  for (auto* session : ranked()) session->endInput(end);
+  if (wanted_ == Wanted::Best && !chosen_) {
+    if (auto* best = firstShown(ranked())) choose(best);
+  }
+  for (auto* session : sessions()) {
+    if (wanted_ == Wanted::All && session->hasShown()) session->open();
+    if (session->isOpen()) session->commit();
+  }
+}
+
+}  // namespace korr::txsub

@@ -1,0 +1,120 @@
+#include "txsub/services/service_session.h"
+
+#include <algorithm>
+
+#include "core/writer_factory.h"
+
+namespace korr::txsub {
+
+namespace {
+
+using encoding::packaging::lib_parse_es::IMediaItem;
+using encoding::packaging::lib_parse_es::Result;
+using encoding::subtitling::ByteBuffer;
+using encoding::subtitling::ISubtitleContainer;
+using encoding::subtitling::ISubtitleConverter;
+
+class SampleItem final : public IMediaItem {
+ public:
+  explicit SampleItem(const InputSample& sample) : sample_(sample) {}
+
+  std::int32_t length() const override { return static_cast<std::int32_t>(sample_.data.size()); }
+
+  Result payload(const std::uint8_t*& data) const override {
+    data = sample_.data.data();
+    return encoding::packaging::lib_parse_es::kOk;
+  }
+
+  std::optional<Times> times() const override {
+    if (!sample_.times) return std::nullopt;
+    return Times{.start = sample_.times->start, .stop = sample_.times->stop};
+  }
+
+  bool startFlag() const override { return sample_.sync; }
+  bool secondFlag() const override { return sample_.discontinuity; }
+
+ private:
+  InputSample sample_;
+};
+
+// Passes a container's answers on and notes whether any had something to see.
+class WatchedContainer final : public ISubtitleContainer {
+ public:
+  WatchedContainer(ISubtitleContainer& container, bool& hasShown)
+      : container_(container), hasShown_(hasShown) {}
+
+  encoding::subtitling::Subtitle currentSubtitle(MediaTime time) override {
+    auto subtitle = container_.currentSubtitle(time);
+    if (!isEmpty(subtitle)) hasShown_ = true;
+    return subtitle;
+  }
+
+ private:
+  ISubtitleContainer& container_;
+  bool& hasShown_;
+};
+
+}  // namespace
+
+SharedSample share(const InputSample& sample) {
+  return std::make_shared<const SampleItem>(sample);
+}
+
+CueSession::CueSession(const Service& service, const ChainConfiguration& configuration,
+                       std::vector<std::uint8_t> format, std::unique_ptr<ICueOutput> output,
+                       Console& console)
+    : ServiceSession(service),
+      segment_(configuration.durationMs * encoding::subtitling::kMillisecond),
+      output_(std::move(output)),
+      host_(configuration, service.type, std::move(format),
+            {.sink = recorder_,
+             .makeWriter =
+                 [this](ISubtitleContainer& container) { return recorder_.makeWriter(container); },
+             .console = console}) {
+}
+
+void CueSession::push(const InputSample& sample, const SharedSample& shared) {
+  if (sample.times) lastTime_ = std::max(lastTime_, sample.times->start);
+  host_.push(sample, shared);
+}
+
+// A subtitle that comes with the very last sample has no end of its own: it stays for a segment.
+void CueSession::endInput(MediaTime end) {
+  host_.flush(end > lastTime_ ? end : lastTime_ + segment_);
+  recorder_.finish();
+}
+
+// The mode's writer over a watched container.
+class SampleSession::WatchedWriter final : public ISubtitleConverter {
+ public:
+  WatchedWriter(ISubtitleContainer& container, bool& hasShown,
+                const ChainConfiguration& configuration)
+      : container_(container, hasShown),
+        writer_(encoding::subtitling::createWriter({.container = container_,
+                                                    .mode = configuration.mode,
+                                                    .ttmlOption = configuration.ttmlOption})) {}
+
+  void convert(ByteBuffer& out, MediaTime time) override { writer_->convert(out, time); }
+  void initialDocument(ByteBuffer& out) override { writer_->initialDocument(out); }
+
+ private:
+  WatchedContainer container_;
+  std::unique_ptr<ISubtitleConverter> writer_;
+};
+
+SampleSession::SampleSession(const Service& service, const ChainConfiguration& configuration,
+                             std::vector<std::uint8_t> format, std::string path, bool isCertain,
+                             Console& console)
+    : ServiceSession(service),
+      path_(std::move(path)),
+      hasShown_(isCertain),
+      host_(configuration, service.type, std::move(format),
+            {.sink = recorder_,
+             .makeWriter =
+                 [this, configuration](ISubtitleContainer& container) {
+                   return std::make_unique<WatchedWriter>(container, hasShown_, configuration);
+                 },
+             .console = console}) {
+}
+
+}  // namespace korr::txsub

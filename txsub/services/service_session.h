@@ -1,0 +1,107 @@
+// One service under conversion.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "txsub/output/cue.h"
+#include "txsub/output/sample_recorder.h"
+#include "txsub/output/subtitle_recorder.h"
+#include "txsub/services/chain_host.h"
+#include "txsub/services/service.h"
+
+namespace korr::txsub {
+
+/// Runs the chain of one service. What comes out is held until `open` names a place for it: which
+/// of several services is wanted may show only in what they carry.
+class ServiceSession {
+ public:
+  explicit ServiceSession(const Service& service) : service_(service) {}
+  virtual ~ServiceSession() = default;
+  ServiceSession(const ServiceSession&) = delete;
+  ServiceSession& operator=(const ServiceSession&) = delete;
+
+  const Service& service() const { return service_; }
+
+  virtual void push(const InputSample& sample, const SharedSample& shared) = 0;
+
+  /// Whether the service has shown anything, or is wanted all the same.
+  virtual bool hasShown() const = 0;
+
+  /// Nothing follows; `end` is the end of the recording.
+  virtual void endInput(MediaTime end) = 0;
+
+  /// Opens the output; from now on nothing is held. Further calls do nothing.
+  void open() {
+    if (!isOpen_) openOutput();
+    isOpen_ = true;
+  }
+  bool isOpen() const { return isOpen_; }
+
+  /// Lets readers of a pipe see what has come out so far.
+  virtual void flush() = 0;
+
+  /// Gives the opened output its name.
+  virtual void commit() = 0;
+
+ private:
+  virtual void openOutput() = 0;
+
+  Service service_;
+  bool isOpen_ = false;
+};
+
+/// Cues, with all that the subtitles hold.
+class CueSession final : public ServiceSession {
+ public:
+  CueSession(const Service& service, const ChainConfiguration& configuration,
+             std::vector<std::uint8_t> format, std::unique_ptr<ICueOutput> output,
+             Console& console);
+
+  void push(const InputSample& sample, const SharedSample& shared) override;
+  bool hasShown() const override { return recorder_.hasShown(); }
+  void endInput(MediaTime end) override;
+  void flush() override { output_->flush(); }
+  void commit() override { output_->commit(); }
+
+ private:
+  void openOutput() override { output_->open(); }
+
+  MediaTime segment_;
+  MediaTime lastTime_ = 0;  // of the samples so far
+  std::unique_ptr<ICueOutput> output_;
+  SubtitleRecorder recorder_{*output_};
+  ChainHost host_;
+};
+
+/// What the filter would deliver, to the letter: nothing is flushed at the end. `isCertain`: wanted
+/// even when it shows nothing.
+class SampleSession final : public ServiceSession {
+ public:
+  SampleSession(const Service& service, const ChainConfiguration& configuration,
+                std::vector<std::uint8_t> format, std::string path, bool isCertain,
+                Console& console);
+
+  void push(const InputSample& sample, const SharedSample& shared) override {
+    host_.push(sample, shared);
+  }
+  bool hasShown() const override { return hasShown_; }
+  void endInput(MediaTime) override { recorder_.endOfStream(); }
+  void flush() override { recorder_.flush(); }
+  void commit() override { recorder_.commit(); }
+
+ private:
+  class WatchedWriter;
+
+  void openOutput() override { recorder_.open(path_); }
+
+  std::string path_;
+  bool hasShown_;
+  SampleRecorder recorder_;
+  ChainHost host_;
+};
+
+/// A sample as the framers hold it.
+SharedSample share(const InputSample& sample);
+
+}  // namespace korr::txsub
