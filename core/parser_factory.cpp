@@ -1,15 +1,30 @@
 #include "core/parser_factory.h"
 
+#include "closed_caption/closed_caption_parser.h"
 #include "util/exception.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
+namespace {
+
+// Hands out both faces of a new parser.
+template <class Parser>
+std::unique_ptr<ISubtitleParser> withContainer(std::unique_ptr<Parser> parser,
+                                               ISubtitleContainer** container) {
+  if (container) *container = parser.get();
+  return parser;
+}
+
+}  // namespace
 
 std::unique_ptr<ISubtitleParser> createParser(const ParserRequest& request) {
   switch (request.inputType) {
     case SubtitleInputType::Teletext:
     case SubtitleInputType::DvbSubtitle:
-    case SubtitleInputType::ClosedCaption:
       break;
+    case SubtitleInputType::ClosedCaption:
+      return withContainer(std::make_unique<closed_caption::ClosedCaptionParser>(
+                               closed_caption::CaptionService::fromNumber(request.page)),
+                           request.container);
   }
   throw util::TessaryException("Unexpected subtitle input type");
 }

@@ -1,6 +1,8 @@
 #include "core/writer_factory.h"
 
 #include "timed_text/converter_to_ttml.h"
+#include "timed_text/converter_to_webvtt.h"
+#include "timed_text/converter_to_youtube_srt.h"
 #include "util/exception.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
@@ -11,7 +13,9 @@ std::unique_ptr<ISubtitleConverter> createWriter(const WriterRequest& request) {
       return std::make_unique<ttml::ConverterToTtml>(request.container, request.ttmlOption,
                                                      ttml::createPngEncoder());
     case ConversionMode::WebVtt:
+      return std::make_unique<ttml::ConverterToWebVtt>(request.container);
     case ConversionMode::YoutubeSrt:
+      return std::make_unique<ttml::ConverterToYoutubeSrt>(request.container);
     case ConversionMode::Disable:
     case ConversionMode::PassThrough:
     case ConversionMode::BurnIntoVideo:

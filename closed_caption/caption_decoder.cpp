@@ -1,0 +1,244 @@
+#include "closed_caption/caption_decoder.h"
+
+#include <algorithm>
+#include <array>
+#include <tuple>
+#include <utility>
+
+#include "closed_caption/caption_codes.h"
+#include "closed_caption/character_sets.h"
+
+namespace korr::encoding::subtitling::closed_caption::inline v2 {
+namespace {
+
+// Background, mid-row and preamble colours all count up in steps of two from white.
+CaptionColour colourOf(std::uint8_t code) {
+  return static_cast<CaptionColour>((code & 0x0F) / 2 + 1);
+}
+
+bool isOdd(std::uint8_t code) {
+  return (code & 1) != 0;
+}
+
+// Rows of the preamble address codes 0x10 to 0x17 (CEA-608, table 53); 0x60 and above name the row
+// below.
+std::int32_t preambleRow(BytePair pair) {
+  constexpr std::array<std::int32_t, 8> kRows = {11, 1, 3, 12, 14, 5, 7, 9};
+  return kRows[pair.b1 & 0x07] + (pair.b2 >= 0x60 ? 1 : 0);
+}
+
+// Everything but the column, which alone never makes a new style, deliberately.
+bool haveEqualStyles(const CaptionText::TextRun& left, const CaptionText::TextRun& right) {
+  const auto styleOf = [](const CaptionText::TextRun& run) {
+    return std::tie(run.foreground, run.background, run.backgroundOpacity, run.doubleSize,
+                    run.underline, run.italic);
+  };
+  return styleOf(left) == styleOf(right);
+}
+
+// The attributes of a run without its text.
+CaptionText::TextRun styleOf(const CaptionText::TextRun& run) {
+  return {{},
+          run.column,
+          run.foreground,
+          run.background,
+          run.backgroundOpacity,
+          run.doubleSize,
+          run.underline,
+          run.italic};
+}
+
+}  // namespace
+
+void CaptionDecoder::executePrintable(BytePair pair) {
+  if (mode_ == CaptionMode::None || mode_ == CaptionMode::Text || !currentRow_) return;
+  auto& glyphs = currentRow_->runs.back().glyphs;
+  glyphs.push_back(basicCharacter(pair.b1));
+  if (pair.b2 != 0) glyphs.push_back(basicCharacter(pair.b2));
+
+  if (publishEachPair_ && isRollUp(mode_)) {
+    displayedMemory_ = rollUpSnapshot(workingMemory_, mode_);
+    changed_ = true;
+  }
+}
+
+void CaptionDecoder::executeControl(BytePair pair) {
+  if (pair.b2 >= kPreambleAddressCode) return executePreambleAddress(pair);
+  if (pair.b2 < 0x20) return;
+  if (pair.b1 == kMiscellaneous) return executeMiscellaneous(pair.b2);
+  if (!currentRow_) return;
+
+  switch (pair.b1) {
+    case kBackgroundAttributes:
+      return executeBackgroundAttribute(pair.b2);
+    case kMidRowAndSpecialCharacters:
+      return executeMidRowOrSpecialCharacter(pair.b2);
+    // An extended character replaces the basic one sent before it for older receivers
+    // (CEA-608, 6.4.2).
+    case kExtendedSpanishFrench:
+      backspace();
+      return append(extendedSpanishFrench(pair.b2));
+    case kExtendedPortugueseGermanDanish:
+      backspace();
+      return append(extendedPortugueseGermanDanish(pair.b2));
+    case kTabOffsetsAndAttributes:
+      return executeTabOffsetOrAttribute(pair.b2);
+    default:
+      return;
+  }
+}
+
+CaptionText CaptionDecoder::takeScreen() {
+  changed_ = false;
+  return toScreen(displayedMemory_);
+}
+
+void CaptionDecoder::executeMiscellaneous(std::uint8_t b2) {
+  switch (b2) {
+    case kResumeCaptionLoading:
+      mode_ = CaptionMode::PopOn;
+      break;
+    case kBackspace:
+      backspace();
+      break;
+    case kRollUp2:
+      mode_ = CaptionMode::RollUp2;
+      break;
+    case kRollUp3:
+      mode_ = CaptionMode::RollUp3;
+      break;
+    case kRollUp4:
+      mode_ = CaptionMode::RollUp4;
+      break;
+    case kResumeDirectCaptioning:
+      mode_ = CaptionMode::PaintOn;
+      break;
+    case kTextRestart:
+    case kResumeTextDisplay:
+      mode_ = CaptionMode::Text;
+      currentRow_ = nullptr;
+      break;
+    case kEraseDisplayedMemory:
+      changed_ = true;
+      displayedMemory_.clear();
+      break;
+    case kCarriageReturn:
+      carriageReturn();
+      break;
+    case kEraseNonDisplayedMemory:
+      workingMemory_.clear();
+      currentRow_ = nullptr;
+      break;
+    case kEndOfCaption:
+      changed_ = true;
+      displayedMemory_.swap(workingMemory_);
+      currentRow_ = nullptr;
+      break;
+    default:  // AOF, AON, DER and FON have no effect
+      break;
+  }
+}
+
+void CaptionDecoder::carriageReturn() {
+  if (!isRollUp(mode_)) return;
+  displayedMemory_ = rollUpSnapshot(workingMemory_, mode_);
+  workingMemory_ = displayedMemory_;
+  currentRow_ = &workingMemory_[kBottomRow];
+  currentRow_->runs.emplace_back();
+  currentRow_->mode = mode_;
+  changed_ = true;
+}
+
+// Opens a run on a row, which keeps what it holds (CEA-608 clears it), deliberately.
+void CaptionDecoder::executePreambleAddress(BytePair pair) {
+  if (mode_ == CaptionMode::None || mode_ == CaptionMode::Text) return;
+  const auto number = isRollUp(mode_) ? kBottomRow : preambleRow(pair);
+  const auto [place, isNew] = workingMemory_.try_emplace(number);
+  currentRow_ = &place->second;
+  if (isNew) currentRow_->mode = mode_;
+
+  TextRun& run = currentRow_->runs.emplace_back();
+  const std::uint8_t attribute = pair.b2 & 0x1F;
+  if (attribute < 0x0E) {
+    run.foreground = colourOf(attribute);
+  } else if (attribute < 0x10) {
+    run.italic = true;
+  } else {
+    run.column = 4u * ((attribute - 0x10u) / 2);
+  }
+  run.underline = isOdd(attribute);
+}
+
+void CaptionDecoder::executeBackgroundAttribute(std::uint8_t b2) {
+  if (b2 > 0x2F) return;
+  TextRun style = styleOf(currentRow_->runs.back());
+  style.background = colourOf(b2);
+  style.backgroundOpacity = isOdd(b2) ? CaptionOpacity::SemiTransparent : CaptionOpacity::Opaque;
+  changeStyle(style);
+}
+
+// Underline and italics stay on until the next run of another row, deliberately.
+void CaptionDecoder::executeMidRowOrSpecialCharacter(std::uint8_t b2) {
+  if (b2 >= 0x30) return append(specialCharacter(b2));
+  TextRun style = styleOf(currentRow_->runs.back());
+  if (b2 < 0x2E) {
+    style.foreground = colourOf(b2);
+  } else {
+    style.italic = true;
+  }
+  if (isOdd(b2)) style.underline = true;
+  changeStyle(style);
+}
+
+void CaptionDecoder::executeTabOffsetOrAttribute(std::uint8_t b2) {
+  TextRun style = styleOf(currentRow_->runs.back());
+  switch (b2) {
+    case kTabOffset1:
+    case kTabOffset2:
+    case kTabOffset3:
+      style.column += b2 - 0x20u;
+      break;
+    case kNormalSize:
+    case kDoubleSize:
+      style.doubleSize = b2 == kDoubleSize ? 1 : 0;
+      break;
+    case kBackgroundTransparent:
+      style.backgroundOpacity = CaptionOpacity::Transparent;
+      break;
+    case kForegroundBlackUnderline:
+      style.underline = true;
+      [[fallthrough]];
+    case kForegroundBlack:
+      style.foreground = CaptionColour::Black;
+      break;
+    default:
+      return;
+  }
+  changeStyle(style);
+}
+
+// Takes back the last character of the row, whichever of its runs holds it.
+void CaptionDecoder::backspace() {
+  if (!currentRow_) return;
+  auto& runs = currentRow_->runs;
+  const auto run = std::find_if(runs.rbegin(), runs.rend(),
+                                [](const TextRun& candidate) { return !candidate.glyphs.empty(); });
+  if (run != runs.rend()) run->glyphs.pop_back();
+}
+
+void CaptionDecoder::append(GlyphText glyph) {
+  currentRow_->runs.back().glyphs.push_back(glyph);
+}
+
+// A new run starts at the column of the run before it: text does not count, deliberately.
+void CaptionDecoder::changeStyle(const TextRun& style) {
+  TextRun& last = currentRow_->runs.back();
+  if (haveEqualStyles(style, last)) return;
+  if (last.glyphs.empty()) {
+    last = style;
+  } else {
+    currentRow_->runs.push_back(style);
+  }
+}
+
+}  // namespace korr::encoding::subtitling::closed_caption::inline v2

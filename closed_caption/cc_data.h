@@ -1,0 +1,51 @@
+// cc_data triplets to the byte pairs of one caption service.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace korr::encoding::subtitling::closed_caption::inline v2 {
+
+/// One of the services CC1 to CC4: a line-21 field and a data channel in it.
+struct CaptionService {
+  std::uint32_t field = 1;
+  std::uint32_t channel = 1;
+
+  /// Services 1 to 4 are CC1 to CC4; other numbers name fields that no triplet has.
+  static CaptionService fromNumber(std::uint32_t service);
+};
+
+/// Two bytes of line 21 without their parity bits, 0x00 to 0x7F each.
+struct BytePair {
+  std::uint8_t b1 = 0;
+  std::uint8_t b2 = 0;
+
+  friend bool operator==(const BytePair&, const BytePair&) = default;
+};
+
+/// What a pair asks of the decoder.
+struct CaptionPair {
+  bool isControl = false;  ///< else two printable characters
+  BytePair bytes;          ///< a control code in the form of data channel 1 and field 1
+};
+
+/// Picks the pairs of one service and drops repeated control codes.
+class CaptionPairSelector {
+ public:
+  explicit CaptionPairSelector(CaptionService service) : service_(service) {}
+
+  /// What to execute for one triplet (3 bytes; CEA-708, 4.4.1), or nothing.
+  std::optional<CaptionPair> select(std::span<const std::uint8_t, 3> triplet);
+
+ private:
+  std::optional<CaptionPair> selectControl(BytePair pair);
+  bool isRepetition(BytePair pair);
+  std::uint8_t inFirstChannelForm(std::uint8_t b1) const;
+
+  const CaptionService service_;
+  std::int32_t currentChannel_ = -1;     // -1 until the first control code
+  std::optional<BytePair> lastControl_;  // the last one executed
+};
+
+}  // namespace korr::encoding::subtitling::closed_caption::inline v2
