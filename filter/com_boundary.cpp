@@ -1,0 +1,39 @@
+#include "filter/com_boundary.h"
+
+#include <dshow.h>
+
+#include <array>
+
+namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+
+namespace {
+
+std::string toUtf8(const WCHAR* text, int length) {
+  const int size = WideCharToMultiByte(CP_UTF8, 0, text, length, nullptr, 0, nullptr, nullptr);
+  std::string utf8(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, text, length, utf8.data(), size, nullptr, nullptr);
+  return utf8;
+}
+
+}  // namespace
+
+std::string systemMessage(HRESULT result) {
+  std::array<WCHAR, 512> text{};
+  constexpr DWORD kFlags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+  DWORD length = FormatMessageW(kFlags, nullptr, static_cast<DWORD>(result), 0, text.data(),
+                                static_cast<DWORD>(text.size()), nullptr);
+  // DirectShow keeps the texts of its own codes.
+  if (length == 0) {
+    length = AMGetErrorTextW(result, text.data(), static_cast<DWORD>(text.size()));
+  }
+  if (length == 0) return "unknown error";
+  while (length != 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) --length;
+  return toUtf8(text.data(), static_cast<int>(length));
+}
+
+void throwLastError() {
+  const HRESULT result = HRESULT_FROM_WIN32(GetLastError());
+  throw HResultError(FAILED(result) ? result : E_UNEXPECTED);
+}
+
+}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

@@ -1,0 +1,56 @@
+// A source filter that a host pushes samples through.
+#pragma once
+
+#include "platform/directshow/streams.h"
+#include "txsub/input/media_reader.h"
+
+namespace korr::streaming::direct_show::host::inline v2_1 {
+
+/// One output pin of a fixed media type. The caller's thread is the streaming thread.
+class CPushSource final : public CBaseFilter {
+ public:
+  struct Settings {
+    CMediaType type;
+    long buffers = 1;     ///< at least; downstream may ask for more
+    long bufferSize = 1;  ///< bytes; no sample may be larger
+  };
+
+  explicit CPushSource(Settings settings);
+
+  int GetPinCount() override { return 1; }
+  CBasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
+
+  /// Delivers one sample as it was recorded; waits while all buffers are in use downstream.
+  HRESULT push(const txsub::InputSample& sample);
+
+  HRESULT endOfStream() { return pin_.DeliverEndOfStream(); }
+  HRESULT beginFlush() { return pin_.DeliverBeginFlush(); }
+  HRESULT endFlush() { return pin_.DeliverEndFlush(); }
+  HRESULT newSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+    return pin_.DeliverNewSegment(start, stop, rate);
+  }
+
+ private:
+  class Pin final : public CBaseOutputPin {
+   public:
+    Pin(CPushSource* filter, CCritSec* lock, HRESULT* result)
+        : CBaseOutputPin(TEXT("push source pin"), filter, lock, result, L"Output"),
+          source_(filter) {}
+
+    HRESULT CheckMediaType(const CMediaType* type) override;
+    HRESULT GetMediaType(int position, CMediaType* type) override;
+    HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* wanted) override;
+
+   private:
+    CPushSource* source_;
+  };
+
+  HRESULT fill(IMediaSample& target, const txsub::InputSample& sample) const;
+
+  CCritSec lock_;
+  Settings settings_;
+  HRESULT pinResult_ = S_OK;
+  Pin pin_;
+};
+
+}  // namespace korr::streaming::direct_show::host::inline v2_1

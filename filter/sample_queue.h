@@ -1,0 +1,50 @@
+// What the upstream thread leaves for the worker.
+#pragma once
+
+#include <dshow.h>
+#include <wrl/client.h>
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+#include "filter/handle.h"
+#include "platform/directshow/locks.h"
+
+namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+
+/// A queue of samples in arrival order, with a semaphore that counts them. Threads may share it.
+class SampleQueue {
+ public:
+  struct Entry {
+    Microsoft::WRL::ComPtr<IMediaSample> sample;  ///< null: end of stream
+    std::uint32_t generation = 0;                 ///< how often the queue had been drained
+  };
+
+  SampleQueue();
+
+  /// Takes a reference on `sample`; null marks the end of the stream.
+  void push(IMediaSample* sample);
+
+  /// The front entry; nothing when the queue has been drained in the meantime. Called once per
+  /// count taken off the semaphore.
+  std::optional<Entry> take();
+
+  /// Whether `entry` has not been overtaken by a drain since it was pushed.
+  bool isCurrent(const Entry& entry);
+
+  /// Empties the queue, but for one entry whose count the worker has taken and which it will find
+  /// not to be current.
+  void drain();
+
+  /// Signalled while there is something to take; a wait takes one count off.
+  HANDLE semaphore() const { return semaphore_.get(); }
+
+ private:
+  Handle semaphore_;
+  CCritSec lock_;  // upstream pushes, the worker takes, state changes drain
+  std::deque<Entry> entries_;
+  std::uint32_t generation_ = 0;
+};
+
+}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

@@ -1,0 +1,243 @@
+#include "filter/subtitle_converter.h"
+
+#include "filter/media_sample_item.h"
+#include "filter/media_types.h"
+#include "filter/teletext_pages.h"
+
+namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+
+using encoding::subtitling::ConversionChain;
+using log::Level;
+
+namespace {
+
+/// Frees a media type that came in COM task memory.
+struct MediaTypeDeleter {
+  void operator()(AM_MEDIA_TYPE* type) const { DeleteMediaType(type); }
+};
+
+std::span<const std::uint8_t> formatOf(const AM_MEDIA_TYPE& type) {
+  return {type.pbFormat, type.pbFormat ? type.cbFormat : 0};
+}
+
+}  // namespace
+
+CUnknown* CALLBACK CSubtitleConverter::CreateInstance(IUnknown* outer, HRESULT* result) {
+  log::DiscardingLogger nobody;  // the host had no chance to set one
+  CSubtitleConverter* created = nullptr;
+  const HRESULT made = atComBoundary(nobody, [&] {
+    created = new CSubtitleConverter(outer, result);
+    return S_OK;
+  });
+  if (FAILED(made)) *result = made;
+  return created;
+}
+
+CSubtitleConverter::CSubtitleConverter(IUnknown* outer, HRESULT* result)
+    : CBaseFilter(kName, outer, &filterLock_, CLSID_TXSubtitleConverter),
+      inputPin_(std::make_unique<CTessaryInputPin<CSubtitleConverterInputPin>>(
+          this, &filterLock_, result, std::make_shared<CSubtitleConverterInputPin>(this))),
+      outputPin_(std::make_unique<CSubtitleConverterOutputPin>(this, result)),
+      outputSink_(std::make_unique<UpStreamPin>(outputPin_.get())),
+      configuration_(std::make_shared<const Configuration>()),
+      worker_(queue_.semaphore(), [this] { processNext(); }) {
+}
+
+HRESULT CSubtitleConverter::NonDelegatingQueryInterface(REFIID iid, void** object) {
+  if (iid == IID_ISubtitleConverterConfig) {
+    return GetInterface(static_cast<ISubtitleConverterConfig*>(this), object);
+  }
+  return CBaseFilter::NonDelegatingQueryInterface(iid, object);
+}
+
+HRESULT CSubtitleConverter::SetLogger(mqs_subtitle_converter::ILogger* logger) {
+  logger_.setTarget(logger);
+  return S_OK;
+}
+
+HRESULT CSubtitleConverter::SetOpaqueValue(std::uint64_t value) {
+  opaqueValue_ = value;
+  return S_OK;
+}
+
+HRESULT CSubtitleConverter::SetConfiguration(std::uint32_t mode, std::uint32_t page,
+                                             std::uint32_t durationMs, const char* language,
+                                             std::uint8_t hearingImpaired, std::uint32_t pageOption,
+                                             std::uint8_t ttmlOption) {
+  return atComBoundary(logger_, [&] {
+    configuration_ = std::make_shared<const Configuration>(
+        Configuration{.mode = static_cast<encoding::subtitling::ConversionMode>(mode),
+                      .page = page,
+                      .durationMs = durationMs,
+                      .language = language ? language : "",
+                      .hearingImpaired = hearingImpaired != 0,
+                      .pageOption = pageOption,
+                      .ttmlOption = ttmlOption != 0});
+    outputPin_->IncrementTypeVersion();
+    return S_OK;
+  });
+}
+
+CBasePin* CSubtitleConverter::GetPin(int index) {
+  if (index == 0) return inputPin_.get();
+  return index == 1 ? outputPin_.get() : nullptr;
+}
+
+HRESULT CSubtitleConverter::Stop() {
+  return atComBoundary(logger_, [this] {
+    // Decommits the output's allocator, so a worker that waits for a buffer goes on.
+    const HRESULT result = CBaseFilter::Stop();
+    if (FAILED(result)) return result;
+    // First the queue: the worker must not build a new chain for what is left of it.
+    queue_.drain();
+    const CAutoLock lock(&streamLock_);
+    chain_.reset();
+    return S_OK;
+  });
+}
+
+HRESULT CSubtitleConverter::Pause() {
+  return atComBoundary(logger_, [this] {
+    const bool wasStopped = IsStopped();
+    const HRESULT result = CBaseFilter::Pause();
+    if (FAILED(result) || !wasStopped) return result;
+    outputSink_->setFlushing(false);
+    try {
+      const CAutoLock lock(&streamLock_);
+      const HRESULT started = startChain();
+      return FAILED(started) ? started : S_OK;
+    } catch (const std::exception& error) {
+      // The graph runs without output; every later sample tries again.
+      log::write(&logger_, Level::Error, "Error: %s", error.what());
+      return S_OK;
+    }
+  });
+}
+
+void CSubtitleConverter::intake(IMediaSample* sample) {
+  const CAutoLock lock(&filterLock_);  // against a stop in between
+  if (!IsStopped()) queue_.push(sample);
+}
+
+void CSubtitleConverter::beginFlush() {
+  outputSink_->setFlushing(true);
+  queue_.drain();
+  outputPin_->DeliverBeginFlush();
+}
+
+void CSubtitleConverter::endFlush() {
+  {
+    const CAutoLock lock(&streamLock_);  // waits for the worker, whom downstream has let go
+    chain_.reset();
+  }
+  outputPin_->DeliverEndFlush();
+  outputSink_->setFlushing(false);
+}
+
+void CSubtitleConverter::newSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+  outputPin_->DeliverNewSegment(start, stop, rate);
+}
+
+// One entry of the queue. Whatever goes wrong with it is logged, and the stream goes on.
+void CSubtitleConverter::processNext() {
+  try {
+    const auto entry = queue_.take();
+    if (!entry) return;
+    const CAutoLock lock(&streamLock_);
+    if (!queue_.isCurrent(*entry)) return;
+    const HRESULT result = process(*entry);
+    if (FAILED(result) && result != VFW_E_NOT_COMMITTED) {
+      log::write(&logger_, Level::Error, "Internal error (0x%x): %s", static_cast<unsigned>(result),
+                 systemMessage(result).c_str());
+    }
+  } catch (const std::exception& error) {
+    log::write(&logger_, Level::Error, "Error: %s", error.what());
+  }
+}
+
+HRESULT CSubtitleConverter::process(const SampleQueue::Entry& entry) {
+  if (!entry.sample) {
+    // At once: the pending document, and what the framer holds, are not flushed.
+    outputSink_->endOfStream();
+    return outputSink_->takeResult();
+  }
+  const HRESULT result = convert(*entry.sample.Get());
+  const HRESULT delivered = outputSink_->takeResult();
+  return FAILED(result) ? result : delivered;
+}
+
+HRESULT CSubtitleConverter::convert(IMediaSample& sample) {
+  HRESULT result = checkFormat(sample);
+  if (FAILED(result)) return result;
+  if (!chain_) result = startChain();
+  if (FAILED(result) || !chain_) return result;
+  return chain_->framer().push(std::make_shared<const MediaSampleItem>(&sample));
+}
+
+// A sample that carries a media type changes the connection's. What the chain was built on may be
+// gone with it: the pages of the teletext descriptors, or the subtitle system itself.
+HRESULT CSubtitleConverter::checkFormat(IMediaSample& sample) {
+  AM_MEDIA_TYPE* attached = nullptr;
+  if (sample.GetMediaType(&attached) != S_OK || !attached) return S_OK;
+  const std::unique_ptr<AM_MEDIA_TYPE, MediaTypeDeleter> type(attached);
+  if (type->formattype != FORMAT_SubtitleStream) return E_FAIL;
+
+  CMediaType before;
+  HRESULT result = inputPin_->ConnectionMediaType(&before);
+  if (FAILED(result)) return result;
+  result = inputPin_->takeOver(*type);
+  if (FAILED(result)) return result;
+
+  const auto inputType = classifyInput(*type);
+  if (inputType != classifyInput(before)) chain_.reset();
+  const auto format = formatOf(*type);
+  if (inputType == SubtitleInputType::Teletext && !std::ranges::equal(format, teletextFormat_)) {
+    chain_.reset();
+    teletextFormat_.assign(format.begin(), format.end());
+  }
+  return S_OK;
+}
+
+// Builds the chain for the input's connection, in place of the one there is. S_FALSE when the input
+// is not connected.
+HRESULT CSubtitleConverter::startChain() {
+  if (!inputPin_->IsConnected()) return S_FALSE;
+  CMediaType type;
+  const HRESULT result = inputPin_->ConnectionMediaType(&type);
+  if (FAILED(result)) return result;
+  const auto inputType = classifyInput(type);
+  if (!inputType) return E_FAIL;
+
+  const auto configuration = configuration_.load();
+  const std::uint32_t page = *inputType == SubtitleInputType::Teletext
+                                 ? followedPage(*configuration, type)
+                                 : configuration->page;
+  chain_ = std::make_unique<ConversionChain>(
+      *outputSink_,
+      ConversionChain::Settings{.inputType = *inputType,
+                                .page = page,
+                                .durationMs = configuration->durationMs,
+                                .mode = configuration->mode,
+                                .pageOption = configuration->pageOption,
+                                .ttmlOption = configuration->ttmlOption},
+      &logger_);
+  return S_OK;
+}
+
+std::uint32_t CSubtitleConverter::followedPage(const Configuration& configuration,
+                                               const AM_MEDIA_TYPE& type) {
+  const auto followed = followLanguage(readTeletextPages(formatOf(type)), configuration.language,
+                                       configuration.hearingImpaired, configuration.page);
+  if (followed.list.empty()) {
+    log::write(&logger_, Level::Information, "No Teletext descriptor detected");
+  } else {
+    log::write(&logger_, Level::Information, "Teletext descriptor(s) detected : %s",
+               followed.list.c_str());
+  }
+  if (!followed.follow.empty()) {
+    log::write(&logger_, Level::Information, "%s", followed.follow.c_str());
+  }
+  return followed.page;
+}
+
+}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

@@ -1,0 +1,113 @@
+// The filter: one subtitle stream in, timed text out.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/conversion_chain.h"
+#include "filter/forwarding_logger.h"
+#include "filter/input_pin.h"
+#include "filter/output_pin.h"
+#include "filter/sample_queue.h"
+#include "filter/up_stream_pin.h"
+#include "filter/worker.h"
+#include "platform/directshow/streams.h"
+#include "sdk/include/TXSubtitleConverter.h"
+
+namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+
+/// Hosts one conversion chain between its two pins.
+///
+/// Three kinds of thread meet here. The graph's control thread changes states and configures. The
+/// upstream thread only queues samples (`intake`). The worker does everything else: it parses,
+/// converts and delivers.
+///
+/// Locks: the filter lock, then the queue's (intake). The stream lock, held while the chain is
+/// built, fed or destroyed; its holder may take the filter lock, to read the connection's type, or
+/// the queue's. So whoever waits for the stream lock holds neither, but for `Run` from the stopped
+/// state: it pauses under the filter lock, and then the worker has nothing to do that needs one.
+class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterConfig {
+ public:
+  static constexpr const WCHAR* kName = L"Tessary Subtitle Converter";
+
+  /// For the class factory. Null, and a failure in `result`, when the filter cannot be made.
+  static CUnknown* CALLBACK CreateInstance(IUnknown* outer, HRESULT* result);
+
+  ~CSubtitleConverter() override = default;
+
+  DECLARE_IUNKNOWN
+  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** object) override;
+
+  // ISubtitleConverterConfig
+  HRESULT STDMETHODCALLTYPE SetLogger(mqs_subtitle_converter::ILogger* logger) override;
+  HRESULT STDMETHODCALLTYPE SetOpaqueValue(std::uint64_t value) override;
+  HRESULT STDMETHODCALLTYPE SetConfiguration(std::uint32_t mode, std::uint32_t page,
+                                             std::uint32_t durationMs, const char* language,
+                                             std::uint8_t hearingImpaired, std::uint32_t pageOption,
+                                             std::uint8_t ttmlOption) override;
+
+  // IBaseFilter
+  HRESULT STDMETHODCALLTYPE Stop() override;
+  HRESULT STDMETHODCALLTYPE Pause() override;
+  int GetPinCount() override { return 2; }
+  CBasePin* GetPin(int index) override;
+
+  // For the pins.
+
+  /// Queues a sample, or the end of the stream (null), for the worker. Upstream thread.
+  void intake(IMediaSample* sample);
+
+  /// Forgets what is queued and lets go of a delivery that waits. Upstream thread.
+  void beginFlush();
+
+  /// Destroys the chain: nothing of before the flush survives in it. Upstream thread.
+  void endFlush();
+
+  void newSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate);
+
+  CBaseInputPin& inputPin() { return *inputPin_; }
+  encoding::subtitling::ConversionMode mode() const { return configuration_.load()->mode; }
+  log::ILogger& logger() { return logger_; }
+
+ private:
+  /// Immutable once set, so that it can be read without a lock while the host sets another.
+  struct Configuration {
+    encoding::subtitling::ConversionMode mode = encoding::subtitling::ConversionMode::Ttml;
+    std::uint32_t page = 0;
+    std::uint32_t durationMs = 2000;
+    std::string language;
+    bool hearingImpaired = false;
+    std::uint32_t pageOption = 0;
+    bool ttmlOption = false;
+  };
+
+  CSubtitleConverter(IUnknown* outer, HRESULT* result);
+
+  // Worker.
+  void processNext();
+  HRESULT process(const SampleQueue::Entry& entry);
+  HRESULT convert(IMediaSample& sample);
+
+  // Under the stream lock.
+  HRESULT checkFormat(IMediaSample& sample);
+  HRESULT startChain();
+  std::uint32_t followedPage(const Configuration& configuration, const AM_MEDIA_TYPE& type);
+
+  CCritSec filterLock_;
+  std::unique_ptr<CTessaryInputPin<CSubtitleConverterInputPin>> inputPin_;
+  std::unique_ptr<CSubtitleConverterOutputPin> outputPin_;
+  std::unique_ptr<UpStreamPin> outputSink_;
+  SampleQueue queue_;
+  ForwardingLogger logger_;
+  std::atomic<std::uint64_t> opaqueValue_ = 0;
+  std::unique_ptr<encoding::subtitling::ConversionChain> chain_;  // may be absent
+  CCritSec streamLock_;  // the worker against state changes: guards the chain and what feeds it
+  std::atomic<std::shared_ptr<const Configuration>> configuration_;
+  std::vector<std::uint8_t> teletextFormat_;  // of the last sample that carried one
+  Worker worker_;                             // last: ends before anything that it uses
+};
+
+}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

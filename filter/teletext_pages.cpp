@@ -1,0 +1,69 @@
+#include "filter/teletext_pages.h"
+
+#include <array>
+#include <cstdio>
+
+#include "util/bit_reader.h"
+
+namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+
+namespace {
+
+constexpr std::uint32_t kTeletextDescriptor = 0x56;
+constexpr std::size_t kEntrySize = 5;
+
+// EN 300 468, 6.2.43: teletext_descriptor().
+void readEntries(std::span<const std::uint8_t> body, std::vector<TeletextPage>& pages) {
+  for (; body.size() >= kEntrySize; body = body.subspan(kEntrySize)) {
+    util::BitReader reader(body);
+    TeletextPage page;
+    for (int i = 0; i < 3; ++i) page.language += static_cast<char>(reader.read(8));
+    page.type = reader.read(5);
+    const std::uint32_t magazine = reader.read(3);
+    page.magazine = magazine == 0 ? 8 : magazine;
+    page.page = reader.read(8);
+    pages.push_back(std::move(page));
+  }
+}
+
+// The magazine's and the page's digits, as in "888".
+std::string digits(const TeletextPage& page) {
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), "%x%02x", page.magazine, page.page);
+  return text.data();
+}
+
+}  // namespace
+
+std::vector<TeletextPage> readTeletextPages(std::span<const std::uint8_t> descriptors) {
+  std::vector<TeletextPage> pages;
+  while (descriptors.size() >= 2) {
+    const std::uint8_t tag = descriptors[0];
+    const std::size_t length = descriptors[1];
+    if (descriptors.size() < 2 + length) break;
+    if (tag == kTeletextDescriptor) readEntries(descriptors.subspan(2, length), pages);
+    descriptors = descriptors.subspan(2 + length);
+  }
+  return pages;
+}
+
+FollowedPage followLanguage(std::span<const TeletextPage> pages, std::string_view language,
+                            bool hearingImpaired, std::uint32_t configuredPage) {
+  FollowedPage followed{.page = configuredPage, .list = {}, .follow = {}};
+  for (const TeletextPage& page : pages) {
+    const bool isImpaired = page.type == TeletextPage::kHearingImpaired;
+    if (!isImpaired && page.type != TeletextPage::kSubtitle) continue;
+    const std::string name = page.language + (isImpaired ? "-imp" : "");
+    followed.list += "[" + name + ", " + digits(page) + "] ";
+    const std::uint32_t number = page.magazine * 256 + page.page;
+    if (language.empty() || language != page.language || isImpaired != hearingImpaired ||
+        number == followed.page) {
+      continue;
+    }
+    followed.page = number;
+    followed.follow = "=> Follow language " + name + " on page " + digits(page);
+  }
+  return followed;
+}
+
+}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

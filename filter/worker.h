@@ -1,0 +1,28 @@
+// The filter's one thread.
+#pragma once
+
+#include <functional>
+#include <thread>
+
+#include "filter/handle.h"
+
+namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+
+/// Runs a job once per count of a semaphore, on a thread of its own, which has ended when the
+/// destructor returns.
+class Worker {
+ public:
+  /// `semaphore` is not owned. `job` must not throw.
+  Worker(HANDLE semaphore, std::function<void()> job);
+  ~Worker();
+  Worker(const Worker&) = delete;
+  Worker& operator=(const Worker&) = delete;
+
+ private:
+  void run(HANDLE semaphore, const std::function<void()>& job);
+
+  Handle stopEvent_;
+  std::thread thread_;
+};
+
+}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1
