@@ -1,17 +1,15 @@
 #include "tests/support/video_builder.h"
 
 #include <algorithm>
-#include <bit>
 #include <iterator>
+
+#include "tests/support/caption_builder.h"
+#include "tests/support/still_video.h"
 
 namespace korr::test_support {
 namespace {
 
 using txsub::VideoCodec;
-
-constexpr std::uint8_t withParity(std::uint8_t byte) {
-  return std::popcount(byte) % 2 == 1 ? byte : static_cast<std::uint8_t>(byte | 0x80);
-}
 
 void add(Bytes& bytes, std::span<const std::uint8_t> more) {
   std::ranges::copy(more, std::back_inserter(bytes));
@@ -50,12 +48,18 @@ Bytes sliceBody(std::size_t size, bool first) {
 Bytes mpeg2Headers(const Picture& picture) {
   Bytes bytes;
   if (picture.beginsGroup) {
-    add(bytes, unit({0xB3}, Bytes{0x04, 0x00, 0x30, 0x14, 0xFF, 0xFF, 0xE0, 0x00}));
-    add(bytes, unit({0xB8}, Bytes{0x00, 0x08, 0x00, 0x40}));
+    add(bytes, unit({0xB3}, still::mpeg2SequenceHeader()));
+    add(bytes, unit({0xB5}, still::mpeg2SequenceExtension()));
+    add(bytes, unit({0xB8}, still::mpeg2GroupHeader()));
   }
-  const auto reference = static_cast<unsigned>(picture.temporalReference);
-  add(bytes, unit({0x00}, Bytes{static_cast<std::uint8_t>(reference >> 2),
-                                static_cast<std::uint8_t>(reference << 6 | 0x0F), 0xFF, 0xF8}));
+  add(bytes, unit({0x00}, still::mpeg2PictureHeader(picture.temporalReference)));
+  add(bytes, unit({0xB5}, still::mpeg2PictureCodingExtension()));
+  return bytes;
+}
+
+Bytes h264Headers(const Picture& picture) {
+  Bytes bytes = unit({0x09}, Bytes{0xF0});
+  if (picture.beginsGroup) add(bytes, h264ParameterSets());
   return bytes;
 }
 
@@ -64,7 +68,7 @@ Bytes headers(const Picture& picture) {
     case VideoCodec::Mpeg2:
       return mpeg2Headers(picture);
     case VideoCodec::H264:
-      return unit({0x09}, Bytes{0xF0});
+      return h264Headers(picture);
     case VideoCodec::Hevc:
       return unit({35 << 1, 0x01}, Bytes{0x50});
   }
@@ -90,7 +94,25 @@ Bytes slice(const Picture& picture, std::size_t index) {
   return {};
 }
 
+/// The slices of a picture that decoders accept.
+Bytes stillSlices(const Picture& picture) {
+  if (picture.codec == VideoCodec::H264) {
+    const auto idrPicId = static_cast<unsigned>(picture.temporalReference) % 2;
+    return unit({0x65}, escaped(still::h264IdrSlice(idrPicId)));
+  }
+  Bytes bytes;
+  for (std::uint8_t row = 1; row <= still::kMpeg2Slices; ++row) {
+    add(bytes, unit({row}, still::mpeg2Slice()));
+  }
+  return bytes;
+}
+
 }  // namespace
+
+Bytes h264ParameterSets() {
+  return join({unit({0x67}, escaped(still::h264SequenceParameterSet())),
+               unit({0x68}, escaped(still::h264PictureParameterSet()))});
+}
 
 Bytes join(std::initializer_list<std::span<const std::uint8_t>> parts) {
   Bytes bytes;
@@ -99,14 +121,7 @@ Bytes join(std::initializer_list<std::span<const std::uint8_t>> parts) {
 }
 
 Bytes textTriplets(std::string_view text) {
-  constexpr std::uint8_t kField1 = 0xFC;  // marker bits, cc_valid, cc_type 0
-  Bytes triplets;
-  for (std::size_t i = 0; i < text.size(); i += 2) {
-    const char second = i + 1 < text.size() ? text[i + 1] : '\0';
-    add(triplets, Bytes{kField1, withParity(static_cast<std::uint8_t>(text[i])),
-                        withParity(static_cast<std::uint8_t>(second))});
-  }
-  return triplets;
+  return CaptionBuilder{}.text(text).take();
 }
 
 Bytes atscUserData(std::span<const std::uint8_t> triplets, int count) {
@@ -138,6 +153,7 @@ Bytes seiUnit(VideoCodec codec, std::span<const std::uint8_t> messages) {
 
 Bytes encode(const Picture& picture) {
   Bytes bytes = join({headers(picture), captionUnit(picture)});
+  if (picture.still) return join({bytes, stillSlices(picture)});
   for (std::size_t i = 0; i < picture.slices; ++i) add(bytes, slice(picture, i));
   return bytes;
 }

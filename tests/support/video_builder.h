@@ -31,14 +31,18 @@ Bytes captionSeiMessage(std::span<const std::uint8_t> triplets);
 /// An SEI unit with start code and emulation prevention, around messages.
 Bytes seiUnit(txsub::VideoCodec codec, std::span<const std::uint8_t> messages);
 
+/// The sequence and picture parameter set of the still picture below.
+Bytes h264ParameterSets();
+
 /// One coded picture with everything that belongs to it, in coding order.
 struct Picture {
   txsub::VideoCodec codec = txsub::VideoCodec::H264;
   Bytes triplets{};           ///< none: a picture without captions
-  int temporalReference = 0;  ///< MPEG-2
-  bool beginsGroup = false;   ///< MPEG-2: behind a sequence header of 29.97 Hz and a group header
+  int temporalReference = 0;  ///< counts the pictures of a group
+  bool beginsGroup = false;   ///< sequence and group headers (MPEG-2) or parameter sets (H.264)
+  bool still = false;         ///< a grey picture that decoders accept (not HEVC); else:
   std::size_t slices = 2;
-  std::size_t sliceBytes = 40;  ///< of each slice's data
+  std::size_t sliceBytes = 40;  ///< of each slice's data, which means nothing
 };
 Bytes encode(const Picture& picture);
 

@@ -4,6 +4,9 @@
 #include <span>
 #include <string_view>
 
+#ifdef TESSARY_AVFORMAT
+#include "txsub/input/av_reader.h"
+#endif
 #include "txsub/input/byte_source.h"
 #include "txsub/input/samples_reader.h"
 #include "txsub/input/scc_reader.h"
@@ -39,7 +42,20 @@ bool looksLikeScc(Bytes start) {
   return withoutMark(asText(start)).starts_with(SccReader::kHeader.substr(0, 10));
 }
 
-OpenedInput openSource(std::unique_ptr<FileSource> source, const ReaderOptions& options) {
+// Whatever libavformat knows. It seeks in files; an MP4 file's index, say, may come last.
+std::unique_ptr<IMediaReader> openOther(const std::string& path, std::unique_ptr<FileSource> source,
+                                        const ReaderOptions& options) {
+#ifdef TESSARY_AVFORMAT
+  if (source->size()) return std::make_unique<AvReader>(path, options);
+  return std::make_unique<AvReader>(std::move(source), options);
+#else
+  (void)path, (void)source, (void)options;
+  throw util::TessaryException("it is in no format that can be read here");
+#endif
+}
+
+OpenedInput openSource(const std::string& path, std::unique_ptr<FileSource> source,
+                       const ReaderOptions& options) {
   const Bytes start = source->peek(kTextProbeSize);
   if (start.empty()) throw util::TessaryException("it is empty");
   if (looksLikeSamples(start)) {
@@ -50,7 +66,7 @@ OpenedInput openSource(std::unique_ptr<FileSource> source, const ReaderOptions& 
     return {.format = InputFormat::Scc,
             .reader = std::make_unique<SccReader>(std::move(source), options)};
   }
-  throw util::TessaryException("it is in no format that can be read here");
+  return {.format = InputFormat::Other, .reader = openOther(path, std::move(source), options)};
 }
 
 }  // namespace
@@ -59,7 +75,7 @@ OpenedInput openInput(const std::string& path, const ReaderOptions& options) {
   auto source = std::make_unique<FileSource>(path);
   const std::string name = source->name();
   try {
-    return openSource(std::move(source), options);
+    return openSource(path, std::move(source), options);
   } catch (const util::TessaryException& error) {
     throw util::TessaryException("cannot read " + name + ": " + error.what());
   }

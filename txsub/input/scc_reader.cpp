@@ -86,7 +86,7 @@ bool SccReader::read(IReaderListener& listener) {
   }
   text_.erase(0, text_.size() - rest.size());
   if (text_.size() > kLongestLine) skipLine();
-  if (!more && !headerSeen_) throw util::TessaryException("no SCC file: it is empty");
+  if (!more && !headerSeen_) throw util::TessaryException("it is no SCC file: it is empty");
   return more;
 }
 
@@ -115,8 +115,8 @@ void SccReader::readHeader(std::string_view line) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (line.starts_with(kByteOrderMark)) line.remove_prefix(kByteOrderMark.size());
   if (!line.starts_with(kHeader)) {
-    throw util::TessaryException("no SCC file: it does not begin with \"" + std::string(kHeader) +
-                                 "\"");
+    throw util::TessaryException("it is no SCC file: it does not begin with \"" +
+                                 std::string(kHeader) + "\"");
   }
   headerSeen_ = true;
 }
