@@ -1,7 +1,9 @@
 #include "txsub/output/text_layout.h"
 
 #include <algorithm>
+#include <span>
 #include <string_view>
+#include <utility>
 
 namespace korr::txsub {
 
@@ -28,36 +30,44 @@ class LineBuilder {
   }
 
   void add(std::string_view glyph, const TextSpan& style) {
-    const bool isBlank = glyph == " ";
-    if (isBlank && line_.spans.empty()) {
-      ++line_.column;
+    if (glyph == " ") {
+      addBlank();
       return;
     }
-    ++columns_;
-    // A blank shows no colour: it goes with what stands before it.
-    if (line_.spans.empty() || (!isBlank && !line_.spans.back().hasStyleOf(style))) {
+    if (isEmpty() || !line_.spans.back().hasStyleOf(style)) {
+      // A blank shows no colour: it stays outside of what is marked, where it can.
+      const bool isPlain = style.hasStyleOf(TextSpan{});
+      if (!isEmpty() && !isPlain) placeBlanks();
       line_.spans.push_back(style);
     }
+    placeBlanks();
     line_.spans.back().text += glyph;
-    if (!isBlank) line_.columnCount = columns_;
+    ++line_.columnCount;
+  }
+
+  void addBlank() {
+    if (isEmpty()) {
+      ++line_.column;
+    } else {
+      ++blanks_;
+      ++line_.columnCount;
+    }
   }
 
   void setHeight(std::int32_t height) { line_.height = height; }
-  std::uint32_t nextColumn() const { return line_.column + columns_; }
   bool isEmpty() const { return line_.spans.empty(); }
-  bool endsBlank() const { return !isEmpty() && line_.spans.back().text.back() == ' '; }
+  bool endsBlank() const { return blanks_ != 0; }
 
   TextLine take() {
-    if (!isEmpty()) {
-      auto& text = line_.spans.back().text;
-      text.erase(text.find_last_not_of(' ') + 1);
-    }
+    line_.columnCount -= blanks_;
     return std::move(line_);
   }
 
  private:
+  void placeBlanks() { line_.spans.back().text.append(std::exchange(blanks_, 0), ' '); }
+
   TextLine line_;
-  std::uint32_t columns_ = 0;
+  std::uint32_t blanks_ = 0;  // after the last character, in no span yet
 };
 
 // Control characters have no glyph, and some would break the file that the text is written to.
@@ -134,7 +144,7 @@ TextLine lineOf(const model::CaptionText::TextRow& row) {
     // right leaves a gap: either way its text is a word of its own.
     const TextSpan style = styleOf(*run);
     if (!builder.isEmpty() && !builder.endsBlank() && run->glyphs.front().view() != " ") {
-      builder.add(" ", style);
+      builder.addBlank();
     }
     addGlyphs(builder, run->glyphs, style);
   }
@@ -147,7 +157,7 @@ TextLine lineOf(const model::TeletextText::TextRow& row) {
     if (run.glyphs.empty()) continue;
     const TextSpan style{.text = {}, .foreground = colourOf(run.colour)};
     // The first cell is that of the code which opened the run: a blank.
-    builder.add(" ", style);
+    builder.addBlank();
     addGlyphs(builder, std::span(run.glyphs).subspan(1), style);
     if (run.size == model::TeletextSize::DoubleHeight || run.size == model::TeletextSize::Double) {
       builder.setHeight(2);
