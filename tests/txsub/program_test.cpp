@@ -1,0 +1,116 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "tests/txsub/program_runner.h"
+
+namespace korr::txsub {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// Pop-on captions: "Hi" in row 15 from 1.3 s (nine pairs after 1 s), gone at 4.03 s.
+constexpr const char* kCaptions =
+    "Scenarist_SCC V1.0\n\n"
+    "00:00:01:00\t9420 9420 94ae 94ae 9470 9470 c8e9 942f 942f\n\n"
+    "00:00:04:00\t942c 942c\n\n"
+    "00:00:06:00\t8080\n";
+
+class ProgramTest : public testing::Test {
+ protected:
+  ProgramResult run(std::vector<std::string> arguments) {
+    return runProgram({.arguments = std::move(arguments), .input = {}, .outputPath = {}});
+  }
+
+  std::string captions() const { return directory_.write("captions.scc", kCaptions); }
+
+  std::string recordedSamples() {
+    const std::string path = directory_.file("captions.jsonl");
+    EXPECT_EQ(run({"extract", captions(), "-o", path, "--quiet"}).exitCode, 0);
+    return path;
+  }
+
+  TemporaryDirectory directory_;
+};
+
+TEST_F(ProgramTest, GuessesNothingWhenItReplays) {
+  const auto result = run({"convert", recordedSamples()});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, HasSubstr("name the page or caption service, as in --page 1"));
+}
+
+TEST_F(ProgramTest, SaysWhyAnInputCannotBeRead) {
+  const auto errorOf = [&](const std::string& path) {
+    const auto result = run({"convert", path, "-o", directory_.file("out.vtt")});
+    EXPECT_EQ(result.exitCode, 1);
+    return result.errors;
+  };
+  EXPECT_THAT(errorOf(directory_.file("none.ts")), HasSubstr("No such file or directory"));
+  EXPECT_THAT(errorOf(directory_.file("")), HasSubstr("Is a directory"));
+  EXPECT_THAT(errorOf(directory_.write("empty.ts", "")), HasSubstr("it is empty"));
+  EXPECT_THAT(errorOf(directory_.write("text.ts", "no subtitles here")),
+              HasSubstr("it is in no format that can be read here"));
+  EXPECT_THAT(errorOf(directory_.write("odd.jsonl", "{\"stream\": \"radio\"}\n")),
+              HasSubstr("line 1 is no header of recorded samples"));
+  // What failed leaves nothing behind.
+  EXPECT_THAT(directory_.names(), ElementsAre("empty.ts", "odd.jsonl", "text.ts"));
+}
+
+TEST_F(ProgramTest, ExplainsWhenNothingIsFound) {
+  const std::string silent =
+      directory_.write("silent.scc", "Scenarist_SCC V1.0\n\n00:00:01:00\t8080 8080\n");
+  EXPECT_THAT(run({"convert", silent}).errors, HasSubstr("no subtitles are shown in"));
+  const auto result = run({"convert", captions(), "--page", "CC3"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, HasSubstr("'txsub probe' lists what there is"));
+}
+
+TEST_F(ProgramTest, RefusesWhatDoesNotFitTogether) {
+  const auto errorOf = [&](std::vector<std::string> arguments) {
+    const auto result = run(std::move(arguments));
+    EXPECT_EQ(result.exitCode, 2) << result.errors;
+    EXPECT_THAT(result.output, IsEmpty());
+    return result.errors;
+  };
+  const std::string input = captions();
+  EXPECT_THAT(errorOf({}), HasSubstr("txsub --help"));
+  EXPECT_THAT(errorOf({"convert"}), HasSubstr("INPUT is required"));
+  EXPECT_THAT(errorOf({"convert", input, "--mode", "pdf"}), HasSubstr("--mode"));
+  EXPECT_THAT(errorOf({"convert", input, "--page", "0"}), HasSubstr("--page"));
+  EXPECT_THAT(errorOf({"convert", input, "--page", "9"}), HasSubstr("--page"));
+  EXPECT_THAT(errorOf({"convert", input, "--page", "CC5"}), HasSubstr("'CC5'"));
+  EXPECT_THAT(errorOf({"convert", input, "--pid", "x"}), HasSubstr("--pid"));
+  EXPECT_THAT(errorOf({"convert", input, "-o", "out.txt"}), HasSubstr("give --mode"));
+  EXPECT_THAT(errorOf({"convert", input, "-o", "out.vtt", "--mode", "srt"}),
+              HasSubstr("stands for another format"));
+  EXPECT_THAT(errorOf({"convert", input, "--all"}), HasSubstr("-o DIR"));
+  EXPECT_THAT(errorOf({"convert", input, "--quiet", "--verbose"}), HasSubstr("--verbose"));
+  EXPECT_THAT(errorOf({"convert", input, "--mode", "srt", "-o", input}),
+              HasSubstr("would overwrite the input"));
+}
+
+// The output of `txsub ... --help` names every option and the exit codes; so must the manual.
+TEST_F(ProgramTest, DocumentsEveryOptionInTheManual) {
+  std::ifstream file("docs/txsub.1", std::ios::binary);
+  std::string manual(std::istreambuf_iterator<char>(file), {});
+  std::erase(manual, '\\');  // "\-\-page" reads as "--page"
+  ASSERT_FALSE(manual.empty());
+  for (const char* command : {"convert", "probe", "extract"}) {
+    const auto help = run({command, "--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_THAT(help.output, HasSubstr("Examples:"));
+    EXPECT_THAT(help.output, HasSubstr("Exit codes:"));
+    for (auto at = help.output.find("--"); at != std::string::npos;
+         at = help.output.find("--", at + 2)) {
+      const auto end = help.output.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", at);
+      EXPECT_THAT(manual, HasSubstr(help.output.substr(at, end - at)));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace korr::txsub
