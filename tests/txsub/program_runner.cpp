@@ -39,7 +39,7 @@ ProgramResult runProgram(const ProgramCall& call) {
   const std::string input = scratch.write("in", call.input);
   const std::string output = call.outputPath.empty() ? scratch.file("out") : call.outputPath;
 
-  std::vector<const char*> arguments{TXSUB_PROGRAM};
+  std::vector<const char*> arguments{call.program.c_str()};
   for (const auto& argument : call.arguments) arguments.push_back(argument.c_str());
   arguments.push_back(nullptr);
 
@@ -49,7 +49,7 @@ ProgramResult runProgram(const ProgramCall& call) {
     redirect(STDOUT_FILENO, output, O_WRONLY | O_CREAT);
     redirect(STDERR_FILENO, scratch.file("errors"), O_WRONLY | O_CREAT);
     ::alarm(kLongestSeconds);
-    ::execv(TXSUB_PROGRAM, const_cast<char* const*>(arguments.data()));
+    ::execv(call.program.c_str(), const_cast<char* const*>(arguments.data()));
     ::_exit(127);
   }
   int status = 0;

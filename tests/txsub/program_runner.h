@@ -13,6 +13,7 @@ struct ProgramResult {
 };
 
 struct ProgramCall {
+  std::string program = TXSUB_PROGRAM;
   std::vector<std::string> arguments;
   std::string input;       ///< for its standard input
   std::string outputPath;  ///< instead of a pipe, "/dev/full" say

@@ -23,7 +23,9 @@ constexpr const char* kCaptions =
 class ProgramTest : public testing::Test {
  protected:
   ProgramResult run(std::vector<std::string> arguments) {
-    return runProgram({.arguments = std::move(arguments), .input = {}, .outputPath = {}});
+    ProgramCall call;
+    call.arguments = std::move(arguments);
+    return runProgram(call);
   }
 
   std::string captions() const { return directory_.write("captions.scc", kCaptions); }

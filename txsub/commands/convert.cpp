@@ -36,6 +36,16 @@ void checkPage(std::uint32_t page) {
   throw UsageError("--page: give a caption service (1 to 4) or a teletext page (100 to 8ff)");
 }
 
+// The file itself is opened when there is something to write; that must not be the moment to learn
+// of a mistyped directory.
+void checkDirectoryOf(const std::string& output) {
+  const fs::path directory = pathFromUtf8(output).parent_path();
+  std::error_code error;
+  if (directory.empty() || fs::is_directory(directory, error)) return;
+  throw OutputError("cannot write '" + output + "': there is no directory '" +
+                    utf8FromPath(directory) + "'");
+}
+
 std::string quoted(const std::string& path) {
   return path == "-" ? "standard input" : '\'' + path + '\'';
 }
@@ -98,6 +108,7 @@ ExitCode Conversion::run() {
     throw UsageError("the output would overwrite the input " + quoted(options_.input.path));
   }
   if (options_.page && !isReplay()) checkPage(*options_.page);
+  if (!options_.all) checkDirectoryOf(options_.output);
 
   ServicePass pass(
       *input_.reader, options_.all ? ServicePass::Wanted::All : ServicePass::Wanted::Best,

@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "tests/txsub/output/cue_builder.h"
+#include "tests/txsub/program_runner.h"
+#include "txsub/output/webvtt_file.h"
+
+namespace korr::txsub {
+namespace {
+
+constexpr const char* kBrowser = "/usr/bin/chromium";
+
+// A page that lets the browser parse a WebVTT file and writes down what it understood: a line for
+// each cue, or "error".
+constexpr const char* kPageStart = R"(<!doctype html><meta charset="utf-8"><pre id="vtt">)";
+constexpr const char* kPageEnd = R"(</pre><video id="video"></video><pre id="result"></pre><script>
+const track = document.createElement('track');
+track.src = 'data:text/vtt;charset=utf-8,' +
+    encodeURIComponent(document.getElementById('vtt').textContent);
+const result = document.getElementById('result');
+const markup = cue => {
+  const element = document.createElement('div');
+  element.append(cue.getCueAsHTML());
+  return element.innerHTML.replaceAll('\n', '/');
+};
+track.onload = () => {
+  result.textContent = [...track.track.cues].map(cue => [cue.startTime, cue.endTime, cue.line,
+      cue.snapToLines, cue.position, cue.align, markup(cue)].join(' ')).join('\n');
+};
+track.onerror = () => result.textContent = 'error';
+document.getElementById('video').append(track);
+track.track.mode = 'hidden';
+</script>)";
+
+void replaceAll(std::string& text, std::string_view from, std::string_view to) {
+  for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+}
+
+std::string escaped(std::string text) {
+  replaceAll(text, "&", "&amp;");
+  replaceAll(text, "<", "&lt;");
+  return text;
+}
+
+std::string unescaped(std::string text) {
+  replaceAll(text, "&lt;", "<");
+  replaceAll(text, "&gt;", ">");
+  replaceAll(text, "&amp;", "&");
+  return text;
+}
+
+// What the browser understood of a file.
+std::string parsedByBrowser(const std::string& vtt) {
+  const TemporaryDirectory directory;
+  const std::string page = directory.write("page.html", kPageStart + escaped(vtt) + kPageEnd);
+  ProgramCall call;
+  call.program = kBrowser;
+  call.arguments = {"--headless",
+                    "--no-sandbox",
+                    "--disable-gpu",
+                    "--disable-quic",
+                    "--no-first-run",
+                    "--disable-background-networking",
+                    "--disable-component-update",
+                    "--disable-sync",
+                    "--user-data-dir=" + directory.file("profile"),
+                    "--virtual-time-budget=3000",
+                    "--dump-dom",
+                    "file://" + page};
+  const std::string dom = runProgram(call).output;
+  constexpr std::string_view kResult = "<pre id=\"result\">";
+  const auto start = dom.rfind(kResult);
+  if (start == std::string::npos) return "no page: " + dom;
+  const auto text = dom.substr(start + kResult.size());
+  return unescaped(text.substr(0, text.find("</pre>")));
+}
+
+TEST(WebVttInABrowser, IsUnderstoodToTheLetter) {
+  if (!std::filesystem::exists(kBrowser)) GTEST_SKIP() << kBrowser << " is not installed";
+  auto styled = captionRun(0, "both");
+  styled.italic = true;
+  styled.underline = true;
+  auto coloured = captionRun(10, "c");
+  coloured.foreground = model::CaptionColour::Green;
+  coloured.background = model::CaptionColour::Blue;
+  const std::string vtt =
+      "WEBVTT\n\n" +
+      webVttCues(cue(1234, 4004, captions({captionRow(15, {captionRun(0, "a<b> & --> &amp;")})}))) +
+      webVttCues(cue(4004, 5000,
+                     captions({captionRow(1, {styled}), captionRow(9, {coloured}),
+                               captionRow(10, {captionRun(10, "NOTE x")})}))) +
+      webVttCues(cue(400'000'000, 400'000'001,
+                     captions({captionRow(2, {captionRun(31, "\x01")}),
+                               captionRow(3, {captionRun(31, "z")})})));
+  EXPECT_EQ(parsedByBrowser(vtt),
+            "1.234 4.004 84.67 false 10 start a&lt;b&gt; &amp; --&gt; &amp;amp;\n"
+            "4.004 5 10 false 10 start <u><i>both</i></u>\n"
+            "4.004 5 52.67 false 35 start <span class=\"lime bg_blue\">c</span>/NOTE x\n"
+            "400000 400000.001 20.67 false 87.5 start z");
+}
+
+}  // namespace
+}  // namespace korr::txsub
