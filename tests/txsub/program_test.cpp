@@ -12,6 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 // Pop-on captions: "Hi" in row 15 from 1.3 s (nine pairs after 1 s), gone at 4.03 s.
 constexpr const char* kCaptions =
@@ -20,11 +21,19 @@ constexpr const char* kCaptions =
     "00:00:04:00\t942c 942c\n\n"
     "00:00:06:00\t8080\n";
 
+constexpr const char* kCaptionsAsWebVtt =
+    "WEBVTT\n\n"
+    "00:00:01.235 --> 00:00:04.004 line:84.67% position:10% align:start\n"
+    "Hi\n\n";
+
 class ProgramTest : public testing::Test {
  protected:
-  ProgramResult run(std::vector<std::string> arguments) {
+  ProgramResult run(std::vector<std::string> arguments, std::string input = {},
+                    std::string outputPath = {}) {
     ProgramCall call;
     call.arguments = std::move(arguments);
+    call.input = std::move(input);
+    call.outputPath = std::move(outputPath);
     return runProgram(call);
   }
 
@@ -38,6 +47,82 @@ class ProgramTest : public testing::Test {
 
   TemporaryDirectory directory_;
 };
+
+TEST_F(ProgramTest, WritesWebVttToStandardOutputByDefault) {
+  const auto result = run({"convert", captions()});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.output, kCaptionsAsWebVtt);
+  EXPECT_THAT(result.errors, IsEmpty());
+}
+
+TEST_F(ProgramTest, ReadsStandardInput) {
+  const auto result = run({"convert", "-"}, kCaptions);
+  EXPECT_EQ(result.output, kCaptionsAsWebVtt);
+}
+
+TEST_F(ProgramTest, TellsInputsByTheirContent) {
+  const auto result = run({"convert", directory_.write("captions.mp4", kCaptions)});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.output, kCaptionsAsWebVtt);
+}
+
+TEST_F(ProgramTest, TakesTheFormatFromTheOutputsName) {
+  const std::string file = directory_.file("out.SRT");
+  const auto result = run({"convert", captions(), "-o", file});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(directory_.read("out.SRT"), "1\n00:00:01,235 --> 00:00:04,004\nHi\n\n");
+}
+
+TEST_F(ProgramTest, ReplaysRecordedSamplesToWhatTheFilterDelivers) {
+  const auto result =
+      run({"convert", recordedSamples(), "--page", "1", "--mode", "webvtt", "--as", "samples"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  // Nothing before the first change, and nothing after the last: the filter does not flush.
+  EXPECT_THAT(result.output, StartsWith("{\"start\":10010000,\"stop\":12345666,\"sync\":true,"
+                                        "\"discontinuity\":true,\"data\":\"\"}\n"));
+  EXPECT_THAT(result.output, HasSubstr("\"data\":\"bGluZToxMDAlCkhpCg==\""));  // line:100% Hi
+  EXPECT_THAT(result.output, testing::EndsWith("{\"endOfStream\":true}\n"));
+}
+
+TEST_F(ProgramTest, SkipsALineThatIsNoSampleAndSaysWhich) {
+  std::string content = run({"extract", captions(), "-o", "-", "--quiet"}).output;
+  content.insert(content.find('\n') + 1, "{\"data\": \"?\"}\n");
+  const auto result =
+      run({"convert", directory_.write("damaged.jsonl", content), "--page", "1", "--absolute"});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.output, kCaptionsAsWebVtt);
+  EXPECT_THAT(result.errors,
+              HasSubstr("line 2 is no sample and is skipped: \"data\" is not base64"));
+}
+
+TEST_F(ProgramTest, ListsServicesForTheEyeAndForPrograms) {
+  const auto table = run({"probe", captions()});
+  EXPECT_EQ(table.exitCode, 0) << table.errors;
+  EXPECT_EQ(table.output,
+            "PID     kind      service  language  cues  first         last\n"
+            "0x0001  captions  CC1      -         1     00:00:01.235  00:00:04.004\n");
+  const auto json = run({"probe", captions(), "--json"});
+  EXPECT_THAT(json.output, HasSubstr("\"kind\": \"captions\""));
+  EXPECT_THAT(json.output, HasSubstr("\"cues\": 1"));
+}
+
+TEST_F(ProgramTest, WritesEveryServiceIntoADirectory) {
+  const auto result = run({"convert", captions(), "--all", "-o", directory_.file("out")});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(directory_.read("out/0x0001-cc1.vtt"), kCaptionsAsWebVtt);
+}
+
+TEST_F(ProgramTest, LeavesNoHalfFileWhenWritingFails) {
+  const auto full = run({"convert", captions()}, {}, "/dev/full");
+  EXPECT_EQ(full.exitCode, 1);
+  EXPECT_THAT(full.errors, HasSubstr("cannot write standard output: No space left on device"));
+  const auto named = run({"convert", captions(), "--mode", "srt", "-o", "/dev/full"});
+  EXPECT_EQ(named.exitCode, 1);
+  EXPECT_THAT(named.errors, HasSubstr("cannot write '/dev/full': No space left on device"));
+  const auto nowhere = run({"convert", captions(), "-o", directory_.file("none/out.vtt")});
+  EXPECT_EQ(nowhere.exitCode, 1);
+  EXPECT_THAT(nowhere.errors, HasSubstr("there is no directory"));
+}
 
 TEST_F(ProgramTest, GuessesNothingWhenItReplays) {
   const auto result = run({"convert", recordedSamples()});

@@ -102,7 +102,7 @@ MediaTime since(MediaTime start, MediaTime time) {
 }
 
 std::string timeText(MediaTime time) {
-  return cueTimeText(time / encoding::subtitling::kMillisecond, '.');
+  return cueTimeText(toMilliseconds(time), '.');
 }
 
 using Row = std::vector<std::string>;

@@ -15,12 +15,16 @@ struct CueMilliseconds {
   std::uint64_t stop = 0;
 };
 
+/// To the nearest one.
+constexpr std::uint64_t toMilliseconds(MediaTime time) {
+  using encoding::subtitling::kMillisecond;
+  return (time + kMillisecond / 2) / kMillisecond;
+}
+
 /// Rounded to the nearest millisecond, so that adjoining cues stay so; never of no duration.
 inline CueMilliseconds cueMilliseconds(const Cue& cue) {
-  using encoding::subtitling::kMillisecond;
-  const auto rounded = [](MediaTime time) { return (time + kMillisecond / 2) / kMillisecond; };
-  const auto start = rounded(cue.start);
-  return {.start = start, .stop = std::max(rounded(cue.stop), start + 1)};
+  const auto start = toMilliseconds(cue.start);
+  return {.start = start, .stop = std::max(toMilliseconds(cue.stop), start + 1)};
 }
 
 /// "00:01:02.345" with '.', "00:01:02,345" with ','; more digits from 100 hours on.
