@@ -16,8 +16,7 @@ namespace {
 constexpr std::size_t kReadBytes = 64 * 1024;
 constexpr std::size_t kLongestLine = 64 * 1024;  // over half an hour of pairs
 constexpr std::uint64_t kFramesPerSecond = 30;   // as the time code counts
-constexpr std::uint64_t kFramesPerHour = 60 * 60 * kFramesPerSecond;
-constexpr std::uint8_t kField1 = 0xFC;  // marker bits, cc_valid, cc_type 0
+constexpr std::uint8_t kField1 = 0xFC;           // marker bits, cc_valid, cc_type 0
 constexpr std::string_view kBlanks = " \t\r";
 
 constexpr MediaTime timeOfFrame(std::uint64_t frame) {
@@ -45,6 +44,14 @@ std::optional<std::array<std::uint8_t, 2>> bytePair(std::string_view word) {
   const auto value = number(word, 16);
   if (!value) return {};
   return std::array{static_cast<std::uint8_t>(*value >> 8), static_cast<std::uint8_t>(*value)};
+}
+
+/// The time code of the hour that `timeCode` lies in.
+std::string wholeHour(std::string_view timeCode) {
+  std::string hour(timeCode);
+  std::replace_if(
+      hour.begin() + 2, hour.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+  return hour;
 }
 
 }  // namespace
@@ -135,11 +142,11 @@ void SccReader::readLine(std::string_view line, IReaderListener& listener) {
     if (!pair) return leaveOut(word, "is no pair of hexadecimal bytes");
     triplets_.insert(triplets_.end(), {kField1, pair->front(), pair->back()});
   }
+  if (!startFrame_) startFrame_ = frameOfTimeCode(wholeHour(timeCode));
   sendLine(*frame, listener);
 }
 
 void SccReader::sendLine(std::uint64_t frame, IReaderListener& listener) {
-  if (!firstFrame_) firstFrame_ = frame;
   if (frame < lineFrame_) {
     log::write(logger_, log::Level::Warning,
                "line %" PRIu64
@@ -174,12 +181,12 @@ ReadProgress SccReader::progress() const {
 }
 
 std::optional<MediaTime> SccReader::startTime() const {
-  if (!firstFrame_) return {};
-  return timeOfFrame(*firstFrame_ / kFramesPerHour * kFramesPerHour);
+  if (!startFrame_) return {};
+  return timeOfFrame(*startFrame_);
 }
 
 std::optional<MediaTime> SccReader::endTime() const {
-  if (!firstFrame_) return {};
+  if (!startFrame_) return {};
   return timeOfFrame(nextFrame_);
 }
 

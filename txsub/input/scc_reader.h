@@ -56,10 +56,10 @@ class SccReader final : public IMediaReader {
   std::uint64_t bytesRead_ = 0;
   std::uint64_t lineNumber_ = 0;
 
-  std::vector<std::uint8_t> triplets_;  // of the current line
-  std::optional<std::uint64_t> firstFrame_;
-  std::uint64_t lineFrame_ = 0;  // of the last good line
-  std::uint64_t nextFrame_ = 0;  // not yet taken by a pair
+  std::vector<std::uint8_t> triplets_;       // of the current line
+  std::optional<std::uint64_t> startFrame_;  // the whole hour before the first line
+  std::uint64_t lineFrame_ = 0;              // of the last good line
+  std::uint64_t nextFrame_ = 0;              // not yet taken by a pair
 };
 
 }  // namespace korr::txsub

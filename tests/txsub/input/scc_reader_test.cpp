@@ -117,6 +117,7 @@ TEST(SccReader, LeavesOutALineWithoutEnd) {
 
 TEST(SccReader, CountsFromTheWholeHour) {
   EXPECT_EQ(Scc("Scenarist_SCC V1.0\n01:00:02:00 9420\n").reader.startTime(), frames(108'000));
+  EXPECT_EQ(Scc("Scenarist_SCC V1.0\n01:00:02;00 9420\n").reader.startTime(), frames(107'892));
   EXPECT_EQ(Scc("Scenarist_SCC V1.0\n00:59:02:00 9420\n").reader.startTime(), 0U);
   EXPECT_EQ(Scc("Scenarist_SCC V1.0\n").reader.startTime(), std::nullopt);
 }

@@ -1,0 +1,16 @@
+#include "samples/samples.h"
+
+#include "samples/caption_samples.h"
+
+namespace korr::samples {
+
+std::vector<SampleFile> sampleFiles() {
+  const std::string scc = captionScc();
+  return {
+      {"captions.ts", captionTransportStream(txsub::VideoCodec::H264)},
+      {"captions-mpeg2.ts", captionTransportStream(txsub::VideoCodec::Mpeg2)},
+      {"captions.scc", {scc.begin(), scc.end()}},
+  };
+}
+
+}  // namespace korr::samples
