@@ -44,6 +44,8 @@ constexpr const char* kConvertExamples =
     "terminal\n"
     "  txsub convert news.ts --page CC3 -o news.srt   the third caption service as SRT\n"
     "  txsub convert film.ts --page 888 -o film.vtt   teletext page 888\n"
+    "  txsub convert film.ts -o film.ttml             DVB pictures in one TTML document\n"
+    "  txsub convert film.ts -o pictures/             DVB pictures as PNG files\n"
     "  txsub convert mux.ts --all -o subtitles        every service, one file each\n"
     "  cat live.ts | txsub convert - -o live.vtt      Ctrl-C ends it with a complete file\n"
     "  txsub convert report.jsonl --page 1 --mode webvtt -o out.jsonl\n"
@@ -66,7 +68,11 @@ const std::map<std::string, TextMode> kModes = {
     {"webvtt", TextMode::WebVtt}, {"srt", TextMode::Srt}, {"ttml", TextMode::Ttml}};
 
 const std::map<std::string, OutputKind> kKinds = {{"file", OutputKind::Playable},
-                                                  {"samples", OutputKind::Samples}};
+                                                  {"samples", OutputKind::Samples},
+                                                  {"pictures", OutputKind::Pictures}};
+
+const std::map<std::string, PictureStorage> kStorages = {{"embedded", PictureStorage::Embedded},
+                                                         {"files", PictureStorage::Files}};
 
 // A wrong value or combination, in the words that the user reads.
 CLI::ValidationError usageError(const std::string& option, const std::string& message) {
@@ -141,10 +147,29 @@ struct ConvertArguments {
   std::optional<OutputKind> kind;
 };
 
+bool namesDirectory(const std::string& path) {
+  std::error_code none;
+  return path.ends_with('/') || std::filesystem::is_directory(pathFromUtf8(path), none);
+}
+
+// Pictures are files; standard output cannot take them.
+void checkPictures(const ConvertOptions& options) {
+  if (options.output != "-") return;
+  if (options.kind == OutputKind::Pictures) {
+    throw usageError("--as", "name the directory for the pictures with -o DIR");
+  }
+  if (options.pictures == PictureStorage::Files) {
+    throw usageError("--images", "name the document with -o FILE; its pictures are put beside it");
+  }
+}
+
 // What --as, --mode and the output's name say together.
 void settleOutput(ConvertArguments& arguments) {
   auto& options = arguments.options;
   if (!arguments.output.empty()) options.output = arguments.output;
+  if (!options.all && !arguments.mode && !arguments.kind && namesDirectory(options.output)) {
+    arguments.kind = OutputKind::Pictures;
+  }
   const Extension* extension = options.all ? nullptr : findExtension(options.output);
   const bool isFile = !arguments.output.empty() && options.output != "-" && !options.all;
 
@@ -171,6 +196,7 @@ void settleOutput(ConvertArguments& arguments) {
   } else if (options.kind == OutputKind::Samples) {
     options.mode = TextMode::Ttml;  // the configuration interface's default
   }
+  checkPictures(options);
 }
 
 ConvertOptions settle(ConvertArguments arguments) {
@@ -213,14 +239,16 @@ CLI::App* addConvert(CLI::App& program, ConvertArguments& arguments, Flags& flag
   command
       ->add_option("-o,--output", arguments.output,
                    "Where to write (default: standard output, WebVTT). The extension chooses the "
-                   "format: .vtt, .srt, .ttml or .xml; .jsonl is what the filter would deliver")
+                   "format: .vtt, .srt, .ttml or .xml; .jsonl is what the filter would deliver; a "
+                   "directory takes pictures")
       ->type_name("OUTPUT");
   command->add_option("--mode", arguments.mode, "Format: webvtt, srt or ttml")
       ->transform(CLI::CheckedTransformer(kModes, CLI::ignore_case).description(""))
       ->type_name("MODE");
   command
       ->add_option("--as", arguments.kind,
-                   "file: one that players show; samples: exactly what the filter would deliver")
+                   "file: one that players show; samples: exactly what the filter would deliver; "
+                   "pictures: a directory of PNG files with their times in index.json")
       ->transform(CLI::CheckedTransformer(kKinds, CLI::ignore_case).description(""))
       ->type_name("KIND");
   command
@@ -243,7 +271,14 @@ CLI::App* addConvert(CLI::App& program, ConvertArguments& arguments, Flags& flag
       ->add_option("--page-option", options.pageOption,
                    "Default character-set group of teletext (0 to 10; default: by language)")
       ->type_name("N");
-  command->add_flag("--ebu-tt", options.ebuTt, "Write TTML as EBU-TT");
+  command->add_flag("--ebu-tt", options.ebuTt,
+                    "Write TTML as EBU-TT (files that players show: EBU-TT-D)");
+  command
+      ->add_option("--images", options.pictures,
+                   "Pictures in TTML. embedded: within the document (SMPTE-TT); files: PNG files "
+                   "beside it (IMSC 1)")
+      ->transform(CLI::CheckedTransformer(kStorages, CLI::ignore_case).description(""))
+      ->type_name("WHERE");
   command->add_flag("--absolute", options.absolute,
                     "Keep the stream's own times; otherwise files start at the recording's start");
   command->add_flag("--all", options.all,

@@ -31,7 +31,7 @@ struct InputOptions {
 enum class TextMode { WebVtt, Srt, Ttml };
 
 /// What `--as` names.
-enum class OutputKind { Playable, Samples };
+enum class OutputKind { Playable, Samples, Pictures };
 
 struct ConvertOptions {
   InputOptions input;
@@ -45,6 +45,7 @@ struct ConvertOptions {
   bool hearingImpaired = false;
   std::optional<std::uint32_t> pageOption;
   bool ebuTt = false;
+  PictureStorage pictures = PictureStorage::Embedded;
   bool absolute = false;
   bool all = false;
 };

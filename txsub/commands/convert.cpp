@@ -84,9 +84,6 @@ class Conversion {
 
  private:
   bool isReplay() const { return input_.format == InputFormat::RecordedSamples; }
-  bool makesText() const {
-    return options_.kind == OutputKind::Playable && !holdsPictures(playableFormat(options_.mode));
-  }
 
   std::unique_ptr<IServiceFinder> makeFinder(const StreamInfo& stream);
   std::unique_ptr<ServiceSession> makeSession(const Service& service, const StreamInfo& stream);
@@ -100,7 +97,7 @@ class Conversion {
   const ConvertOptions& options_;
   Console& console_;
   OpenedInput input_;
-  std::optional<Service> refusedPictures_;
+  std::optional<Service> refused_;  // the first that the format cannot hold
 };
 
 ExitCode Conversion::run() {
@@ -143,7 +140,7 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
     configuration.pageOption = service.pageOption;
     configuration.language.clear();
   }
-  if (options_.kind == OutputKind::Playable) {
+  if (options_.kind != OutputKind::Samples) {
     return makeCueSession(service, stream, configuration);
   }
   const bool isCertain = isReplay() || options_.page.has_value();
@@ -154,8 +151,8 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
 std::unique_ptr<ServiceSession> Conversion::makeCueSession(
     const Service& service, const StreamInfo& stream, const ChainConfiguration& configuration) {
   const PlayableFormat format = formatFor(service);
-  if (service.type == SubtitleInputType::DvbSubtitle && !holdsPictures(format)) {
-    if (!refusedPictures_) refusedPictures_ = service;
+  if (!canHold(format, service.type)) {
+    if (!refused_) refused_ = service;
     return nullptr;
   }
   auto origin = [this] {
@@ -163,9 +160,11 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
   };
   auto openFile = [this, service, format] {
     return createPlayableFile({.format = format,
+                               .type = service.type,
                                .path = pathFor(service, extensionOf(format)),
                                .language = service.language,
-                               .ebuTt = options_.ebuTt});
+                               .ebuTt = options_.ebuTt,
+                               .pictures = options_.pictures});
   };
   return std::make_unique<CueSession>(service, configuration, stream.descriptors,
                                       std::make_unique<CueTrack>(origin, openFile), console_);
@@ -173,6 +172,7 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
 
 // With --all and no format named, pictures go where pictures can go.
 PlayableFormat Conversion::formatFor(const Service& service) const {
+  if (options_.kind == OutputKind::Pictures) return PlayableFormat::Pictures;
   const bool isFree = options_.all && !options_.isModeGiven;
   if (isFree && service.type == SubtitleInputType::DvbSubtitle) return PlayableFormat::Ttml;
   return playableFormat(options_.mode);
@@ -203,9 +203,12 @@ ExitCode Conversion::report(const ServicePass& pass) {
 
 void Conversion::explainNothing(const ServicePass& pass) {
   const std::string input = quoted(options_.input.path);
-  if (refusedPictures_) {
-    console_.error(describe(*refusedPictures_) + " in " + input +
+  if (refused_ && refused_->type == SubtitleInputType::DvbSubtitle) {
+    console_.error(describe(*refused_) + " in " + input +
                    " are pictures and cannot become text; use --mode ttml");
+  } else if (refused_) {
+    console_.error(describe(*refused_) + " in " + input +
+                   " is text and cannot become pictures; use --mode webvtt, srt or ttml");
   } else if (isReplay() && !options_.page) {
     console_.error(
         "nothing was shown: without --page, recorded samples are replayed with page 0; "

@@ -1,10 +1,14 @@
 #include "txsub/output/playable_file.h"
 
-#include "txsub/output/output_file.h"
+#include "txsub/output/picture_folder.h"
 #include "txsub/output/srt_file.h"
+#include "txsub/output/ttml_image_file.h"
+#include "txsub/output/ttml_text_file.h"
 #include "txsub/output/webvtt_file.h"
 
 namespace korr::txsub {
+
+using encoding::subtitling::SubtitleInputType;
 
 std::unique_ptr<IPlayableFile> createPlayableFile(const PlayableRequest& request) {
   switch (request.format) {
@@ -12,10 +16,15 @@ std::unique_ptr<IPlayableFile> createPlayableFile(const PlayableRequest& request
       return std::make_unique<WebVttFile>(request.path);
     case PlayableFormat::Srt:
       return std::make_unique<SrtFile>(request.path);
+    case PlayableFormat::Pictures:
+      return std::make_unique<PictureFolder>(request.path);
     case PlayableFormat::Ttml:
       break;
   }
-  throw OutputError("playable TTML files are not written yet");
+  if (request.type == SubtitleInputType::DvbSubtitle) {
+    return std::make_unique<TtmlImageFile>(request);
+  }
+  return std::make_unique<TtmlTextFile>(request);
 }
 
 std::string_view extensionOf(PlayableFormat format) {
@@ -25,13 +34,24 @@ std::string_view extensionOf(PlayableFormat format) {
     case PlayableFormat::Srt:
       return ".srt";
     case PlayableFormat::Ttml:
+      return ".ttml";
+    case PlayableFormat::Pictures:
       break;
   }
-  return ".ttml";
+  return "";
 }
 
-bool holdsPictures(PlayableFormat format) {
-  return format == PlayableFormat::Ttml;
+bool canHold(PlayableFormat format, SubtitleInputType type) {
+  switch (format) {
+    case PlayableFormat::WebVtt:
+    case PlayableFormat::Srt:
+      return type != SubtitleInputType::DvbSubtitle;
+    case PlayableFormat::Pictures:
+      return type == SubtitleInputType::DvbSubtitle;
+    case PlayableFormat::Ttml:
+      break;
+  }
+  return true;
 }
 
 }  // namespace korr::txsub

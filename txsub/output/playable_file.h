@@ -5,17 +5,26 @@
 #include <string>
 #include <string_view>
 
+#include "core/modes.h"
 #include "txsub/output/cue.h"
 
 namespace korr::txsub {
 
-enum class PlayableFormat { WebVtt, Srt, Ttml };
+/// Pictures: a directory of PNG files.
+enum class PlayableFormat { WebVtt, Srt, Ttml, Pictures };
+
+/// Where a TTML document keeps its pictures: in itself or in files beside it.
+enum class PictureStorage { Embedded, Files };
 
 struct PlayableRequest {
   PlayableFormat format = PlayableFormat::WebVtt;
-  std::string path;      ///< UTF-8; "-" for standard output
-  std::string language;  ///< ISO 639-2 of the service; empty when unknown
-  bool ebuTt = false;    ///< TTML: EBU-TT-D
+  /// Of the service.
+  encoding::subtitling::SubtitleInputType type =
+      encoding::subtitling::SubtitleInputType::ClosedCaption;
+  std::string path = "-";     ///< UTF-8; "-" for standard output
+  std::string language = "";  ///< ISO 639-2 of the service; empty when unknown
+  bool ebuTt = false;         ///< TTML of text: EBU-TT-D
+  PictureStorage pictures = PictureStorage::Embedded;  ///< TTML of pictures
 };
 
 /// One file in the making. Throws OutputError.
@@ -36,10 +45,10 @@ class IPlayableFile {
 /// Opens the file. Throws OutputError.
 std::unique_ptr<IPlayableFile> createPlayableFile(const PlayableRequest& request);
 
-/// ".vtt", ".srt", ".ttml"
+/// ".vtt", ".srt", ".ttml", nothing for a directory.
 std::string_view extensionOf(PlayableFormat format);
 
-/// Whether the format can hold pictures.
-bool holdsPictures(PlayableFormat format);
+/// Whether the format can hold the subtitles of a system: text, or pictures for DVB.
+bool canHold(PlayableFormat format, encoding::subtitling::SubtitleInputType type);
 
 }  // namespace korr::txsub

@@ -21,6 +21,9 @@ constexpr double kCaptionColumns = 32;
 constexpr double kTeletextRows = 25;
 constexpr double kTeletextColumns = 40;
 
+// Boxes are dimmed rather than blacked out, as the converter's own documents have them.
+constexpr std::uint8_t kTeletextBackgroundAlpha = 0x99;
+
 // Collects the cells of a row into spans.
 class LineBuilder {
  public:
@@ -36,7 +39,7 @@ class LineBuilder {
     }
     if (isEmpty() || !line_.spans.back().hasStyleOf(style)) {
       // A blank shows no colour: it stays outside of what is marked, where it can.
-      const bool isPlain = style.hasStyleOf(TextSpan{});
+      const bool isPlain = style.hasStyleOf({.text = {}, .backgroundAlpha = style.backgroundAlpha});
       if (!isEmpty() && !isPlain) placeBlanks();
       line_.spans.push_back(style);
     }
@@ -126,10 +129,23 @@ TextColour colourOf(model::TeletextColour colour) {
   return TextColour::White;
 }
 
+std::uint8_t alphaOf(model::CaptionOpacity opacity) {
+  switch (opacity) {
+    case model::CaptionOpacity::Opaque:
+      return 0xFF;
+    case model::CaptionOpacity::SemiTransparent:
+      return 0x7F;
+    case model::CaptionOpacity::Transparent:
+      return 0;
+  }
+  return 0xFF;
+}
+
 TextSpan styleOf(const model::CaptionText::TextRun& run) {
   return {.text = {},
           .foreground = colourOf(run.foreground),
           .background = colourOf(run.background),
+          .backgroundAlpha = alphaOf(run.backgroundOpacity),
           .italic = run.italic,
           .underline = run.underline};
 }
@@ -155,7 +171,9 @@ TextLine lineOf(const model::TeletextText::TextRow& row) {
   LineBuilder builder(row.number, row.runs.empty() ? 0 : row.runs.front().column);
   for (const auto& run : row.runs) {
     if (run.glyphs.empty()) continue;
-    const TextSpan style{.text = {}, .foreground = colourOf(run.colour)};
+    const TextSpan style{.text = {},
+                         .foreground = colourOf(run.colour),
+                         .backgroundAlpha = kTeletextBackgroundAlpha};
     // The first cell is that of the code which opened the run: a blank.
     builder.addBlank();
     addGlyphs(builder, std::span(run.glyphs).subspan(1), style);
@@ -207,7 +225,8 @@ std::optional<TextScreen> layOut(const model::Subtitle& subtitle) {
                       .firstRowTop = kSafeAreaStart,
                       .rowHeight = kSafeArea / kCaptionRows,
                       .firstColumnLeft = kSafeAreaStart,
-                      .columnWidth = kSafeArea / kCaptionColumns};
+                      .columnWidth = kSafeArea / kCaptionColumns,
+                      .columnCount = kCaptionColumns};
   }
   if (const auto* text = subtitle.teletextText()) {
     return TextScreen{.lines = linesOf(*text),
@@ -215,7 +234,8 @@ std::optional<TextScreen> layOut(const model::Subtitle& subtitle) {
                       .firstRowTop = 0,
                       .rowHeight = 100 / kTeletextRows,
                       .firstColumnLeft = kSafeAreaStart,
-                      .columnWidth = kSafeArea / kTeletextColumns};
+                      .columnWidth = kSafeArea / kTeletextColumns,
+                      .columnCount = kTeletextColumns};
   }
   return std::nullopt;
 }

@@ -20,12 +20,14 @@ struct TextSpan {
   std::string text;  ///< UTF-8
   TextColour foreground = TextColour::White;
   TextColour background = TextColour::Black;
+  std::uint8_t backgroundAlpha = 0xFF;  ///< 0xFF opaque; 0x99 behind teletext
   bool italic = false;
   bool underline = false;
 
   bool hasStyleOf(const TextSpan& other) const {
     return foreground == other.foreground && background == other.background &&
-           italic == other.italic && underline == other.underline;
+           backgroundAlpha == other.backgroundAlpha && italic == other.italic &&
+           underline == other.underline;
   }
 };
 
@@ -51,6 +53,7 @@ struct TextScreen {
   double rowHeight = 0;
   double firstColumnLeft = 0;
   double columnWidth = 0;
+  double columnCount = 0;
 };
 
 /// Lays out a text subtitle; nothing for a picture.

@@ -5,7 +5,6 @@
 
 #include "txsub/output/output_file.h"
 #include "txsub/output/playable_file.h"
-#include "txsub/output/text_layout.h"
 
 namespace korr::txsub {
 

@@ -1,0 +1,46 @@
+#include "txsub/output/picture_folder.h"
+
+#include <nlohmann/json.hpp>
+
+#include "txsub/output/cue_time.h"
+
+namespace korr::txsub {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path makeDirectory(const std::string& path) {
+  const fs::path directory = pathFromUtf8(path);
+  std::error_code error;
+  fs::create_directories(directory, error);
+  if (error) throw OutputError("cannot make the directory '" + path + "': " + error.message());
+  return directory;
+}
+
+}  // namespace
+
+PictureFolder::PictureFolder(const std::string& path)
+    : files_(makeDirectory(path), ""), index_(utf8FromPath(pathFromUtf8(path) / "index.json")) {
+  index_.write("{\"pictures\": [");
+}
+
+void PictureFolder::write(const Cue& cue) {
+  const auto* bitmap = cue.subtitle->bitmap();
+  if (!bitmap || !visibleArea(*bitmap)) return;
+  const auto picture =
+      pictures_.add(*bitmap, {.x = 0, .y = 0, .width = bitmap->width, .height = bitmap->height});
+  const auto [start, stop] = cueMilliseconds(cue);
+  const nlohmann::ordered_json entry = {{"file", files_.store(picture)},
+                                        {"start", cueTimeText(start, '.')},
+                                        {"stop", cueTimeText(stop, '.')}};
+  index_.write((isFirst_ ? "\n  " : ",\n  ") + entry.dump());
+  isFirst_ = false;
+}
+
+void PictureFolder::finish() {
+  index_.write("\n]}\n");
+  index_.commit();
+}
+
+}  // namespace korr::txsub

@@ -1,0 +1,34 @@
+// Lines that stand together on the picture, and how they are aligned.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "txsub/output/text_layout.h"
+
+namespace korr::txsub {
+
+enum class TextAlign { Start, Center, End };
+
+/// "start", "center" or "end", as WebVTT and TTML both say it.
+const char* alignmentName(TextAlign align);
+
+/// Which neighbours a group takes in.
+enum class GroupHeights { Any, Equal };
+
+/// Neighbouring lines. What they are aligned by is kept, because players' fonts are
+/// narrower than the cells that the lines were laid out in.
+struct TextGroup {
+  std::span<const TextLine> lines;  ///< never empty
+  TextAlign align = TextAlign::Start;
+  double column = 0;  ///< where the alignment's edge or centre is
+};
+
+/// The groups of a screen, top to bottom; they refer to its lines.
+std::vector<TextGroup> groupsOf(const TextScreen& screen, GroupHeights heights);
+
+/// A number as both formats write it, with at most two decimals: "84.67", "50".
+std::string decimal(double number);
+
+}  // namespace korr::txsub
