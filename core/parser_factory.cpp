@@ -1,6 +1,7 @@
 #include "core/parser_factory.h"
 
 #include "closed_caption/closed_caption_parser.h"
+#include "teletext/teletext_parser.h"
 #include "util/exception.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
@@ -19,6 +20,9 @@ std::unique_ptr<ISubtitleParser> withContainer(std::unique_ptr<Parser> parser,
 std::unique_ptr<ISubtitleParser> createParser(const ParserRequest& request) {
   switch (request.inputType) {
     case SubtitleInputType::Teletext:
+      return withContainer(std::make_unique<teletext::lib_teletext::TeletextParser>(
+                               request.page, request.pageOption),
+                           request.container);
     case SubtitleInputType::DvbSubtitle:
       break;
     case SubtitleInputType::ClosedCaption:

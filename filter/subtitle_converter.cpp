@@ -2,10 +2,11 @@
 
 #include "filter/media_sample_item.h"
 #include "filter/media_types.h"
-#include "filter/teletext_pages.h"
+#include "teletext/teletext_descriptor.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 
+namespace teletext = encoding::subtitling::teletext::lib_teletext;
 using encoding::subtitling::ConversionChain;
 using log::Level;
 
@@ -226,8 +227,9 @@ HRESULT CSubtitleConverter::startChain() {
 
 std::uint32_t CSubtitleConverter::followedPage(const Configuration& configuration,
                                                const AM_MEDIA_TYPE& type) {
-  const auto followed = followLanguage(readTeletextPages(formatOf(type)), configuration.language,
-                                       configuration.hearingImpaired, configuration.page);
+  const auto followed =
+      teletext::followLanguage(teletext::readTeletextPages(formatOf(type)), configuration.language,
+                               configuration.hearingImpaired, configuration.page);
   if (followed.list.empty()) {
     log::write(&logger_, Level::Information, "No Teletext descriptor detected");
   } else {

@@ -1,8 +1,8 @@
-#include "filter/teletext_pages.h"
+#include "teletext/teletext_descriptor.h"
 
 #include <gtest/gtest.h>
 
-namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 namespace {
 
 // A stream identifier descriptor, then a teletext descriptor with four pages.
@@ -19,14 +19,14 @@ FollowedPage follow(const std::string& language, bool hearingImpaired, std::uint
   return followLanguage(readTeletextPages(kDescriptors), language, hearingImpaired, page);
 }
 
-TEST(TeletextPages, ListSubtitlePagesWithoutALanguageToFollow) {
+TEST(TeletextDescriptor, ListSubtitlePagesWithoutALanguageToFollow) {
   const auto followed = follow("", false);
   EXPECT_EQ(followed.page, 0x150u);
   EXPECT_EQ(followed.list, "[dan, 799] [eng, 888] [eng-imp, 809] ");
   EXPECT_EQ(followed.follow, "");
 }
 
-TEST(TeletextPages, FollowTheLanguageOnThePageForItsAudience) {
+TEST(TeletextDescriptor, FollowTheLanguageOnThePageForItsAudience) {
   EXPECT_EQ(follow("eng", false).page, 0x888u);
   EXPECT_EQ(follow("eng", false).follow, "=> Follow language eng on page 888");
   EXPECT_EQ(follow("eng", true).page, 0x809u);
@@ -36,7 +36,7 @@ TEST(TeletextPages, FollowTheLanguageOnThePageForItsAudience) {
   EXPECT_EQ(follow("eng", false, 0x888).follow, "") << "already there";
 }
 
-TEST(TeletextPages, ReadUpToTheDamage) {
+TEST(TeletextDescriptor, ReadUpToTheDamage) {
   for (std::size_t size = 0; size < kDescriptors.size(); ++size) {
     EXPECT_TRUE(readTeletextPages({kDescriptors.data(), size}).empty());
   }
@@ -46,4 +46,4 @@ TEST(TeletextPages, ReadUpToTheDamage) {
 }
 
 }  // namespace
-}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1
+}  // namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 
 /// One entry of a teletext descriptor (EN 300 468, 6.2.43).
 struct TeletextPage {
@@ -34,4 +34,4 @@ struct FollowedPage {
 FollowedPage followLanguage(std::span<const TeletextPage> pages, std::string_view language,
                             bool hearingImpaired, std::uint32_t configuredPage);
 
-}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1
+}  // namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1

@@ -1,11 +1,11 @@
-#include "filter/teletext_pages.h"
+#include "teletext/teletext_descriptor.h"
 
 #include <array>
 #include <cstdio>
 
 #include "util/bit_reader.h"
 
-namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 
 namespace {
 
@@ -66,4 +66,4 @@ FollowedPage followLanguage(std::span<const TeletextPage> pages, std::string_vie
   return followed;
 }
 
-}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1
+}  // namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1

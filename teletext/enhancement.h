@@ -1,0 +1,37 @@
+// Characters that packet 26 puts in the place of others (ETSI EN 300 706, 12.3).
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+
+#include "core/glyph_text.h"
+#include "teletext/character_sets.h"
+#include "teletext/packet.h"
+
+namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
+
+/// The enhancements of the page in transmission. They arrive before the rows that they change and
+/// hold until the page's next header.
+class Enhancements {
+ public:
+  /// Forgets everything: a header has come.
+  void clear();
+
+  /// Takes a packet 26: a designation code and 13 triplets, of which damaged ones are skipped.
+  void take(std::span<const std::uint8_t, Packet::kDataSize> data, const CharacterSet& characters);
+
+  /// What stands at a place instead of its own character, if anything.
+  std::optional<GlyphText> at(std::uint32_t row, std::uint32_t column) const;
+
+ private:
+  void takeTriplet(std::uint32_t triplet, const CharacterSet& characters);
+  void takeRowAddress(std::uint32_t address, std::uint32_t mode);
+
+  std::map<std::uint32_t, GlyphText> glyphs_;  // by row * 64 + column
+  std::uint32_t activeRow_ = 0;
+  bool terminated_ = false;
+};
+
+}  // namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1
