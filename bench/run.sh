@@ -1,0 +1,28 @@
+#!/bin/bash
+# Measures whole files: seconds of txsub from the page cache, and the ratio to `cat` of the same file
+# in the same run. Each figure is the best of five. Inputs are made once, in build/bench-inputs.
+set -eu
+cd "$(dirname "$0")/.."
+
+build=build/native/bin
+inputs=build/bench-inputs
+cmake --preset native >/dev/null
+cmake --build --preset native --target txsub make_inputs measure >/dev/null
+[ -e "$inputs/made" ] || { $build/make_inputs "$inputs" && touch "$inputs/made"; }
+
+best() {
+  for _ in 1 2 3 4 5; do taskset -c 0 $build/measure "$@"; done | sort -n | head -1
+}
+
+printf '%-24s %8s %8s %8s %8s %10s %8s\n' file MB "cat s" "txsub s" GB/s "times cat" "peak MB"
+for file in "$inputs"/*.ts; do
+  cat "$file" >/dev/null
+  read -r cat_seconds _ < <(best cat "$file")
+  read -r seconds peak < <(best $build/txsub convert --quiet "$file")
+  bytes=$(stat -c %s "$file")
+  awk -v name="$(basename "$file")" -v bytes="$bytes" -v cat="$cat_seconds" -v ours="$seconds" \
+      -v peak="$peak" 'BEGIN {
+    printf "%-24s %8.0f %8.3f %8.3f %8.2f %10.1f %8.1f\n",
+           name, bytes / 1e6, cat, ours, bytes / 1e9 / ours, ours / cat, peak
+  }'
+done
