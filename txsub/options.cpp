@@ -170,6 +170,7 @@ void settleOutput(ConvertArguments& arguments) {
   if (!options.all && !arguments.mode && !arguments.kind && namesDirectory(options.output)) {
     arguments.kind = OutputKind::Pictures;
   }
+  while (options.output.size() > 1 && options.output.ends_with('/')) options.output.pop_back();
   const Extension* extension = options.all ? nullptr : findExtension(options.output);
   const bool isFile = !arguments.output.empty() && options.output != "-" && !options.all;
 

@@ -49,15 +49,16 @@ Attributes spanStyle(const TextSpan& span) {
   return style;
 }
 
-Attributes paragraphStyle(const TextScreen& screen, const TextGroup& group, bool isEbuTtD) {
+Attributes paragraphStyle(const TextScreen& screen, const TextGroup& group) {
   const double lineHeight = group.lines.front().height * screen.rowHeight;
   const double fontSize = lineHeight / kFullSize * 100 * 100 / kLineHeight;
-  Attributes style = {{"tts:fontFamily", "proportionalSansSerif"},
-                      {"tts:fontSize", decimal(fontSize) + "%"},
-                      {"tts:lineHeight", decimal(kLineHeight) + "%"},
-                      {"tts:textAlign", alignmentName(group.align)}};
-  if (isEbuTtD) style.emplace_back("ebutts:linePadding", "0.5c");
-  return style;
+  return {{"tts:fontFamily", "proportionalSansSerif"},
+          {"tts:fontSize", decimal(fontSize) + "%"},
+          {"tts:lineHeight", decimal(kLineHeight) + "%"},
+          {"tts:textAlign", alignmentName(group.align)},
+          // One box behind all lines, a little wider than their text.
+          {"ebutts:linePadding", "0.5c"},
+          {"itts:fillLineGap", "true"}};
 }
 
 // From one line of a group to the next, an empty line for a gap of its height included.
@@ -109,7 +110,7 @@ void TtmlTextFile::writeParagraph(const TextScreen& screen, const TextGroup& gro
     const auto paragraph = stack.open("p");
     stack.setAttribute("xml:id", "Subtitle" + std::to_string(++paragraphs_));
     stack.setAttribute("region", regions_.idOf(regionOf(screen, group)));
-    stack.setAttribute("style", styles_.idOf(paragraphStyle(screen, group, isEbuTtD_)));
+    stack.setAttribute("style", styles_.idOf(paragraphStyle(screen, group)));
     setAttributes(stack, times);
     writeLines(stack, group);
   }
@@ -140,9 +141,10 @@ void TtmlTextFile::finish() {
   file_.write(kXmlDeclaration);
   file_.write(
       "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:tts=\"http://www.w3.org/ns/ttml#styling\""
-      " xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\"");
+      " xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\" xmlns:ebutts=\"urn:ebu:tt:style\""
+      " xmlns:itts=\"http://www.w3.org/ns/ttml/profile/imsc1#styling\"");
   if (isEbuTtD_) {
-    file_.write(" xmlns:ebutts=\"urn:ebu:tt:style\" xmlns:ebuttm=\"urn:ebu:tt:metadata\"");
+    file_.write(" xmlns:ebuttm=\"urn:ebu:tt:metadata\"");
   } else {
     file_.write(" ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/text\"");
   }

@@ -40,10 +40,10 @@ TEST(TtmlTextFile, WritesOneParagraphPerInterval) {
   EXPECT_EQ(
       ttml(kTeletext, {cue(1000, 2500, teletextPage()), cue(3'600'000, 3'601'001, teletextPage())}),
       R"(<?xml version="1.0" encoding="UTF-8"?>
-<tt xmlns="http://www.w3.org/ns/ttml" xmlns:tts="http://www.w3.org/ns/ttml#styling" xmlns:ttp="http://www.w3.org/ns/ttml#parameter" ttp:profile="http://www.w3.org/ns/ttml/profile/imsc1/text" ttp:timeBase="media" xml:space="preserve" xml:lang="de">
+<tt xmlns="http://www.w3.org/ns/ttml" xmlns:tts="http://www.w3.org/ns/ttml#styling" xmlns:ttp="http://www.w3.org/ns/ttml#parameter" xmlns:ebutts="urn:ebu:tt:style" xmlns:itts="http://www.w3.org/ns/ttml/profile/imsc1#styling" ttp:profile="http://www.w3.org/ns/ttml/profile/imsc1/text" ttp:timeBase="media" xml:space="preserve" xml:lang="de">
   <head>
     <styling>
-      <style xml:id="Style1" tts:fontFamily="proportionalSansSerif" tts:fontSize="96%" tts:lineHeight="125%" tts:textAlign="center" />
+      <style xml:id="Style1" tts:fontFamily="proportionalSansSerif" tts:fontSize="96%" tts:lineHeight="125%" tts:textAlign="center" ebutts:linePadding="0.5c" itts:fillLineGap="true" />
       <style xml:id="Style2" tts:color="#FFFF00" tts:backgroundColor="#00000099" />
       <style xml:id="Style3" tts:color="#FFFFFF" tts:backgroundColor="#00000099" />
     </styling>

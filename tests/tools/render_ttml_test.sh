@@ -1,0 +1,42 @@
+#!/bin/sh
+# Has imsc, a renderer of TTML, show what txsub writes. Skips (77) where the tools are not at hand.
+#   render_ttml_test.sh TXSUB DIRECTORY
+set -eu
+txsub=$1
+directory=$2
+imsc_version=1.1.5
+
+skip() {
+  echo "skipped: $1"
+  exit 77
+}
+
+for tool in node npm chromium; do
+  command -v "$tool" >/dev/null || skip "$tool is not installed"
+done
+mkdir -p "$directory"
+imsc=$directory/node_modules/imsc/dist/imsc.all.min.js
+if [ ! -f "$imsc" ]; then
+  npm install --silent --no-audit --no-fund --prefix "$directory" "imsc@$imsc_version" ||
+    skip "the npm registry gives no imsc $imsc_version"
+fi
+
+add() { # NAME INPUT [OPTION...]
+  name=$1
+  shift
+  "$txsub" convert "$@" --quiet -o "$directory/$name.ttml"
+  documents="$documents $directory/$name.ttml"
+}
+documents=""
+add captions samples/captions.scc
+add captions-ebu samples/captions.scc --ebu-tt
+if [ -e samples/teletext.ts ]; then
+  add teletext samples/teletext.ts
+  add teletext-ebu samples/teletext.ts --ebu-tt
+fi
+if [ -e samples/dvb.ts ]; then
+  add dvb-embedded samples/dvb.ts
+  add dvb-files samples/dvb.ts --images files
+fi
+# shellcheck disable=SC2086  # one word per document
+node tests/tools/render_ttml.mjs "$imsc" "$directory" $documents
