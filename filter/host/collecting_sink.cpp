@@ -33,7 +33,8 @@ HRESULT CCollectingSink::Pin::Receive(IMediaSample* sample) {
        .stop = static_cast<std::uint64_t>(stop),
        .sync = sample->IsSyncPoint() == S_OK,
        .discontinuity = sample->IsDiscontinuity() == S_OK,
-       .data = {bytes, static_cast<std::size_t>(sample->GetActualDataLength())}});
+       .data = {bytes, static_cast<std::size_t>(sample->GetActualDataLength())},
+       .sample = sample});
 }
 
 HRESULT CCollectingSink::Pin::EndOfStream() {

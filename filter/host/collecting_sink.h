@@ -16,6 +16,7 @@ struct ReceivedSample {
   bool sync = false;
   bool discontinuity = false;
   std::span<const std::uint8_t> data;
+  IMediaSample* sample = nullptr;  ///< the sample itself, for a host that keeps it
 };
 
 /// One input pin that takes timed text of any subtype.

@@ -15,6 +15,7 @@ using Microsoft::WRL::ComPtr;
 CPushSource::CPushSource(Settings settings)
     : CBaseFilter(TEXT("push source"), nullptr, &lock_, GUID_NULL),
       settings_(std::move(settings)),
+      sampleFormatType_(FORMAT_SubtitleStream),
       pin_(this, &lock_, &pinResult_) {
 }
 
@@ -43,7 +44,7 @@ HRESULT CPushSource::fill(IMediaSample& target, const txsub::InputSample& sample
   }
   if (!sample.format) return target.SetMediaType(nullptr);
   CMediaType changed(settings_.type);
-  changed.SetFormatType(&FORMAT_SubtitleStream);
+  changed.SetFormatType(&sampleFormatType_);
   changed.SetFormat(sample.format->data(), static_cast<ULONG>(sample.format->size()));
   return target.SetMediaType(&changed);
 }

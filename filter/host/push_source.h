@@ -23,6 +23,9 @@ class CPushSource final : public CBaseFilter {
   /// Delivers one sample as it was recorded; waits while all buffers are in use downstream.
   HRESULT push(const txsub::InputSample& sample);
 
+  /// The format type of media types attached to samples from now on.
+  void setSampleFormatType(const GUID& formatType) { sampleFormatType_ = formatType; }
+
   HRESULT endOfStream() { return pin_.DeliverEndOfStream(); }
   HRESULT beginFlush() { return pin_.DeliverBeginFlush(); }
   HRESULT endFlush() { return pin_.DeliverEndFlush(); }
@@ -49,6 +52,7 @@ class CPushSource final : public CBaseFilter {
 
   CCritSec lock_;
   Settings settings_;
+  GUID sampleFormatType_;
   HRESULT pinResult_ = S_OK;
   Pin pin_;
 };

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "filter/subtitle_converter.h"
+#include "tests/support/caption_builder.h"
 #include "util/exception.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
@@ -48,7 +49,7 @@ std::vector<std::string> RecordingLogger::take() {
 GraphTestBench::GraphTestBench(const Settings& settings) {
   CoInitializeEx(nullptr, COINIT_MULTITHREADED);
   source = new host::CPushSource(
-      {.type = inputMediaType(settings.input, settings.format), .buffers = 32, .bufferSize = 256});
+      {.type = inputMediaType(settings.input, settings.format), .buffers = 32, .bufferSize = 1024});
   sink = new host::CCollectingSink({.onSample = [this](const auto& sample) { return keep(sample); },
                                     .onEndOfStream =
                                         [this] {
@@ -73,12 +74,8 @@ GraphTestBench::GraphTestBench(const Settings& settings) {
   ComPtr<IMediaFilter> clocked;
   graph.As(&clocked);
   clocked->SetSyncSource(nullptr);  // as fast as possible
-  ComPtr<IPin> input;
-  ComPtr<IPin> output;
-  filter->FindPin(L"Input", &input);
-  filter->FindPin(L"Output", &output);
-  EXPECT_EQ(graph->ConnectDirect(source->GetPin(0), input.Get(), nullptr), S_OK);
-  EXPECT_EQ(graph->ConnectDirect(output.Get(), sink->GetPin(0), nullptr), S_OK);
+  EXPECT_EQ(graph->ConnectDirect(source->GetPin(0), filterPin(PINDIR_INPUT).Get(), nullptr), S_OK);
+  EXPECT_EQ(graph->ConnectDirect(filterPin(PINDIR_OUTPUT).Get(), sink->GetPin(0), nullptr), S_OK);
 }
 
 GraphTestBench::~GraphTestBench() {
@@ -102,7 +99,7 @@ void GraphTestBench::configure(const Settings& settings) {
 
 HRESULT GraphTestBench::keep(const host::ReceivedSample& sample) {
   if (onReceive) {
-    const HRESULT result = onReceive();
+    const HRESULT result = onReceive(*sample.sample);
     if (result != S_OK) return result;
   }
   const std::scoped_lock lock(mutex_);
@@ -125,6 +122,19 @@ void GraphTestBench::finish() {
 bool GraphTestBench::waitForSamples(std::size_t count) {
   std::unique_lock lock(mutex_);
   return changed_.wait_for(lock, 10s, [&] { return received_.size() >= count; });
+}
+
+ComPtr<IPin> GraphTestBench::filterPin(PIN_DIRECTION direction) {
+  ComPtr<IPin> pin;
+  filter->FindPin(direction == PINDIR_INPUT ? L"Input" : L"Output", &pin);
+  return pin;
+}
+
+void GraphTestBench::pushWithFormatType(InputSample sample, const GUID& formatType) {
+  sample.format.emplace();
+  source->setSampleFormatType(formatType);
+  source->push(sample);
+  source->setSampleFormatType(FORMAT_SubtitleStream);
 }
 
 std::vector<Received> GraphTestBench::received() {
@@ -158,6 +168,12 @@ InputSample captionSample(double seconds, const std::vector<std::uint8_t>& tripl
   sample.times = {.start = start, .stop = start};
   sample.sync = true;
   return sample;
+}
+
+InputSample captionText(double seconds, std::string_view text) {
+  test_support::CaptionBuilder builder;
+  builder.resumeCaptionLoading().eraseNonDisplayedMemory().preamble(15).text(text).endOfCaption();
+  return captionSample(seconds, builder.triplets());
 }
 
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

@@ -85,6 +85,9 @@ class GraphTestBench {
   HRESULT pause() { return control_->Pause(); }
   HRESULT stop() { return control_->Stop(); }
 
+  /// Pushes a sample, which must be taken.
+  void push(const InputSample& sample) { EXPECT_EQ(source->push(sample), S_OK); }
+
   /// Pushes the end of the stream and waits until it has arrived at the sink.
   void finish();
 
@@ -93,6 +96,11 @@ class GraphTestBench {
 
   std::vector<Received> received();
 
+  ComPtr<IPin> filterPin(PIN_DIRECTION direction);
+
+  /// Pushes a sample with a media type of a format type that the filter may not know.
+  void pushWithFormatType(InputSample sample, const GUID& formatType);
+
   ComPtr<IGraphBuilder> graph;
   ComPtr<host::CPushSource> source;
   ComPtr<IBaseFilter> filter;
@@ -100,8 +108,8 @@ class GraphTestBench {
   ComPtr<host::CCollectingSink> sink;
   RecordingLogger logger;
 
-  /// Called before a sample is kept; a failure is what the sink answers.
-  std::function<HRESULT()> onReceive;
+  /// Called on the worker before a sample is kept; anything but S_OK is what the sink answers.
+  std::function<HRESULT(IMediaSample&)> onReceive;
 
  private:
   HRESULT keep(const host::ReceivedSample& sample);
@@ -119,5 +127,8 @@ CMediaType inputMediaType(SubtitleInputType type, const std::vector<std::uint8_t
 
 /// A sample of caption triplets at a time (seconds).
 InputSample captionSample(double seconds, const std::vector<std::uint8_t>& triplets);
+
+/// A sample that puts `text` on the screen in place of what is there.
+InputSample captionText(double seconds, std::string_view text);
 
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

@@ -1,0 +1,262 @@
+// What goes wrong around the filter, and that nothing hangs, leaks or crashes.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <new>
+#include <thread>
+
+#include "tests/filter/graph_test_bench.h"
+
+namespace {
+
+// How many of this thread's next allocations fail, after the first few that succeed.
+thread_local int allocationsToPass = 0;
+thread_local int allocationsToFail = 0;
+
+}  // namespace
+
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  if (allocationsToFail > 0 && allocationsToPass-- <= 0) {
+    --allocationsToFail;
+    throw std::bad_alloc();
+  }
+  if (void* memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::HasSubstr;
+
+const std::vector<std::uint8_t> kNoCaption = {0xFC, 0x80, 0x80};
+
+// Captions that change with every sample, a tenth of a second apart, until `until` answers true or
+// the source is stopped.
+template <class Until>
+void pushCaptions(GraphTestBench& bench, Until until) {
+  for (int i = 1; !until(); ++i) {
+    const HRESULT result = bench.source->push(captionText(0.1 * i, i % 2 == 0 ? "even" : "odd"));
+    if (FAILED(result)) std::this_thread::yield();
+  }
+}
+
+TEST(Faults, StopsWhileTheSinkHoldsEveryBuffer) {
+  GraphTestBench bench({.mode = ConversionMode::Ttml});
+  std::vector<ComPtr<IMediaSample>> kept;
+  std::atomic<std::size_t> count = 0;
+  bench.onReceive = [&](IMediaSample& sample) {
+    kept.emplace_back(&sample);
+    count = kept.size();
+    return S_OK;
+  };
+  ASSERT_GE(bench.run(), 0);
+  std::jthread upstream([&](const std::stop_token& token) {
+    pushCaptions(bench, [&] { return token.stop_requested(); });
+  });
+  while (count < 128) std::this_thread::sleep_for(1ms);
+  std::this_thread::sleep_for(20ms);  // and now the worker waits for the 129th
+  EXPECT_EQ(bench.filter->Stop(), S_OK);
+  upstream.request_stop();
+  bench.stop();
+  upstream.join();
+  kept.clear();
+}
+
+TEST(Faults, StopsWhileTheSinkBlocks) {
+  GraphTestBench bench({});
+  std::atomic<bool> isBlocked = false;
+  bench.onReceive = [&](IMediaSample&) {
+    isBlocked = true;
+    FILTER_STATE state = State_Running;
+    while (state != State_Stopped) {  // as a renderer does that waits for its time
+      std::this_thread::sleep_for(1ms);
+      bench.sink->GetState(0, &state);
+    }
+    return S_FALSE;
+  };
+  ASSERT_GE(bench.run(), 0);
+  bench.push(captionText(1, "Hello"));
+  bench.push(captionSample(3, kNoCaption));
+  while (!isBlocked) std::this_thread::sleep_for(1ms);
+  EXPECT_EQ(bench.stop(), S_OK);
+}
+
+TEST(Faults, FlushesWhileTheSinkBlocks) {
+  GraphTestBench bench({.durationMs = 1});  // a thousand documents a second
+  std::atomic<bool> isBlocked = false;
+  bench.onReceive = [&](IMediaSample&) {
+    isBlocked = true;
+    auto& pin = static_cast<CBaseInputPin&>(*bench.sink->GetPin(0));
+    while (!pin.IsFlushing()) std::this_thread::sleep_for(1ms);
+    return S_FALSE;
+  };
+  ASSERT_GE(bench.run(), 0);
+  bench.push(captionText(1, "Hello"));
+  bench.push(captionSample(80'000, kNoCaption));
+  while (!isBlocked) std::this_thread::sleep_for(1ms);
+  EXPECT_EQ(bench.source->beginFlush(), S_OK);
+  EXPECT_EQ(bench.source->endFlush(), S_OK);
+  bench.onReceive = nullptr;
+  bench.push(captionText(1, "Hello"));
+  bench.finish();
+}
+
+TEST(Faults, LogsASinkThatRefusesAndGoesOn) {
+  GraphTestBench bench({});
+  bench.onReceive = [](IMediaSample&) { return VFW_E_SAMPLE_REJECTED; };
+  ASSERT_GE(bench.run(), 0);
+  bench.logger.take();
+  bench.push(captionText(1, "Hello"));
+  bench.push(captionSample(9, kNoCaption));
+  bench.finish();
+  const auto lines = bench.logger.take();
+  ASSERT_EQ(lines.size(), 1u) << "one for the sample, not one for each of its four segments";
+  EXPECT_THAT(lines[0], testing::StartsWith("0 Internal error (0x8004022b): "));
+}
+
+TEST(Faults, RunsWithoutASink) {
+  GraphTestBench bench({});
+  ASSERT_EQ(bench.graph->Disconnect(bench.filterPin(PINDIR_OUTPUT).Get()), S_OK);
+  ASSERT_EQ(bench.graph->Disconnect(bench.sink->GetPin(0)), S_OK);
+  ASSERT_GE(bench.run(), 0);
+  EXPECT_EQ(bench.source->push(captionText(1, "Hello")), S_OK);
+  EXPECT_EQ(bench.source->push(captionSample(2, kNoCaption)), S_OK);
+  EXPECT_EQ(bench.source->endOfStream(), S_OK);
+  EXPECT_EQ(bench.stop(), S_OK);
+}
+
+TEST(Faults, RefusesToBeTakenApartWhileRunning) {
+  GraphTestBench bench({});
+  ASSERT_GE(bench.run(), 0);
+  EXPECT_EQ(bench.filterPin(PINDIR_OUTPUT)->Disconnect(), VFW_E_NOT_STOPPED);
+  EXPECT_EQ(bench.filterPin(PINDIR_INPUT)->Disconnect(), VFW_E_NOT_STOPPED);
+  EXPECT_EQ(bench.filterPin(PINDIR_OUTPUT)->Connect(bench.sink->GetPin(0), nullptr),
+            VFW_E_ALREADY_CONNECTED);
+}
+
+TEST(Faults, PassesOverSamplesWithoutDataOrTimeOrWithABadType) {
+  GraphTestBench bench({});
+  ASSERT_GE(bench.run(), 0);
+  bench.logger.take();
+  bench.push(captionText(1, "Hello"));
+  bench.push(captionSample(2, {}));
+  InputSample untimed = captionText(0, "untimed");
+  untimed.times.reset();
+  bench.push(untimed);
+  bench.source->push(captionSample(3, {0xFC}));  // a third of a triplet
+  bench.pushWithFormatType(captionSample(4, kNoCaption), GUID_NULL);
+  bench.push(captionSample(5, kNoCaption));
+  bench.finish();
+  EXPECT_THAT(bench.logger.take(),
+              Contains(testing::StartsWith("0 Internal error (0x80004005): ")).Times(1));
+  ASSERT_FALSE(bench.received().empty());
+  EXPECT_EQ(bench.received().back().stop, 50'000'000u);
+}
+
+TEST(Faults, SurvivesStateChangesAndConfigurationsUnderLoad) {
+  GraphTestBench bench({.mode = ConversionMode::Ttml});
+  std::atomic<bool> isDone = false;
+  std::jthread upstream([&] { pushCaptions(bench, [&] { return isDone.load(); }); });
+  std::jthread configuring([&] {
+    for (std::uint32_t i = 0; !isDone; ++i) {
+      bench.configure({.mode = i % 2 == 0 ? ConversionMode::Ttml : ConversionMode::WebVtt,
+                       .durationMs = i % 5,
+                       .language = std::string(i % 50, 'x')});
+      bench.config->SetLogger(i % 3 == 0 ? nullptr : &bench.logger);
+      std::this_thread::sleep_for(100us);
+    }
+  });
+  for (int i = 0; i < 1000; ++i) {
+    ASSERT_GE(bench.pause(), 0) << i;
+    ASSERT_GE(bench.run(), 0) << i;
+    ASSERT_EQ(bench.stop(), S_OK) << i;
+  }
+  isDone = true;
+}
+
+TEST(Faults, LeavesNoHandlesBehind) {
+  const auto handles = [] {
+    DWORD count = 0;
+    EXPECT_TRUE(GetProcessHandleCount(GetCurrentProcess(), &count));
+    return count;
+  };
+  const auto once = [] {
+    GraphTestBench bench({});
+    bench.run();
+    bench.push(captionText(1, "Hello"));
+    bench.finish();
+  };
+  once();
+  const DWORD before = handles();
+  for (int i = 0; i < 20; ++i) once();
+  EXPECT_LT(handles(), before + 20);
+}
+
+/// Throws whatever it is told.
+class ThrowingLogger final : public mqs_subtitle_converter::ILogger {
+ public:
+  void STDMETHODCALLTYPE Log(std::uint32_t, const char*, std::va_list) override { throw 42; }
+  void STDMETHODCALLTYPE NameBufferCounters(const char*) override { throw std::bad_alloc(); }
+};
+
+TEST(Faults, SurvivesALoggerThatThrows) {
+  ThrowingLogger thrower;
+  GraphTestBench bench({.input = SubtitleInputType::Teletext, .page = 0x888});
+  bench.config->SetLogger(&thrower);
+  ASSERT_GE(bench.run(), 0);
+  bench.pushWithFormatType(captionSample(4, kNoCaption), GUID_NULL);
+  bench.finish();
+}
+
+TEST(Faults, AnswersExhaustedMemoryOnAHostsThread) {
+  GraphTestBench bench({});
+  ASSERT_GE(bench.run(), 0);
+  allocationsToFail = 1;
+  const HRESULT configured = bench.config->SetConfiguration(4, 1, 2000, "eng", 0, 0, 0);
+  EXPECT_EQ(allocationsToFail, 0);
+  EXPECT_EQ(configured, E_OUTOFMEMORY);
+
+  // The queue does not allocate for every sample.
+  const InputSample sample = captionSample(1, kNoCaption);
+  HRESULT pushed = S_OK;
+  for (int i = 0; i < 1000 && pushed == S_OK; ++i) {
+    allocationsToFail = 1;
+    pushed = bench.source->push(sample);
+  }
+  allocationsToFail = 0;
+  EXPECT_EQ(pushed, E_OUTOFMEMORY);
+  bench.finish();
+}
+
+TEST(Faults, LogsExhaustedMemoryOnTheWorkerAndGoesOn) {
+  GraphTestBench bench({});
+  std::atomic<int> pass = 0;
+  bench.onReceive = [&](IMediaSample&) {
+    allocationsToPass = pass++;
+    allocationsToFail = 1;
+    return S_OK;
+  };
+  ASSERT_GE(bench.run(), 0);
+  bench.logger.take();
+  for (int i = 1; i < 40; ++i) bench.push(captionText(i, "Hello"));
+  bench.finish();
+  EXPECT_GT(pass, 5) << "documents keep coming";
+  EXPECT_THAT(bench.logger.take(), Contains("0 Error: std::bad_alloc"));
+}
+
+}  // namespace
+}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1
