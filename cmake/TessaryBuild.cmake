@@ -16,6 +16,10 @@ if(TESSARY_SANITIZE)
   add_link_options(-fsanitize=${TESSARY_SANITIZE})
 endif()
 
+if(TESSARY_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # Our own code only: third-party sources keep their warnings to themselves.
 add_library(tessary_flags INTERFACE)
 target_include_directories(tessary_flags INTERFACE ${CMAKE_SOURCE_DIR})

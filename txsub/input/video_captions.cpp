@@ -1,6 +1,7 @@
 #include "txsub/input/video_captions.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdarg>
 #include <utility>
 
@@ -17,20 +18,15 @@ constexpr std::size_t kLargestUnit = 64 * 1024;
 constexpr std::size_t kMostTripletBytes = 4096;  // of one picture
 constexpr unsigned kMostReports = 20;
 
-unsigned trailingZeros(std::span<const std::uint8_t> bytes, unsigned before) {
-  const std::size_t size = bytes.size();
-  if (size == 0) return before;
-  if (bytes[size - 1] != 0) return 0;
-  if (size == 1) return std::min(before + 1, 2U);
-  return bytes[size - 2] == 0 ? 2 : 1;
-}
+constexpr std::array<std::uint8_t, 2> kZeros{};
 
-/// The end of a start code prefix that begins in the `zeros` bytes 00 before `bytes`; 0 when there
-/// is none.
-std::size_t endOfSplitStartCode(std::span<const std::uint8_t> bytes, unsigned zeros) {
-  if (zeros >= 2 && !bytes.empty() && bytes[0] == 1) return 1;
-  if (zeros >= 1 && bytes.size() >= 2 && bytes[0] == 0 && bytes[1] == 1) return 2;
-  return 0;
+/// Zeros that end `bytes`, 2 at most: as many as a start code may have in front of its 01.
+std::size_t trailingZeros(std::span<const std::uint8_t> bytes) {
+  std::size_t zeros = 0;
+  while (zeros < std::min(bytes.size(), kZeros.size()) && bytes[bytes.size() - 1 - zeros] == 0) {
+    ++zeros;
+  }
+  return zeros;
 }
 
 }  // namespace
@@ -45,16 +41,39 @@ void VideoCaptionExtractor::beginPes(std::optional<MediaTime> pts) {
 }
 
 void VideoCaptionExtractor::feed(std::span<const std::uint8_t> bytes) {
-  std::size_t from = endOfSplitStartCode(bytes, zeros_);
-  if (from > 0) beginUnit();
+  if (bytes.empty()) return;
+  std::size_t from = zeros_ > 0 ? joinHeldZeros(bytes) : 0;
   for (;;) {
     const std::size_t to = findStartCode(bytes, from);
-    take(bytes.subspan(from, to - from));
     if (to == bytes.size()) break;
+    take(bytes.subspan(from, to - from));
     beginUnit();
     from = to + kStartCodePrefix;
   }
-  zeros_ = trailingZeros(bytes.subspan(from), from == 0 ? zeros_ : 0);
+  const auto rest = bytes.subspan(from);
+  if (rest.empty()) return;
+  zeros_ = trailingZeros(rest);
+  take(rest.first(rest.size() - zeros_));
+}
+
+std::size_t VideoCaptionExtractor::joinHeldZeros(std::span<const std::uint8_t> bytes) {
+  const auto held = std::span(kZeros).first(zeros_);
+  const bool bothWithOne = held.size() == 2 && bytes[0] == 1;
+  const bool lastWithTwo = bytes.size() >= 2 && bytes[0] == 0 && bytes[1] == 1;
+  if (bothWithOne || lastWithTwo) {
+    take(held.first(held.size() - (bothWithOne ? 2 : 1)));
+    beginUnit();
+    zeros_ = 0;
+    return bothWithOne ? 1 : 2;
+  }
+  if (bytes.size() == 1 && bytes[0] == 0) {  // still undecided
+    take(held.first(held.size() - 1));
+    zeros_ = 2;
+    return 1;
+  }
+  take(held);
+  zeros_ = 0;
+  return 0;
 }
 
 void VideoCaptionExtractor::lostData() {

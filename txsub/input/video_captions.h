@@ -43,6 +43,7 @@ class VideoCaptionExtractor {
   void flush();
 
  private:
+  std::size_t joinHeldZeros(std::span<const std::uint8_t> bytes);
   void take(std::span<const std::uint8_t> bytes);
   void beginUnit();
   void classifyUnit();
@@ -66,7 +67,8 @@ class VideoCaptionExtractor {
   enum class UnitState { None, Head, Kept, PassedOver };
   UnitState unitState_ = UnitState::None;
   std::vector<std::uint8_t> unit_;
-  unsigned zeros_ = 0;  // that end what was fed last, 2 at most: a start code may go on from there
+  // Zeros that ended what was fed last, 2 at most: held back, for they may begin a start code.
+  std::size_t zeros_ = 0;
 
   // The picture being read.
   bool inPicture_ = false;
