@@ -64,6 +64,16 @@ constexpr const char* kExtractExamples =
     "  txsub extract news.ts -o report.jsonl\n"
     "  txsub extract mux.ts --pid 0x1f4 -o teletext.jsonl";
 
+constexpr const char* kRenderExamples =
+    "Any service can be drawn: captions, teletext and DVB pictures, as a receiver would. Raw "
+    "frames "
+    "are bytes\nR, G, B, A, transparent where nothing is shown, so that a video tool can lay them "
+    "over the picture.\n\n"
+    "Examples:\n"
+    "  txsub render news.ts --at 1:02.5 -o frame.png             the subtitles at that moment\n"
+    "  txsub render news.ts --at 62.5 --over still.png -o frame.png\n"
+    "  txsub render news.ts --frames 25 --size 1920x1080 -       raw frames to standard output";
+
 const std::map<std::string, TextMode> kModes = {
     {"webvtt", TextMode::WebVtt}, {"srt", TextMode::Srt}, {"ttml", TextMode::Ttml}};
 
@@ -288,6 +298,101 @@ CLI::App* addConvert(CLI::App& program, ConvertArguments& arguments, Flags& flag
   return command;
 }
 
+struct RenderArguments {
+  RenderOptions options;
+  std::string pid;
+  std::string page;
+  std::string at;
+  std::string size;
+};
+
+CLI::App* addRender(CLI::App& program, RenderArguments& arguments, Flags& flags) {
+  auto& options = arguments.options;
+  auto* command = program.add_subcommand("render", "Draw the subtitles of a recording");
+  addCommon(*command, options.input.path, arguments.pid, flags);
+  command
+      ->add_option("-o,--output,OUTPUT", options.output,
+                   "The PNG file or the raw frames; '-' for standard output")
+      ->type_name("FILE");
+  auto* at = command
+                 ->add_option("--at", arguments.at,
+                              "Draw what is shown at this time, from the recording's start: "
+                              "seconds or [H:]M:S, with a fraction")
+                 ->type_name("TIME");
+  auto* frames = command
+                     ->add_option("--frames", options.framesPerSecond,
+                                  "Draw raw frames of the whole recording, so many a second")
+                     ->check(CLI::Range(0.1, 240.0))
+                     ->type_name("RATE")
+                     ->excludes(at);
+  auto* size =
+      command->add_option("--size", arguments.size, "Pixels of a frame (default 1920x1080)")
+          ->type_name("WxH");
+  command
+      ->add_option("--over", options.over,
+                   "Draw over this picture, a PNG file, in its size instead of --size")
+      ->type_name("PICTURE")
+      ->excludes(frames)
+      ->excludes(size);
+  command
+      ->add_option("--page", arguments.page,
+                   "Caption service (1 to 4 or CC1 to CC4) or teletext page (100 to 8ff)")
+      ->type_name("PAGE");
+  command->add_option("--language", options.query.language, "Teletext: the page of this language")
+      ->type_name("CODE");
+  command->add_flag("--hearing-impaired", options.query.hearingImpaired,
+                    "With --language: the page for hearing-impaired viewers");
+  command
+      ->add_option("--page-option", options.query.pageOption,
+                   "Default character-set group of teletext (0 to 10; default: by language)")
+      ->type_name("N");
+  command->footer(std::string(kInputs) + "\n\n" + kRenderExamples + "\n\n" + kExitCodes);
+  return command;
+}
+
+// "62.5", "1:02.5", "0:01:02.5"
+MediaTime parseTime(const std::string& text) {
+  double seconds = 0;
+  std::size_t begin = 0;
+  for (int part = 0; part < 3; ++part) {
+    const std::size_t end = std::min(text.find(':', begin), text.size());
+    double value = 0;
+    const auto [stop, error] = std::from_chars(text.data() + begin, text.data() + end, value);
+    if (error != std::errc() || stop != text.data() + end || !(value >= 0) || value > 1e6) break;
+    seconds = seconds * 60 + value;
+    if (end == text.size())
+      return static_cast<MediaTime>(seconds * static_cast<double>(encoding::subtitling::kSecond));
+    begin = end + 1;
+  }
+  throw usageError("--at", "'" + text + "' is no time such as 62.5 or 1:02.5");
+}
+
+FrameSize parseSize(const std::string& text) {
+  constexpr std::uint64_t kMaximumPixels = 64'000'000;
+  const auto cross = text.find('x');
+  if (cross != std::string::npos) {
+    const auto width = parseNumber(std::string_view(text).substr(0, cross), 10);
+    const auto height = parseNumber(std::string_view(text).substr(cross + 1), 10);
+    if (width && height && *width > 0 && *height > 0 &&
+        std::uint64_t{*width} * *height <= kMaximumPixels)
+      return {*width, *height};
+  }
+  throw usageError("--size", "'" + text + "' is no frame size such as 1920x1080");
+}
+
+RenderOptions settle(RenderArguments arguments) {
+  auto& options = arguments.options;
+  if (!arguments.pid.empty()) options.input.pid = parsePid(arguments.pid);
+  if (!arguments.page.empty()) options.query.page = parsePage(arguments.page);
+  if (!arguments.size.empty()) options.size = parseSize(arguments.size);
+  if (!arguments.at.empty()) {
+    options.at = parseTime(arguments.at);
+  } else if (!options.framesPerSecond) {
+    throw usageError("--at", "name the moment with --at TIME, or a rate with --frames RATE");
+  }
+  return options;
+}
+
 CLI::App* addProbe(CLI::App& program, ProbeOptions& options, std::string& pid, Flags& flags) {
   auto* command = program.add_subcommand("probe", "List the subtitle services of a recording");
   addCommon(*command, options.input.path, pid, flags);
@@ -330,11 +435,13 @@ std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>
   ConvertArguments convert;
   ProbeOptions probe;
   ExtractOptions extract;
+  RenderArguments render;
   std::string probePid;
   std::string extractPid;
   const auto* convertCommand = addConvert(program, convert, flags);
   const auto* probeCommand = addProbe(program, probe, probePid, flags);
   const auto* extractCommand = addExtract(program, extract, extractPid, flags);
+  const auto* renderCommand = addRender(program, render, flags);
 
   try {
     // CLI11 takes the arguments last first, without the program's name.
@@ -342,6 +449,10 @@ std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>
     if (convertCommand->parsed()) {
       convert.options.input.verbosity = flags.verbosity();
       return Command{settle(std::move(convert))};
+    }
+    if (renderCommand->parsed()) {
+      render.options.input.verbosity = flags.verbosity();
+      return Command{settle(std::move(render))};
     }
     if (probeCommand->parsed()) {
       probe.input.pid = optionalPid(probePid);

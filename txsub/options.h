@@ -10,6 +10,7 @@
 #include "core/modes.h"
 #include "txsub/console.h"
 #include "txsub/output/playable_file.h"
+#include "txsub/services/service.h"
 #include "util/exception.h"
 
 namespace korr::txsub {
@@ -61,7 +62,24 @@ struct ExtractOptions {
   std::string output;  ///< UTF-8
 };
 
-using Command = std::variant<ConvertOptions, ProbeOptions, ExtractOptions>;
+/// Pixels.
+struct FrameSize {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+};
+
+/// One still, or raw frames when there is a rate.
+struct RenderOptions {
+  InputOptions input;
+  std::string output = "-";  ///< UTF-8
+  ServiceQuery query;
+  MediaTime at = 0;  ///< 100 ns from the recording's start
+  std::optional<double> framesPerSecond;
+  std::optional<FrameSize> size;
+  std::string over;  ///< UTF-8; a PNG file under the subtitle, empty for none
+};
+
+using Command = std::variant<ConvertOptions, ProbeOptions, ExtractOptions, RenderOptions>;
 
 /// The options do not fit together or do not fit the input: ends the program with kUsage.
 class UsageError final : public util::TessaryException {

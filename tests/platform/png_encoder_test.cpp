@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "tests/platform/decode_png.h"
+#include "platform/png_decoder.h"
 
 namespace korr::encoding::subtitling::ttml {
 namespace {
@@ -49,7 +49,7 @@ TEST_F(PngEncoder, KeepsColourAndAlphaAtEveryDepth) {
     const auto rgba = picture(kOddWidth * 40, colours);
     const auto png = encoder_->encode(imageOf(rgba, kOddWidth));
     ASSERT_TRUE(png);
-    const auto decoded = test::decodePng(*png);
+    const auto decoded = platform::decodePng(*png);
     ASSERT_TRUE(decoded);
     EXPECT_EQ(decoded->width, kOddWidth);
     EXPECT_EQ(decoded->height, 40u);
@@ -72,7 +72,7 @@ TEST_F(PngEncoder, ReadsOnlyTheRowsThatWerePainted) {
                         .paintedRows = pixels.paintedRows()};
   const auto png = encoder_->encode(image);
   ASSERT_TRUE(png);
-  const auto decoded = test::decodePng(*png);
+  const auto decoded = platform::decodePng(*png);
   ASSERT_TRUE(decoded);
   EXPECT_TRUE(std::ranges::equal(decoded->rgba, pixels.bytes()));
 }
@@ -86,7 +86,7 @@ TEST_F(PngEncoder, TakesARectangleOutOfALargerPicture) {
   image.paintedRows = {0, 2};
   const auto png = encoder_->encode(image);
   ASSERT_TRUE(png);
-  const auto decoded = test::decodePng(*png);
+  const auto decoded = platform::decodePng(*png);
   ASSERT_TRUE(decoded);
   std::vector<std::uint8_t> expected(image.row(0), image.row(0) + 8);
   expected.insert(expected.end(), image.row(1), image.row(1) + 8);

@@ -186,7 +186,7 @@ TEST_F(ProgramTest, DocumentsEveryOptionInTheManual) {
   std::string manual(std::istreambuf_iterator<char>(file), {});
   std::erase(manual, '\\');  // "\-\-page" reads as "--page"
   ASSERT_FALSE(manual.empty());
-  for (const char* command : {"convert", "probe", "extract"}) {
+  for (const char* command : {"convert", "probe", "extract", "render"}) {
     const auto help = run({command, "--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_THAT(help.output, HasSubstr("Examples:"));

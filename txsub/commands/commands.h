@@ -12,5 +12,6 @@ namespace korr::txsub {
 ExitCode run(const ConvertOptions& options, Console& console);
 ExitCode run(const ProbeOptions& options, Console& console);
 ExitCode run(const ExtractOptions& options, Console& console);
+ExitCode run(const RenderOptions& options, Console& console);
 
 }  // namespace korr::txsub

@@ -1,13 +1,17 @@
 #include <png.h>
 
-#include "tests/platform/decode_png.h"
+#include "platform/png_decoder.h"
 
-namespace korr::test {
+namespace korr::platform::inline v2_1 {
 
-std::optional<DecodedPng> decodePng(const encoding::subtitling::ByteBuffer& png) {
+std::optional<DecodedPng> decodePng(std::span<const std::uint8_t> png) {
   png_image image = {};
   image.version = PNG_IMAGE_VERSION;
   if (!png_image_begin_read_from_memory(&image, png.data(), png.size())) return std::nullopt;
+  if (std::uint64_t{image.width} * image.height > kMaximumPngPixels) {
+    png_image_free(&image);
+    return std::nullopt;
+  }
   image.format = PNG_FORMAT_RGBA;
   DecodedPng decoded{.width = image.width, .height = image.height, .rgba = {}};
   decoded.rgba.resize(PNG_IMAGE_SIZE(image));
@@ -15,4 +19,4 @@ std::optional<DecodedPng> decodePng(const encoding::subtitling::ByteBuffer& png)
   return decoded;
 }
 
-}  // namespace korr::test
+}  // namespace korr::platform::inline v2_1

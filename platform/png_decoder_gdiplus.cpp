@@ -3,15 +3,17 @@
 
 #include <gdiplus/gdiplus.h>
 
-#include "tests/platform/decode_png.h"
+#include "platform/png_decoder.h"
 
-namespace korr::test {
+namespace korr::platform::inline v2_1 {
 
 namespace {
 
 std::optional<DecodedPng> decode(IStream* stream) {
   Gdiplus::Bitmap bitmap(stream);
   if (bitmap.GetLastStatus() != Gdiplus::Ok) return std::nullopt;
+  if (std::uint64_t{bitmap.GetWidth()} * bitmap.GetHeight() > kMaximumPngPixels)
+    return std::nullopt;
   DecodedPng decoded{.width = bitmap.GetWidth(), .height = bitmap.GetHeight(), .rgba = {}};
   for (UINT y = 0; y < decoded.height; ++y) {
     for (UINT x = 0; x < decoded.width; ++x) {
@@ -26,7 +28,7 @@ std::optional<DecodedPng> decode(IStream* stream) {
 
 }  // namespace
 
-std::optional<DecodedPng> decodePng(const encoding::subtitling::ByteBuffer& png) {
+std::optional<DecodedPng> decodePng(std::span<const std::uint8_t> png) {
   ULONG_PTR token = 0;
   const Gdiplus::GdiplusStartupInput input;
   if (Gdiplus::GdiplusStartup(&token, &input, nullptr) != Gdiplus::Ok) return std::nullopt;
@@ -42,4 +44,4 @@ std::optional<DecodedPng> decodePng(const encoding::subtitling::ByteBuffer& png)
   return decoded;
 }
 
-}  // namespace korr::test
+}  // namespace korr::platform::inline v2_1

@@ -1,0 +1,86 @@
+#include "txsub/commands/commands.h"
+#include "txsub/input/open_input.h"
+#include "txsub/output/cue_track.h"
+#include "txsub/render/frame_files.h"
+#include "txsub/services/service_pass.h"
+#include "txsub/services/service_session.h"
+
+namespace korr::txsub {
+
+namespace {
+
+constexpr FrameSize kHighDefinition{1920, 1080};
+
+/// One run of the command.
+class Rendering {
+ public:
+  Rendering(const RenderOptions& options, Console& console)
+      : options_(options),
+        console_(console),
+        input_(openInput(options.input.path, {.pid = options.input.pid, .logger = &console})) {}
+
+  ExitCode run();
+
+ private:
+  std::unique_ptr<ServiceSession> makeSession(const Service& service, const StreamInfo& stream);
+  std::unique_ptr<IPlayableFile> openFile(SubtitleInputType type) const;
+
+  MediaTime start() const { return input_.reader->startTime().value_or(0); }
+  MediaTime duration() const {
+    const MediaTime end = input_.reader->endTime().value_or(0);
+    return end > start() ? end - start() : 0;
+  }
+
+  const RenderOptions& options_;
+  Console& console_;
+  OpenedInput input_;
+};
+
+ExitCode Rendering::run() {
+  ServicePass pass(
+      *input_.reader, ServicePass::Wanted::Best,
+      [this](const StreamInfo& stream) {
+        return createServiceFinder(stream, options_.query, &console_);
+      },
+      [this](const Service& service, const StreamInfo& stream) {
+        return makeSession(service, stream);
+      },
+      console_);
+  pass.run();
+  if (!pass.sessions().empty()) return kDone;
+  console_.error("no subtitles to draw are shown in '" + options_.input.path +
+                 "'; 'txsub probe' lists what there is");
+  return kFailed;
+}
+
+std::unique_ptr<ServiceSession> Rendering::makeSession(const Service& service,
+                                                       const StreamInfo& stream) {
+  ChainConfiguration configuration;
+  configuration.page = service.page;
+  configuration.pageOption = service.pageOption;
+  return std::make_unique<CueSession>(
+      service, configuration, stream.descriptors,
+      std::make_unique<CueTrack>([this] { return start(); },
+                                 [this, type = service.type] { return openFile(type); }),
+      console_);
+}
+
+std::unique_ptr<IPlayableFile> Rendering::openFile(SubtitleInputType type) const {
+  const FrameSize size = options_.size.value_or(kHighDefinition);
+  if (options_.framesPerSecond) {
+    return std::make_unique<RawFramesFile>(options_.output, type, size.width, size.height,
+                                           *options_.framesPerSecond,
+                                           [this] { return duration(); });
+  }
+  Frame background =
+      options_.over.empty() ? Frame(size.width, size.height) : readPicture(options_.over);
+  return std::make_unique<StillFile>(options_.output, type, options_.at, std::move(background));
+}
+
+}  // namespace
+
+ExitCode run(const RenderOptions& options, Console& console) {
+  return Rendering(options, console).run();
+}
+
+}  // namespace korr::txsub
