@@ -5,17 +5,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
 namespace korr::txsub {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr unsigned kLongestSeconds = 30;
 
@@ -58,34 +54,6 @@ ProgramResult runProgram(const ProgramCall& call) {
   return {.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1,
           .output = call.outputPath.empty() ? contentOf(output) : "",
           .errors = contentOf(scratch.file("errors"))};
-}
-
-TemporaryDirectory::TemporaryDirectory() {
-  std::string pattern = (fs::temp_directory_path() / "txsub-test-XXXXXX").string();
-  path_ = ::mkdtemp(pattern.data());
-}
-
-TemporaryDirectory::~TemporaryDirectory() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
-}
-
-std::string TemporaryDirectory::write(const std::string& name, const std::string& content) const {
-  std::ofstream(file(name), std::ios::binary) << content;
-  return file(name);
-}
-
-std::string TemporaryDirectory::read(const std::string& name) const {
-  return contentOf(file(name));
-}
-
-std::vector<std::string> TemporaryDirectory::names() const {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(path_)) {
-    names.push_back(entry.path().filename().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
 }
 
 }  // namespace korr::txsub

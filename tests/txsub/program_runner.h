@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/temporary_directory.h"
+
 namespace korr::txsub {
 
 struct ProgramResult {
@@ -22,23 +24,6 @@ struct ProgramCall {
 /// Waits for the end of the program; fails the test when it takes longer than half a minute.
 ProgramResult runProgram(const ProgramCall& call);
 
-/// A directory of its own for one test, removed with the object.
-class TemporaryDirectory {
- public:
-  TemporaryDirectory();
-  ~TemporaryDirectory();
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  std::string file(const std::string& name) const { return path_ + '/' + name; }
-  std::string write(const std::string& name, const std::string& content) const;
-  std::string read(const std::string& name) const;
-
-  /// The names of all files, in order.
-  std::vector<std::string> names() const;
-
- private:
-  std::string path_;
-};
+using test_support::TemporaryDirectory;
 
 }  // namespace korr::txsub

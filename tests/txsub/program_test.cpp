@@ -112,6 +112,25 @@ TEST_F(ProgramTest, WritesEveryServiceIntoADirectory) {
   EXPECT_EQ(directory_.read("out/0x0001-cc1.vtt"), kCaptionsAsWebVtt);
 }
 
+TEST_F(ProgramTest, WritesTtmlForPlayersOrAsTheFilterDoes) {
+  const auto file = run({"convert", captions(), "--mode", "ttml", "--ebu-tt"});
+  EXPECT_EQ(file.exitCode, 0) << file.errors;
+  EXPECT_THAT(file.output, HasSubstr("begin=\"00:00:01.235\" end=\"00:00:04.004\"><span style="
+                                     "\"Style2\">Hi</span></p>"));
+  EXPECT_THAT(file.output, HasSubstr("urn:ebu:tt:distribution"));
+  const auto samples = run({"convert", recordedSamples(), "--page", "1", "--as", "samples"});
+  EXPECT_EQ(samples.exitCode, 0) << samples.errors;
+  // "<?xml version" in base64
+  EXPECT_THAT(samples.output, HasSubstr("\"data\":\"PD94bWwgdmVyc2lvb"));
+}
+
+TEST_F(ProgramTest, MakesNoPicturesOfText) {
+  const auto result = run({"convert", captions(), "-o", directory_.file("pictures/")});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, HasSubstr("is text and cannot become pictures"));
+  EXPECT_THAT(directory_.names(), ElementsAre("captions.scc"));
+}
+
 TEST_F(ProgramTest, LeavesNoHalfFileWhenWritingFails) {
   const auto full = run({"convert", captions()}, {}, "/dev/full");
   EXPECT_EQ(full.exitCode, 1);
@@ -175,6 +194,9 @@ TEST_F(ProgramTest, RefusesWhatDoesNotFitTogether) {
   EXPECT_THAT(errorOf({"convert", input, "-o", "out.vtt", "--mode", "srt"}),
               HasSubstr("stands for another format"));
   EXPECT_THAT(errorOf({"convert", input, "--all"}), HasSubstr("-o DIR"));
+  EXPECT_THAT(errorOf({"convert", input, "--as", "pictures"}), HasSubstr("-o DIR"));
+  EXPECT_THAT(errorOf({"convert", input, "--mode", "ttml", "--images", "files"}),
+              HasSubstr("-o FILE"));
   EXPECT_THAT(errorOf({"convert", input, "--quiet", "--verbose"}), HasSubstr("--verbose"));
   EXPECT_THAT(errorOf({"convert", input, "--mode", "srt", "-o", input}),
               HasSubstr("would overwrite the input"));

@@ -89,22 +89,21 @@ TEST(TtmlImageFile, EmbedsEachPictureOnce) {
 }
 
 TEST(TtmlImageFile, PutsPicturesIntoFilesBesideTheDocument) {
-  const ScratchDirectory directory;
-  const auto path = directory / "Ünter & über.ttml";
+  const TemporaryDirectory directory;
   const auto file = createPlayableFile({.format = PlayableFormat::Ttml,
                                         .type = kDvb,
-                                        .path = utf8FromPath(path),
+                                        .path = directory.file("Ünter & über.ttml"),
                                         .pictures = PictureStorage::Files});
   for (const Cue& cue : recording()) file->write(cue);
   file->finish();
-  const std::string document = readFile(path);
+  const std::string document = directory.read("Ünter & über.ttml");
   EXPECT_NE(document.find("ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\""),
             std::string::npos);
   EXPECT_EQ(document.find("smpte:image"), std::string::npos);
   EXPECT_NE(document.find("smpte:backgroundImage=\"%C3%9Cnter%20%26%20%C3%BCber-0002.png\""),
             std::string::npos)
       << document;
-  const std::string png = readFile(directory / "Ünter & über-0001.png");
+  const std::string png = directory.read("Ünter & über-0001.png");
   const encoding::subtitling::ByteBuffer bytes(png.begin(), png.end());
   EXPECT_EQ(encoding::subtitling::ttml::encodeBase64(bytes),
             pngBase64(display(3, 2, {0, 0, 3, 2, 80})));
@@ -132,26 +131,25 @@ TEST(TtmlImageFile, IsADocumentWithoutPicturesToo) {
 }
 
 TEST(PictureFolder, HoldsWholeDisplaysAndTheirTimes) {
-  const ScratchDirectory directory;
-  const auto path = directory / "pictures";
-  const auto file =
-      createPlayableFile({.format = PlayableFormat::Pictures, .type = kDvb, .path = path.string()});
+  const TemporaryDirectory directory;
+  const auto file = createPlayableFile(
+      {.format = PlayableFormat::Pictures, .type = kDvb, .path = directory.file("pictures")});
   const auto cues = recording();
   for (const Cue& cue : cues) file->write(cue);
   file->write(shown(6000, 7000, display(720, 576, {100, 500, 3, 2, 80})));
   file->finish();
-  EXPECT_EQ(readFile(path / "index.json"), R"({"pictures": [
+  EXPECT_EQ(directory.read("pictures/index.json"), R"({"pictures": [
   {"file":"0001.png","start":"00:00:01.000","stop":"00:00:02.000"},
   {"file":"0002.png","start":"00:00:03.000","stop":"00:00:04.500"},
   {"file":"0003.png","start":"00:00:04.500","stop":"00:00:05.000"},
   {"file":"0001.png","start":"00:00:06.000","stop":"00:00:07.000"}
 ]}
 )");
-  const std::string png = readFile(path / "0002.png");
+  const std::string png = directory.read("pictures/0002.png");
   const encoding::subtitling::ByteBuffer bytes(png.begin(), png.end());
   EXPECT_EQ(encoding::subtitling::ttml::encodeBase64(bytes),
             pngBase64(*cues[2].subtitle->bitmap()));
-  EXPECT_FALSE(std::filesystem::exists(path / "0004.png"));
+  EXPECT_EQ(directory.read("pictures/0004.png"), "");
 }
 
 }  // namespace
