@@ -322,7 +322,7 @@ ReadProgress AvReader::Recording::progress() const {
 
 std::optional<MediaTime> AvReader::Recording::startTime() const {
   if (format_->start_time == AV_NOPTS_VALUE) return firstTime_;
-  const auto start = av_rescale_q(format_->start_time, AV_TIME_BASE_Q, kMediaTimeBase);
+  const auto start = av_rescale_q(format_->start_time, {1, AV_TIME_BASE}, kMediaTimeBase);
   return static_cast<MediaTime>(std::max<std::int64_t>(start, 0));
 }
 

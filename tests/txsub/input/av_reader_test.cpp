@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -234,6 +236,19 @@ TEST_F(AvReaderTest, RefusesWhatIsNoRecording) {
   EXPECT_THROW(AvReader(testing::TempDir(), {}), util::TessaryException);
   EXPECT_THROW(AvReader(std::make_unique<MemorySource>(std::string_view{}), {}),
                util::TessaryException);
+}
+
+TEST_F(AvReaderTest, ReadsARealCapture) {
+  const char* const captures = std::getenv("TESSARY_CAPTURES");
+  if (!captures) GTEST_SKIP() << "TESSARY_CAPTURES names no folder of real captures";
+  AvReader reader(std::string(captures) + "/sintel-captions.ts", {.pid = {}, .logger = &logger_});
+  readAll(reader);
+  std::string text;
+  for (const auto& caption : captions()) text += caption.substr(caption.find(':') + 1, 2);
+  EXPECT_THAT(text, HasSubstr("Japanese"));
+  EXPECT_EQ(listener_.samples.size(), 240U);  // one a picture
+  EXPECT_TRUE(std::ranges::is_sorted(listener_.samples, {},
+                                     [](const auto& entry) { return entry.second.times->start; }));
 }
 
 /// Decodes `picture` and gives its luma, all of one value, or -1.
