@@ -227,19 +227,8 @@ HRESULT CSubtitleConverter::startChain() {
 
 std::uint32_t CSubtitleConverter::followedPage(const Configuration& configuration,
                                                const AM_MEDIA_TYPE& type) {
-  const auto followed =
-      teletext::followLanguage(teletext::readTeletextPages(formatOf(type)), configuration.language,
-                               configuration.hearingImpaired, configuration.page);
-  if (followed.list.empty()) {
-    log::write(&logger_, Level::Information, "No Teletext descriptor detected");
-  } else {
-    log::write(&logger_, Level::Information, "Teletext descriptor(s) detected : %s",
-               followed.list.c_str());
-  }
-  if (!followed.follow.empty()) {
-    log::write(&logger_, Level::Information, "%s", followed.follow.c_str());
-  }
-  return followed.page;
+  return teletext::choosePage(formatOf(type), configuration.language, configuration.hearingImpaired,
+                              configuration.page, &logger_);
 }
 
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

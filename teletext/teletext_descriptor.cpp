@@ -66,4 +66,20 @@ FollowedPage followLanguage(std::span<const TeletextPage> pages, std::string_vie
   return followed;
 }
 
+std::uint32_t choosePage(std::span<const std::uint8_t> descriptors, std::string_view language,
+                         bool hearingImpaired, std::uint32_t configuredPage, log::ILogger* logger) {
+  const auto followed =
+      followLanguage(readTeletextPages(descriptors), language, hearingImpaired, configuredPage);
+  if (followed.list.empty()) {
+    log::write(logger, log::Level::Information, "No Teletext descriptor detected");
+  } else {
+    log::write(logger, log::Level::Information, "Teletext descriptor(s) detected : %s",
+               followed.list.c_str());
+  }
+  if (!followed.follow.empty()) {
+    log::write(logger, log::Level::Information, "%s", followed.follow.c_str());
+  }
+  return followed.page;
+}
+
 }  // namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "log/logger.h"
+
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 
 /// One entry of a teletext descriptor (EN 300 468, 6.2.43).
@@ -33,5 +35,10 @@ struct FollowedPage {
 /// The page of `language`, or else the configured one.
 FollowedPage followLanguage(std::span<const TeletextPage> pages, std::string_view language,
                             bool hearingImpaired, std::uint32_t configuredPage);
+
+/// The page to show of a stream with these descriptors; tells `logger`, which may be null, what the
+/// descriptors name and why another page than the configured one is shown.
+std::uint32_t choosePage(std::span<const std::uint8_t> descriptors, std::string_view language,
+                         bool hearingImpaired, std::uint32_t configuredPage, log::ILogger* logger);
 
 }  // namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1

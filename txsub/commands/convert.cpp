@@ -20,7 +20,8 @@ ChainConfiguration configurationOf(const ConvertOptions& options) {
           .language = options.language,
           .hearingImpaired = options.hearingImpaired,
           .pageOption = options.pageOption.value_or(0),
-          .ttmlOption = options.ebuTt};
+          .ttmlOption = options.ebuTt,
+          .choosesPage = true};
 }
 
 bool isOneFile(const std::string& input, const std::string& output) {
@@ -135,10 +136,9 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
                                                         const StreamInfo& stream) {
   ChainConfiguration configuration = configurationOf(options_);
   if (!isReplay()) {
-    // The service is chosen; there is no language left to follow.
     configuration.page = service.page;
     configuration.pageOption = service.pageOption;
-    configuration.language.clear();
+    configuration.choosesPage = false;
   }
   if (options_.kind != OutputKind::Samples) {
     return makeCueSession(service, stream, configuration);

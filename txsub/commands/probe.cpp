@@ -71,6 +71,7 @@ Findings probe(const ProbeOptions& options, Console& console) {
         ChainConfiguration configuration;
         configuration.page = service.page;
         configuration.pageOption = service.pageOption;
+        configuration.choosesPage = false;
         auto session =
             std::make_unique<CueSession>(service, configuration, std::vector<std::uint8_t>{},
                                          std::make_unique<TallyOutput>(*tally), console);

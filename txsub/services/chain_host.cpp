@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "teletext/teletext_descriptor.h"
 #include "txsub/output/output_file.h"
 
 namespace korr::txsub {
@@ -43,7 +44,7 @@ void ChainHost::checkFormat(const InputSample& sample) {
 
 void ChainHost::start() {
   const ConversionChain::Settings settings{.inputType = type_,
-                                           .page = configuration_.page,
+                                           .page = page(),
                                            .durationMs = configuration_.durationMs,
                                            .mode = configuration_.mode,
                                            .pageOption = configuration_.pageOption,
@@ -54,6 +55,15 @@ void ChainHost::start() {
   } else {
     chain_ = std::make_unique<ConversionChain>(wiring_.sink, settings, &wiring_.console);
   }
+}
+
+std::uint32_t ChainHost::page() const {
+  if (type_ != SubtitleInputType::Teletext || !configuration_.choosesPage) {
+    return configuration_.page;
+  }
+  return encoding::subtitling::teletext::lib_teletext::choosePage(
+      format_, configuration_.language, configuration_.hearingImpaired, configuration_.page,
+      &wiring_.console);
 }
 
 template <class Action>

@@ -23,6 +23,9 @@ struct ChainConfiguration {
   bool hearingImpaired = false;
   std::uint32_t pageOption = 0;
   bool ttmlOption = false;
+  /// Whether the teletext page of the language is looked up in the stream's descriptors, as the
+  /// filter does; not where the page has been chosen already.
+  bool choosesPage = true;
 };
 
 /// The samples of one stream as the framers take them.
@@ -53,6 +56,7 @@ class ChainHost {
  private:
   void checkFormat(const InputSample& sample);
   void start();
+  std::uint32_t page() const;
   template <class Action>
   void guarded(Action action);
 

@@ -3,6 +3,8 @@
 #include <cstdio>
 
 #include "txsub/services/caption_services.h"
+#include "txsub/services/dvb_services.h"
+#include "txsub/services/teletext_services.h"
 
 namespace korr::txsub {
 
@@ -19,14 +21,16 @@ std::string hexadecimal(const char* format, std::uint32_t value) {
 }  // namespace
 
 std::unique_ptr<IServiceFinder> createServiceFinder(const StreamInfo& stream,
-                                                    const ServiceQuery& query, log::ILogger*) {
+                                                    const ServiceQuery& query,
+                                                    log::ILogger* logger) {
   if (query.page && !canHavePage(stream.type, *query.page)) return nullptr;
   switch (stream.type) {
     case SubtitleInputType::ClosedCaption:
       return createCaptionServiceFinder(query);
     case SubtitleInputType::Teletext:
+      return createTeletextServiceFinder(query, logger);
     case SubtitleInputType::DvbSubtitle:
-      break;
+      return createDvbServiceFinder(query);
   }
   return nullptr;
 }

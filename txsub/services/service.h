@@ -28,10 +28,10 @@ struct Service {
 
 /// What to look for.
 struct ServiceQuery {
-  std::optional<std::uint32_t> page;  ///< 1 to 4, or a teletext page as in Service
-  std::string language;
+  std::optional<std::uint32_t> page = {};  ///< 1 to 4, or a teletext page as in Service
+  std::string language = {};
   bool hearingImpaired = false;
-  std::optional<std::uint32_t> pageOption;
+  std::optional<std::uint32_t> pageOption = {};
   /// Also teletext pages that no descriptor names, even when there are descriptors.
   bool scan = false;
 };

@@ -1,0 +1,131 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "teletext/hamming.h"
+#include "txsub/services/service.h"
+#include "txsub/services/teletext_services.h"
+
+namespace korr::txsub {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Teletext descriptor: Swedish on 888, Finnish on 889, Swedish for the hard of hearing on 899.
+const std::vector<std::uint8_t> kTeletextDescriptor = {0x56, 15,                    //
+                                                       's',  'w', 'e', 0x10, 0x88,  //
+                                                       'f',  'i', 'n', 0x10, 0x89,  //
+                                                       's',  'w', 'e', 0x28, 0x99};
+
+StreamInfo teletext(std::vector<std::uint8_t> descriptors) {
+  StreamInfo stream;
+  stream.type = SubtitleInputType::Teletext;
+  stream.descriptors = std::move(descriptors);
+  return stream;
+}
+
+// A PES data field with the header of one page.
+InputSample pageHeader(std::uint8_t magazine, std::uint8_t page, bool isSubtitle) {
+  using encoding::subtitling::teletext::lib_teletext::encodeHamming84;
+  InputSample sample;
+  sample.data = {0x10, 0x03, 0x2C, 0xE7, 0xE4};
+  const auto add = [&](unsigned nibble) {
+    sample.data.push_back(encodeHamming84(static_cast<std::uint8_t>(nibble)));
+  };
+  add(magazine & 7u);  // packet 0
+  add(0);
+  add(page & 0xFu);
+  add(page >> 4);
+  for (int i = 0; i < 3; ++i) add(0);
+  add(isSubtitle ? 8 : 0);  // S4 and, at the top, C6
+  sample.data.resize(1 + 46, encodeHamming84(0));
+  return sample;
+}
+
+// The names of what is found, in order.
+std::vector<std::string> namesOf(const std::vector<Service>& services) {
+  std::vector<std::string> names;
+  for (const auto& service : services) {
+    names.push_back(displayName(service) + ' ' + service.language +
+                    (service.hearingImpaired ? "-imp" : "") +
+                    (service.isDeclared ? "" : " on air"));
+  }
+  return names;
+}
+
+std::vector<std::string> described(const StreamInfo& stream, const ServiceQuery& query) {
+  const auto finder = createServiceFinder(stream, query, nullptr);
+  if (!finder) return {"unwanted"};
+  return namesOf(finder->describe(stream));
+}
+
+TEST(TeletextServices, AreThePagesThatTheDescriptorsName) {
+  const auto stream = teletext(kTeletextDescriptor);
+  EXPECT_THAT(described(stream, {}),
+              ElementsAre("page 888 swe", "page 889 fin", "page 899 swe-imp"));
+  EXPECT_THAT(described(stream, {.page = 0x889}), ElementsAre("page 889 fin"));
+  EXPECT_THAT(described(stream, {.page = 0x150}), ElementsAre("page 150  on air"));
+  EXPECT_THAT(described(stream, {.page = 1}), ElementsAre("unwanted"));
+}
+
+TEST(TeletextServices, FollowTheLanguageAndElseThePage) {
+  const auto stream = teletext(kTeletextDescriptor);
+  EXPECT_THAT(described(stream, {.language = "swe", .hearingImpaired = true}),
+              ElementsAre("page 899 swe-imp"));
+  EXPECT_THAT(described(stream, {.page = 0x150, .language = "fin"}), ElementsAre("page 889 fin"));
+  EXPECT_THAT(described(stream, {.page = 0x150, .language = "dan"}),
+              ElementsAre("page 150  on air"));
+  EXPECT_THAT(described(stream, {.language = "dan"}), IsEmpty());
+}
+
+TEST(TeletextServices, AreFoundOnAirWhereNoneAreNamed) {
+  const auto stream = teletext({});
+  const auto finder = createServiceFinder(stream, {}, nullptr);
+  EXPECT_THAT(finder->describe(stream), IsEmpty());
+  ASSERT_TRUE(finder->isSearching());
+  EXPECT_THAT(finder->inspect(pageHeader(1, 0x00, false)), IsEmpty());
+  EXPECT_THAT(namesOf(finder->inspect(pageHeader(0, 0x88, true))), ElementsAre("page 888  on air"));
+  EXPECT_THAT(finder->inspect(pageHeader(0, 0x88, true)), IsEmpty()) << "known already";
+  EXPECT_THAT(finder->inspect(pageHeader(1, 0xFF, true)), IsEmpty())
+      << "no page that one can key in";
+
+  const auto named = createServiceFinder(teletext(kTeletextDescriptor), {}, nullptr);
+  named->describe(teletext(kTeletextDescriptor));
+  EXPECT_FALSE(named->isSearching());
+}
+
+TEST(TeletextServices, TakeTheirCharactersFromTheLanguage) {
+  const auto stream = teletext({0x56, 5, 'p', 'o', 'l', 0x10, 0x88});
+  const auto groupOf = [&](const ServiceQuery& query) {
+    return createServiceFinder(stream, query, nullptr)->describe(stream).front().pageOption;
+  };
+  EXPECT_EQ(groupOf({}), 1U);
+  EXPECT_EQ(groupOf({.pageOption = 4}), 4U);
+  EXPECT_EQ(characterGroupOf("heb"), 10U);
+  EXPECT_EQ(characterGroupOf("swe"), 0U);
+  EXPECT_EQ(characterGroupOf(""), 0U);
+}
+
+TEST(DvbServices, HaveTheLanguageThatIsAskedForOrElseTheFirst) {
+  StreamInfo stream;
+  stream.type = SubtitleInputType::DvbSubtitle;
+  stream.descriptors = {0x59, 16,                                 //
+                        'f',  'r', 'a', 0x10, 0, 1, 0, 1,         //
+                        'd',  'e', 'u', 0x20, 0, 2, 0, 2, 0x59};  // and a descriptor cut short
+  EXPECT_THAT(described(stream, {}), ElementsAre("DVB subtitles fra"));
+  EXPECT_THAT(described(stream, {.language = "deu", .hearingImpaired = true}),
+              ElementsAre("DVB subtitles deu-imp"));
+  EXPECT_THAT(described(stream, {.language = "ita"}), IsEmpty());
+  EXPECT_THAT(described(stream, {.page = 0x888}), ElementsAre("unwanted"));
+}
+
+TEST(CaptionServices, AreFourUnlessOneIsAskedFor) {
+  StreamInfo stream;
+  stream.type = SubtitleInputType::ClosedCaption;
+  EXPECT_EQ(described(stream, {}).size(), 4U);
+  EXPECT_THAT(described(stream, {.page = 3}), ElementsAre("CC3 "));
+  EXPECT_THAT(described(stream, {.page = 0x888}), ElementsAre("unwanted"));
+}
+
+}  // namespace
+}  // namespace korr::txsub

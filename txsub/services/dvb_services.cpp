@@ -1,0 +1,79 @@
+#include "txsub/services/dvb_services.h"
+
+#include <algorithm>
+#include <span>
+
+namespace korr::txsub {
+
+namespace {
+
+constexpr std::uint8_t kSubtitlingDescriptor = 0x59;
+constexpr std::size_t kEntrySize = 8;
+
+struct SubtitlingEntry {
+  std::string language;
+  std::uint8_t type = 0;  // subtitling_type: component_type for stream_content 3
+
+  // EN 300 468, table 26: 0x20 to 0x25 are for the hard of hearing.
+  bool isHearingImpaired() const { return type >= 0x20 && type <= 0x25; }
+};
+
+// EN 300 468, 6.2.41: subtitling_descriptor(); damage ends the list.
+std::vector<SubtitlingEntry> readSubtitling(std::span<const std::uint8_t> descriptors) {
+  std::vector<SubtitlingEntry> entries;
+  while (descriptors.size() >= 2) {
+    const std::uint8_t tag = descriptors[0];
+    const std::size_t length = descriptors[1];
+    if (descriptors.size() < 2 + length) break;
+    auto body = descriptors.subspan(2, tag == kSubtitlingDescriptor ? length : 0);
+    for (; body.size() >= kEntrySize; body = body.subspan(kEntrySize)) {
+      entries.push_back({.language = {body.begin(), body.begin() + 3}, .type = body[3]});
+    }
+    descriptors = descriptors.subspan(2 + length);
+  }
+  return entries;
+}
+
+class DvbServiceFinder final : public IServiceFinder {
+ public:
+  explicit DvbServiceFinder(const ServiceQuery& query) : query_(query) {}
+
+  std::vector<Service> describe(const StreamInfo& stream) override {
+    const auto entries = readSubtitling(stream.descriptors);
+    const auto asked = std::find_if(entries.begin(), entries.end(), [this](const auto& entry) {
+      return entry.language == query_.language &&
+             entry.isHearingImpaired() == query_.hearingImpaired;
+    });
+    Service service;
+    service.streamId = stream.id;
+    service.pid = stream.pid;
+    service.program = stream.program;
+    service.type = stream.type;
+    service.language = stream.language;
+    service.isDeclared = true;
+    if (asked != entries.end()) {
+      service.language = asked->language;
+      service.hearingImpaired = asked->isHearingImpaired();
+    } else if (!query_.language.empty()) {
+      return {};
+    } else if (!entries.empty()) {
+      service.language = entries.front().language;
+      service.hearingImpaired = entries.front().isHearingImpaired();
+    }
+    return {service};
+  }
+
+  std::vector<Service> inspect(const InputSample&) override { return {}; }
+  bool isSearching() const override { return false; }
+
+ private:
+  ServiceQuery query_;
+};
+
+}  // namespace
+
+std::unique_ptr<IServiceFinder> createDvbServiceFinder(const ServiceQuery& query) {
+  return std::make_unique<DvbServiceFinder>(query);
+}
+
+}  // namespace korr::txsub
