@@ -27,6 +27,7 @@ endfunction()
 
 tessary_headers(tessary_cli11 CLI)
 tessary_headers(tessary_json nlohmann)
+tessary_headers(tessary_bitstream bitstream)
 tessary_headers(tessary_spdlog spdlog fmt)
 target_compile_definitions(tessary_spdlog INTERFACE SPDLOG_FMT_EXTERNAL FMT_HEADER_ONLY)
 

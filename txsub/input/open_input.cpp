@@ -10,6 +10,7 @@
 #include "txsub/input/byte_source.h"
 #include "txsub/input/samples_reader.h"
 #include "txsub/input/scc_reader.h"
+#include "txsub/input/ts_reader.h"
 #include "util/exception.h"
 
 namespace korr::txsub {
@@ -65,6 +66,10 @@ OpenedInput openSource(const std::string& path, std::unique_ptr<FileSource> sour
   if (looksLikeScc(start)) {
     return {.format = InputFormat::Scc,
             .reader = std::make_unique<SccReader>(std::move(source), options)};
+  }
+  if (looksLikeTransportStream(source->peek(kTsProbeSize))) {
+    return {.format = InputFormat::TransportStream,
+            .reader = std::make_unique<TsReader>(std::move(source), options)};
   }
   return {.format = InputFormat::Other, .reader = openOther(path, std::move(source), options)};
 }

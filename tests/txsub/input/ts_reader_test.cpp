@@ -1,0 +1,377 @@
+#include "txsub/input/ts_reader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/byte_file.h"
+#include "tests/support/reader_support.h"
+#include "tests/support/ts_builder.h"
+#include "tests/support/video_builder.h"
+#include "txsub/input/byte_source.h"
+
+namespace korr::txsub {
+namespace {
+
+using encoding::subtitling::fromTicks90k;
+using encoding::subtitling::kSecond;
+using test_support::Bytes;
+using test_support::join;
+using test_support::MemorySource;
+using test_support::Pes;
+using test_support::pesPacket;
+using test_support::RecordingListener;
+using test_support::RecordingLogger;
+using test_support::TsBuilder;
+using test_support::TsProgram;
+using test_support::TsStream;
+using testing::Each;
+using testing::ElementsAre;
+using testing::Field;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr std::uint16_t kTeletextPid = 0x34;
+constexpr std::uint16_t kDvbPid = 0x35;
+constexpr std::uint16_t kVideoPid = 0x100;
+constexpr std::uint64_t kWrap = std::uint64_t{1} << 33;
+constexpr std::uint64_t kTicks = 90'000;  // a second
+
+const Bytes kTeletextDescriptor{0x56, 5, 's', 'w', 'e', 0x10, 0x88};
+const Bytes kSubtitlingDescriptor{0x59, 8, 'f', 'r', 'a', 0x10, 0, 1, 0, 1};
+
+TsProgram programme() {
+  return {.pcrPid = kVideoPid,
+          .streams = {{.pid = kVideoPid, .type = TsStream::kH264},
+                      {.pid = kTeletextPid, .descriptors = kTeletextDescriptor},
+                      {.pid = kDvbPid, .descriptors = kSubtitlingDescriptor}}};
+}
+
+/// A teletext data field of `units` units, each byte of them `mark`.
+Bytes teletextField(std::size_t units, std::uint8_t mark) {
+  Bytes field{0x10};
+  for (std::size_t i = 0; i < units; ++i) {
+    field.insert(field.end(), {0x03, 0x2C});
+    field.resize(field.size() + 44, mark);
+  }
+  return field;
+}
+
+/// Its PES packet, which fills whole transport packets (EN 300 472, 4.1).
+Bytes teletextPes(std::optional<std::uint64_t> pts, std::uint8_t mark = 'a',
+                  std::size_t packets = 2) {
+  return pesPacket({.streamId = Pes::kPrivateStream1, .pts = pts, .headerDataLength = 0x24},
+                   teletextField(packets * 4 - 1, mark));
+}
+
+Bytes dvbField(std::size_t segmentBytes) {
+  Bytes field{0x20, 0x00, 0x0F, 0x13, 0x00, 0x01};
+  field.push_back(static_cast<std::uint8_t>(segmentBytes >> 8));
+  field.push_back(static_cast<std::uint8_t>(segmentBytes & 0xFF));
+  field.resize(field.size() + segmentBytes, 'd');
+  field.push_back(0xFF);
+  return field;
+}
+
+Bytes dvbPes(std::uint64_t pts, const Bytes& field) {
+  return pesPacket({.streamId = Pes::kPrivateStream1, .pts = pts}, field);
+}
+
+Bytes videoPes(std::uint64_t pts, std::string_view text) {
+  return pesPacket({.pts = pts, .unbounded = true},
+                   test_support::encode(
+                       {.codec = VideoCodec::H264, .triplets = test_support::textTriplets(text)}));
+}
+
+/// What a reader makes of a recording.
+struct Reading {
+  explicit Reading(const Bytes& recording, ReaderOptions options = {},
+                   std::size_t most = SIZE_MAX) {
+    options.logger = &logger;
+    TsReader reader(std::make_unique<MemorySource>(recording, most), options);
+    while (reader.read(listener)) {
+    }
+    start = reader.startTime();
+    end = reader.endTime();
+  }
+
+  /// The samples of one PID.
+  std::vector<InputSample> of(std::uint32_t pid) const {
+    std::vector<InputSample> samples;
+    for (const auto& [id, sample] : listener.samples) {
+      if ((id & 0xFFFF) == pid) samples.push_back(sample);
+    }
+    return samples;
+  }
+  std::vector<MediaTime> timesOf(std::uint32_t pid) const {
+    std::vector<MediaTime> times;
+    for (const auto& sample : of(pid)) times.push_back(sample.times.value().start);
+    return times;
+  }
+
+  RecordingLogger logger;
+  RecordingListener listener;
+  std::optional<MediaTime> start;
+  std::optional<MediaTime> end;
+};
+
+TEST(TsReader, TellsWhatTheTablesName) {
+  TsBuilder stream;
+  stream.tables(programme());
+  const Reading reading(stream.bytes());
+  ASSERT_THAT(reading.listener.streams, SizeIs(3));
+  const auto& [video, teletext, dvb] = std::tie(
+      reading.listener.streams[0], reading.listener.streams[1], reading.listener.streams[2]);
+  EXPECT_TRUE(video.isVideo);
+  EXPECT_EQ(video.type, SubtitleInputType::ClosedCaption);
+  EXPECT_EQ(teletext.type, SubtitleInputType::Teletext);
+  EXPECT_EQ(teletext.descriptors, kTeletextDescriptor);
+  EXPECT_EQ(teletext.program, 1U);
+  EXPECT_EQ(teletext.pid, kTeletextPid);
+  EXPECT_EQ(dvb.type, SubtitleInputType::DvbSubtitle);
+  EXPECT_EQ(dvb.descriptors, kSubtitlingDescriptor);
+}
+
+TEST(TsReader, HandsOverWholePayloadsWithTheirTimes) {
+  TsBuilder stream;
+  const Bytes field = dvbField(1000);
+  stream.tables(programme()).pcr(kVideoPid, 10 * kTicks);
+  stream.pes(kTeletextPid, teletextPes(10 * kTicks, 'x'));
+  stream.pes(kDvbPid, dvbPes(11 * kTicks, join({field, Bytes{0xFF, 0xFF, 0xFF}})));
+  stream.pes(kVideoPid, videoPes(12 * kTicks, "ab"));
+  const Reading reading(stream.bytes());
+  const InputSample teletext{.data = teletextField(7, 'x'),
+                             .times = InputSample::Times{10 * kSecond, 10 * kSecond},
+                             .sync = true,
+                             .format = {}};
+  EXPECT_TRUE(reading.of(kTeletextPid) == std::vector{teletext});
+  // The stuffing after the end marker is left out.
+  EXPECT_THAT(reading.of(kDvbPid), ElementsAre(Field(&InputSample::data, field)));
+  EXPECT_THAT(reading.timesOf(kVideoPid), ElementsAre(12 * kSecond));
+  EXPECT_EQ(reading.start, 12 * kSecond);  // of what players show
+  EXPECT_EQ(reading.end, 12 * kSecond);
+  EXPECT_THAT(reading.logger.lines, IsEmpty());
+}
+
+TEST(TsReader, ReadsEveryPacketSizeInPiecesOfAnySize) {
+  TsBuilder stream;
+  stream.tables(programme());
+  for (std::uint64_t i = 0; i < 20; ++i) {
+    stream.pcr(kVideoPid, i * kTicks);
+    stream.pes(kTeletextPid, teletextPes(i * kTicks, static_cast<std::uint8_t>('a' + i)));
+  }
+  const Reading plain(stream.bytes());
+  ASSERT_THAT(plain.listener.samples, SizeIs(20));
+
+  const auto padded = [&](std::size_t before, std::size_t after) {
+    Bytes bytes;
+    for (std::size_t at = 0; at < stream.size(); at += TsBuilder::kPacketBytes) {
+      bytes.resize(bytes.size() + before, 0x47);  // the worst that can be there
+      const auto packet = std::span(stream.bytes()).subspan(at, TsBuilder::kPacketBytes);
+      bytes.insert(bytes.end(), packet.begin(), packet.end());
+      bytes.resize(bytes.size() + after, 0x47);
+    }
+    return bytes;
+  };
+  for (const Bytes& recording : {stream.bytes(), padded(4, 0), padded(0, 16)}) {
+    for (const std::size_t piece : {std::size_t{1}, std::size_t{187}, std::size_t{1000}}) {
+      const Reading reading(recording, {}, piece);
+      EXPECT_TRUE(reading.listener.samples == plain.listener.samples);
+      EXPECT_THAT(reading.logger.lines, IsEmpty());
+      EXPECT_TRUE(looksLikeTransportStream(recording));
+    }
+  }
+}
+
+TEST(TsReader, SamplesBeforeTheFirstTablesAreNotLost) {
+  TsBuilder stream;
+  stream.pes(kTeletextPid, teletextPes(kTicks, 'a'));
+  stream.tables(programme()).pcr(kVideoPid, 0);
+  stream.pes(kTeletextPid, teletextPes(2 * kTicks, 'b'));
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.timesOf(kTeletextPid), ElementsAre(1 * kSecond, 2 * kSecond));
+  EXPECT_EQ(reading.listener.streams.at(1).descriptors, kTeletextDescriptor);
+}
+
+TEST(TsReader, FindsStreamsByTheirContentWithoutTables) {
+  TsBuilder stream;
+  for (std::uint64_t i = 1; i <= 2; ++i) {
+    stream.pes(kTeletextPid, teletextPes(i * kTicks));
+    stream.pes(kDvbPid, dvbPes(i * kTicks, dvbField(300)));
+    stream.pes(kVideoPid, videoPes(i * kTicks, "ab"));
+    stream.pes(0x200, pesPacket({.streamId = 0xC0, .pts = i * kTicks}, Bytes(500, 0x55)));
+  }
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.listener.streams, SizeIs(3));
+  for (const auto pid : {kTeletextPid, kDvbPid, kVideoPid}) {
+    EXPECT_THAT(reading.timesOf(pid), ElementsAre(1 * kSecond, 2 * kSecond)) << pid;
+  }
+  EXPECT_THAT(reading.logger.lines, IsEmpty());
+}
+
+TEST(TsReader, ReadsOnlyThePidThatIsAskedFor) {
+  TsBuilder stream;
+  TsProgram others = programme();
+  others.streams.pop_back();
+  stream.tables(others).pcr(kVideoPid, 0);
+  stream.pes(kTeletextPid, teletextPes(kTicks));
+  stream.pes(kDvbPid, dvbPes(kTicks, dvbField(300)));
+  const Reading listed(stream.bytes(), {.pid = kTeletextPid});
+  EXPECT_THAT(listed.listener.samples, SizeIs(1));
+  EXPECT_THAT(listed.of(kTeletextPid), SizeIs(1));
+  const Reading unlisted(stream.bytes(), {.pid = kDvbPid});
+  EXPECT_THAT(unlisted.listener.samples, SizeIs(1));
+  EXPECT_THAT(unlisted.of(kDvbPid), SizeIs(1));
+}
+
+TEST(TsReader, TimeGoesOnOverTheWrapOfTheClock) {
+  TsBuilder stream;
+  stream.tables(programme());
+  for (std::uint64_t i = 0; i < 4; ++i) {
+    const std::uint64_t now = kWrap - kTicks + i * kTicks;
+    stream.pcr(kVideoPid, now % kWrap);
+    stream.pes(kTeletextPid, teletextPes((now + kTicks / 2) % kWrap));
+  }
+  const Reading reading(stream.bytes());
+  const auto time = [](std::uint64_t i) { return fromTicks90k(kWrap - kTicks / 2 + i * kTicks); };
+  EXPECT_THAT(reading.timesOf(kTeletextPid), ElementsAre(time(0), time(1), time(2), time(3)));
+}
+
+TEST(TsReader, TimeGoesOnOverASplice) {
+  TsBuilder stream;
+  stream.tables(programme());
+  const auto second = [&](std::uint64_t base, bool discontinuity) {
+    for (std::uint64_t i = 0; i < 10; ++i) {
+      stream.pcr(kVideoPid, base + i * kTicks / 10, discontinuity && i == 0);
+    }
+    stream.pes(kTeletextPid, teletextPes(base + kTicks));
+  };
+  second(100 * kTicks, false);
+  second(5 * kTicks, true);        // backwards
+  second(80'000 * kTicks, false);  // forwards, and not announced
+  second(80'001 * kTicks, false);
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.timesOf(kTeletextPid),
+              ElementsAre(101 * kSecond, 102 * kSecond, 103 * kSecond, 104 * kSecond));
+}
+
+TEST(TsReader, AWrongTeletextTimeIsReplacedByThePcr) {
+  TsBuilder stream;
+  stream.tables(programme());
+  stream.pcr(kVideoPid, 100 * kTicks).pes(kTeletextPid, teletextPes(109 * kTicks));
+  stream.pcr(kVideoPid, 101 * kTicks).pes(kTeletextPid, teletextPes(112 * kTicks));
+  stream.pcr(kVideoPid, 102 * kTicks).pes(kTeletextPid, teletextPes({}));
+  stream.pcr(kVideoPid, 103 * kTicks).pes(kTeletextPid, teletextPes(40'000 * kTicks));
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.timesOf(kTeletextPid),
+              ElementsAre(109 * kSecond, 101 * kSecond, 102 * kSecond, 103 * kSecond));
+  EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("PCR")));
+}
+
+TEST(TsReader, TimesAreEstimatedWhereThereAreNone) {
+  TsBuilder stream;
+  for (int i = 0; i < 3; ++i) stream.pes(kTeletextPid, teletextPes({}));
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.timesOf(kTeletextPid), ElementsAre(0, kSecond / 25, 2 * kSecond / 25));
+  EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("estimated")));
+}
+
+TEST(TsReader, ALostPacketCostsTheRowsInIt) {
+  TsBuilder stream;
+  stream.tables(programme()).pcr(kVideoPid, 0);
+  Bytes packets = TsBuilder().pes(kTeletextPid, teletextPes(kTicks, 'a', 5)).take();
+  const auto third = packets.begin() + 2 * TsBuilder::kPacketBytes;
+  packets.erase(third, third + TsBuilder::kPacketBytes);
+  stream.raw(packets);
+  const Reading reading(stream.bytes());
+
+  Bytes expected = teletextField(19, 'a');
+  // The first packet holds the header and 3 units; 4 are in each of the others.
+  std::fill_n(expected.begin() + 1 + 46 * 7, 46 * 4, std::uint8_t{0xFF});
+  ASSERT_THAT(reading.of(kTeletextPid), SizeIs(1));
+  EXPECT_EQ(reading.of(kTeletextPid)[0].data, expected);
+  EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("PID 0x0034")));
+}
+
+TEST(TsReader, ATornPictureIsLeftOut) {
+  TsBuilder stream;
+  stream.tables(programme()).pcr(kVideoPid, 0);
+  stream.pes(kDvbPid, dvbPes(1 * kTicks, dvbField(1000)));
+  Bytes torn = TsBuilder().pes(kDvbPid, dvbPes(2 * kTicks, dvbField(1000))).take();
+  torn.resize(torn.size() - 2 * TsBuilder::kPacketBytes);
+  stream.raw(torn);
+  stream.pes(kDvbPid, dvbPes(3 * kTicks, dvbField(1000)));
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.timesOf(kDvbPid), ElementsAre(1 * kSecond, 3 * kSecond));
+  EXPECT_THAT(reading.logger.lines, Not(IsEmpty()));
+}
+
+TEST(TsReader, FindsThePacketsAgainAfterGarbage) {
+  TsBuilder stream;
+  stream.tables(programme()).pcr(kVideoPid, 0);
+  stream.pes(kTeletextPid, teletextPes(1 * kTicks));
+  const std::size_t at = stream.size();
+  stream.raw(Bytes(777, 0x00)).raw(Bytes(1234, 0x47));
+  for (std::uint64_t i = 2; i < 5; ++i) stream.pes(kTeletextPid, teletextPes(i * kTicks));
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.timesOf(kTeletextPid),
+              ElementsAre(1 * kSecond, 2 * kSecond, 3 * kSecond, 4 * kSecond));
+  EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("byte " + std::to_string(at))));
+}
+
+TEST(TsReader, FollowsANewProgrammeMap) {
+  TsBuilder stream;
+  TsProgram before = programme();
+  before.streams.pop_back();
+  stream.tables(before).pcr(kVideoPid, 0);
+  stream.pes(kTeletextPid, teletextPes(1 * kTicks));
+  stream.pmt(programme(), 1);
+  stream.pes(kDvbPid, dvbPes(2 * kTicks, dvbField(300)));
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.listener.streams, SizeIs(3));
+  EXPECT_THAT(reading.of(kDvbPid), SizeIs(1));
+}
+
+TEST(TsReader, SurvivesNoise) {
+  std::mt19937 random{11};
+  for (int round = 0; round < 30; ++round) {
+    TsBuilder stream;
+    for (std::uint64_t i = 0; i < 30; ++i) {
+      stream.tables(programme(), static_cast<unsigned>(i) % 32).pcr(kVideoPid, i * kTicks);
+      stream.pes(kTeletextPid, teletextPes(i * kTicks));
+      stream.pes(kDvbPid, dvbPes(i * kTicks, dvbField(400)));
+      stream.pes(kVideoPid, videoPes(i * kTicks, "text"));
+    }
+    Bytes bytes = stream.take();
+    for (int i = 0; i < round * 20; ++i) {
+      bytes[random() % bytes.size()] = static_cast<std::uint8_t>(random());
+    }
+    const Reading reading(bytes, {}, 1 + random() % 5000);
+    EXPECT_THAT(reading.listener.samples, Not(IsEmpty()));
+  }
+}
+
+TEST(TsReader, ReadsRealCaptures) {
+  const char* const folder = std::getenv("TESSARY_CAPTURES");
+  if (!folder) GTEST_SKIP() << "TESSARY_CAPTURES names no folder of captures";
+  const auto count = [&](const std::string& name, std::uint32_t pid) {
+    RecordingListener listener;
+    TsReader reader(std::make_unique<FileSource>(std::string(folder) + '/' + name), {});
+    while (reader.read(listener)) {
+    }
+    return std::ranges::count_if(listener.samples,
+                                 [&](const auto& sample) { return sample.first == pid; });
+  };
+  EXPECT_EQ(count("sample_TS_with_teletext.ts", 0x13F0), 153);
+  EXPECT_EQ(count("sample_TS_with_graphics.ts", 0x29), 20);
+  EXPECT_GT(count("sintel-captions.ts", 0x101), 0);
+}
+
+}  // namespace
+}  // namespace korr::txsub

@@ -1,0 +1,137 @@
+#include "txsub/input/ts_pes.h"
+
+#include <bitstream/mpeg/pes.h>
+
+#include <algorithm>
+
+#include "txsub/input/start_code.h"
+
+namespace korr::txsub {
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::size_t kLargestPacket = PES_HEADER_SIZE + 0xFFFF;
+
+/// Whether the packets of a stream have the header with flags and time stamps (table 2-21).
+bool hasLongHeader(std::uint8_t streamId) {
+  switch (streamId) {
+    case PES_STREAM_ID_PSM:
+    case PES_STREAM_ID_PADDING:
+    case PES_STREAM_ID_PRIVATE_2:
+    case PES_STREAM_ID_ECM:
+    case PES_STREAM_ID_EMM:
+    case PES_STREAM_ID_DSMCC:
+    case PES_STREAM_ID_H222_1_E:
+    case PES_STREAM_ID_PSD:
+      return false;
+    default:
+      return true;
+  }
+}
+
+std::optional<std::uint64_t> readPts(const std::uint8_t* header) {
+  constexpr std::uint8_t kPtsSize = 5;
+  const bool isThere = pes_has_pts(header) && pes_get_headerlength(header) >= kPtsSize;
+  if (!isThere || !pes_validate_pts(header)) return {};
+  return pes_get_pts(header);
+}
+
+/// nal_unit_type and what is around it, as the first units of a picture have them.
+bool beginsH264(std::uint8_t header) {
+  constexpr std::uint8_t kDelimiter = 9;
+  constexpr std::uint8_t kSequenceParameterSet = 7;
+  const std::uint8_t type = header & 0x1F;
+  return header == kDelimiter || (type == kSequenceParameterSet && (header & 0x80) == 0);
+}
+
+bool beginsHevc(std::uint8_t first, std::uint8_t second) {
+  constexpr std::uint8_t kVideoParameterSet = 32;
+  constexpr std::uint8_t kDelimiter = 35;
+  const std::uint8_t type = first >> 1;
+  return second == 1 && type >= kVideoParameterSet && type <= kDelimiter;
+}
+
+bool beginsMpeg2(std::uint8_t startCode) {
+  return startCode == 0xB3 || startCode == 0xB8 || startCode == 0x00;
+}
+
+}  // namespace
+
+std::size_t pesHeaderSize(Bytes packet) {
+  if (packet.size() < PES_HEADER_SIZE_NOPTS) return PES_HEADER_SIZE_NOPTS;
+  return PES_HEADER_SIZE_NOPTS + std::size_t{pes_get_headerlength(packet.data())};
+}
+
+std::optional<PesHeader> parsePesHeader(Bytes packet) {
+  const std::size_t size = pesHeaderSize(packet);
+  if (packet.size() < size || !pes_validate(packet.data())) return {};
+  const std::uint8_t streamId = pes_get_streamid(packet.data());
+  if (!hasLongHeader(streamId) || !pes_validate_header(packet.data())) return {};
+  return PesHeader{.streamId = streamId, .size = size, .pts = readPts(packet.data())};
+}
+
+bool looksLikeTeletext(Bytes payload) {
+  constexpr std::uint8_t kUnitLength = 0x2C;
+  return payload.size() >= 3 && payload[0] >= 0x10 && payload[0] <= 0x1F &&
+         payload[2] == kUnitLength;
+}
+
+bool looksLikeDvbSubtitle(Bytes payload) {
+  return payload.size() >= 3 && payload[0] == 0x20 && payload[1] == 0x00 && payload[2] == 0x0F;
+}
+
+std::optional<VideoCodec> videoCodecOf(Bytes payload) {
+  const std::size_t at = findStartCode(payload, 0) + kStartCodePrefix;
+  if (at + 2 > payload.size()) return {};
+  if (beginsH264(payload[at])) return VideoCodec::H264;
+  if (beginsHevc(payload[at], payload[at + 1])) return VideoCodec::Hevc;
+  if (beginsMpeg2(payload[at])) return VideoCodec::Mpeg2;
+  return {};
+}
+
+Bytes upToEndMarker(Bytes payload) {
+  constexpr std::uint8_t kSyncByte = 0x0F;
+  constexpr std::uint8_t kEndMarker = 0xFF;
+  constexpr std::size_t kSegmentHeader = 6;
+  std::size_t at = 2;  // data_identifier, subtitle_stream_id
+  while (at + kSegmentHeader <= payload.size() && payload[at] == kSyncByte) {
+    at += kSegmentHeader + (std::size_t{payload[at + 4]} << 8 | payload[at + 5]);
+  }
+  if (at >= payload.size() || payload[at] != kEndMarker) return payload;
+  return payload.first(at + 1);
+}
+
+void PesAssembler::begin() {
+  bytes_.clear();
+  isOpen_ = true;
+}
+
+void PesAssembler::append(Bytes bytes) {
+  const std::size_t most = announcedSize() != 0 ? announcedSize() : kLargestPacket;
+  const std::size_t room = most - std::min(most, bytes_.size());
+  bytes = bytes.first(std::min(room, bytes.size()));
+  bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+}
+
+void PesAssembler::appendStuffing(std::size_t count) {
+  constexpr std::uint8_t kStuffing = 0xFF;
+  bytes_.resize(bytes_.size() + std::min(count, missing()), kStuffing);
+}
+
+bool PesAssembler::isComplete() const {
+  return announcedSize() != 0 && bytes_.size() >= announcedSize();
+}
+
+std::size_t PesAssembler::missing() const {
+  return announcedSize() - std::min(announcedSize(), bytes_.size());
+}
+
+// 0 while it is not known.
+std::size_t PesAssembler::announcedSize() const {
+  if (bytes_.size() < PES_HEADER_SIZE) return 0;
+  const std::size_t length = pes_get_length(bytes_.data());
+  return length == 0 ? 0 : PES_HEADER_SIZE + length;
+}
+
+}  // namespace korr::txsub

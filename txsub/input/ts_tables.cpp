@@ -1,0 +1,157 @@
+#include "txsub/input/ts_tables.h"
+
+#include <bitstream/mpeg/psi.h>
+
+#include <utility>
+
+namespace korr::txsub {
+namespace {
+
+constexpr std::uint8_t kStuffingTableId = 0xFF;
+// More than any multiplex has; damage must not make more.
+constexpr std::size_t kMostProgrammes = 1024;
+
+std::size_t sectionSize(const std::vector<std::uint8_t>& section) {
+  return PSI_HEADER_SIZE + std::size_t{psi_get_length(section.data())};
+}
+
+/// Whether a section has the long form that tables have, and its CRC is right.
+bool isSound(const std::vector<std::uint8_t>& section) {
+  return psi_get_syntax(section.data()) && psi_validate(section.data()) &&
+         psi_check_crc(section.data());
+}
+
+std::optional<TsProgrammeMap> parseMap(std::vector<std::uint8_t>& section) {
+  if (!pmt_validate(section.data())) return {};
+  TsProgrammeMap map{.programme = pmt_get_program(section.data()),
+                     .pcrPid = pmt_get_pcrpid(section.data()),
+                     .streams = {}};
+  // Not by its number: the library counts in a byte.
+  std::uint8_t* entry = section.data() + PMT_HEADER_SIZE + pmt_get_desclength(section.data());
+  const std::uint8_t* const end = section.data() + section.size() - PSI_CRC_SIZE;
+  while (entry < end) {
+    const std::uint8_t* const descriptors = entry + PMT_ES_SIZE;
+    const std::uint8_t* const next = descriptors + pmtn_get_desclength(entry);
+    map.streams.push_back({.pid = pmtn_get_pid(entry),
+                           .streamType = pmtn_get_streamtype(entry),
+                           .descriptors = {descriptors, next}});
+    entry += next - entry;
+  }
+  return map;
+}
+
+}  // namespace
+
+void TsSectionAssembler::begin() {
+  section_.clear();
+  inSection_ = true;
+}
+
+bool TsSectionAssembler::isStuffing(std::span<const std::uint8_t> payload) const {
+  return section_.empty() && payload.front() == kStuffingTableId;
+}
+
+bool TsSectionAssembler::isComplete() const {
+  return inSection_ && section_.size() >= PSI_HEADER_SIZE &&
+         section_.size() == sectionSize(section_);
+}
+
+// What is left of the payload after the bytes that belong to the section.
+std::span<const std::uint8_t> TsSectionAssembler::append(std::span<const std::uint8_t> payload) {
+  const auto take = [&](std::size_t size) {
+    const auto part = payload.first(std::min(size - section_.size(), payload.size()));
+    section_.insert(section_.end(), part.begin(), part.end());
+    payload = payload.subspan(part.size());
+  };
+  if (section_.size() < PSI_HEADER_SIZE) take(PSI_HEADER_SIZE);
+  if (section_.size() >= PSI_HEADER_SIZE) take(sectionSize(section_));
+  return payload;
+}
+
+bool TsTables::take(const TsPacket& packet) {
+  Assembler& assembler = assemblers_.at(packet.pid());
+  const auto step = assembler.continuity.next(packet);
+  if (step.isDuplicate) return false;
+  if (step.lost != 0) assembler.sections.drop();
+
+  bool hasChanged = false;
+  const std::uint16_t pid = packet.pid();
+  std::vector<std::vector<std::uint8_t>> sections;
+  assembler.sections.take(
+      packet.payload(), packet.hasUnitStart(),
+      [&](std::vector<std::uint8_t>& section) { sections.push_back(std::move(section)); });
+  for (auto& section : sections) hasChanged |= takeSection(pid, section);
+  return hasChanged;
+}
+
+bool TsTables::takeSection(std::uint16_t pid, std::vector<std::uint8_t>& section) {
+  const std::uint8_t tableId = psi_get_tableid(section.data());
+  if (tableId != (pid == PAT_PID ? PAT_TABLE_ID : PMT_TABLE_ID)) return false;
+  if (!isSound(section)) {
+    Assembler& assembler = assemblers_.at(pid);
+    if (!std::exchange(assembler.isDamageReported, true)) {
+      report_.warn("%s: a damaged %s; passed over", pidName(pid).c_str(),
+                   pid == PAT_PID ? "PAT" : "PMT");
+    }
+    return false;
+  }
+  if (!psi_get_current(section.data())) return false;
+  return pid == PAT_PID ? takePat(section) : takePmt(pid, section);
+}
+
+bool TsTables::takePat(std::vector<std::uint8_t>& section) {
+  if (!pat_validate(section.data())) return false;
+  std::map<std::uint16_t, std::uint16_t> programmes;
+  const std::uint8_t* entry = section.data() + PAT_HEADER_SIZE;
+  const std::uint8_t* const end = section.data() + section.size() - PSI_CRC_SIZE;
+  for (; entry < end; entry += PAT_PROGRAM_SIZE) {
+    const std::uint16_t programme = patn_get_program(entry);
+    constexpr std::uint16_t kNetworkInformation = 0;
+    if (programme != kNetworkInformation) programmes[programme] = patn_get_pid(entry);
+  }
+  const std::uint8_t last = psi_get_lastsection(section.data());
+  pat_.erase(pat_.upper_bound(last), pat_.end());
+  pat_[psi_get_section(section.data())] = std::move(programmes);
+  return updateProgrammes();
+}
+
+bool TsTables::updateProgrammes() {
+  std::map<std::uint16_t, std::uint16_t> mapPids;
+  for (const auto& [number, programmes] : pat_)
+    mapPids.insert(programmes.begin(), programmes.end());
+  while (mapPids.size() > kMostProgrammes) mapPids.erase(std::prev(mapPids.end()));
+  if (mapPids == mapPids_) return false;
+  mapPids_ = std::move(mapPids);
+
+  std::erase_if(maps_, [&](const auto& map) { return !mapPids_.contains(map.first); });
+  std::map<std::uint16_t, Assembler> assemblers;
+  assemblers[PAT_PID] = std::move(assemblers_[PAT_PID]);
+  for (const auto& [programme, pid] : mapPids_) {
+    if (pid != PAT_PID) assemblers[pid] = std::move(assemblers_[pid]);
+  }
+  assemblers_ = std::move(assemblers);
+  return true;
+}
+
+bool TsTables::takePmt(std::uint16_t pid, std::vector<std::uint8_t>& section) {
+  auto map = parseMap(section);
+  if (!map) return false;
+  const auto programme = mapPids_.find(map->programme);
+  if (programme == mapPids_.end() || programme->second != pid) return false;
+  TsProgrammeMap& current = maps_[map->programme];
+  if (current == *map) return false;
+  current = std::move(*map);
+  return true;
+}
+
+bool TsTables::areComplete() const {
+  return !mapPids_.empty() && maps_.size() == mapPids_.size();
+}
+
+std::vector<std::uint16_t> TsTables::pids() const {
+  std::vector<std::uint16_t> pids;
+  for (const auto& [pid, assembler] : assemblers_) pids.push_back(pid);
+  return pids;
+}
+
+}  // namespace korr::txsub
