@@ -56,9 +56,9 @@ void TimedTextBuilder::probeInitialDocument() {
 // Delivers the pending document over [lastTime_, end), once per segment.
 void TimedTextBuilder::emitPending(MediaTime end) {
   const auto segment = static_cast<MediaTime>(settings_.segmentDuration);
-  if (end - lastTime_ > kDay) {
+  if (const MediaTime step = end - lastTime_; step > kDay) {
     // A break in time, not an interval to fill: one segment, then on from the new time.
-    deliver(lastTime_, lastTime_ + (segment != 0 ? segment : kDay));
+    deliver(lastTime_, lastTime_ + (segment != 0 ? std::min(segment, step) : kDay));
     lastTime_ = end;
     return;
   }

@@ -1,0 +1,102 @@
+#include "core/conversion_chain.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core/parser_factory.h"
+#include "tests/support/caption_builder.h"
+#include "tests/support/memory_item.h"
+#include "tests/support/recording_sink.h"
+#include "util/exception.h"
+
+namespace korr::encoding::subtitling {
+namespace {
+
+using test_support::CaptionBuilder;
+using test_support::Delivered;
+using test_support::MemoryItem;
+using test_support::RecordingSink;
+using testing::ElementsAre;
+
+std::string errorOf(SubtitleInputType inputType, ConversionMode mode) {
+  RecordingSink sink;
+  try {
+    ConversionChain chain(sink, {.inputType = inputType, .page = 1, .mode = mode}, nullptr);
+  } catch (const util::TessaryException& error) {
+    return error.what();
+  }
+  return {};
+}
+
+TEST(ConversionChain, RefusesModesThatMakeNoText) {
+  for (const std::uint32_t mode : {0u, 1u, 3u, 5u, 7u, 0xFFFFFFFFu}) {
+    EXPECT_EQ(errorOf(SubtitleInputType::ClosedCaption, static_cast<ConversionMode>(mode)),
+              "Unexpected subtitle conversion mode")
+        << mode;
+  }
+  for (const std::uint32_t mode : {2u, 4u, 6u}) {
+    EXPECT_EQ(errorOf(SubtitleInputType::ClosedCaption, static_cast<ConversionMode>(mode)), "");
+  }
+}
+
+TEST(ConversionChain, RefusesUnknownInputBeforeItLooksAtTheMode) {
+  EXPECT_EQ(errorOf(static_cast<SubtitleInputType>(7), ConversionMode::WebVtt),
+            "Unexpected subtitle input type");
+  EXPECT_EQ(errorOf(static_cast<SubtitleInputType>(0), ConversionMode::Disable),
+            "Unexpected subtitle input type");
+}
+
+TEST(ConversionMode, HasADisplayName) {
+  EXPECT_STREQ(displayName(ConversionMode::Ttml), "TTML");
+  EXPECT_STREQ(displayName(ConversionMode::YoutubeSrt), "Youtube Srt");
+  EXPECT_STREQ(displayName(static_cast<ConversionMode>(7)), "????");
+}
+
+void push(ConversionChain& chain, CaptionBuilder& captions, MediaTime time) {
+  auto item = std::make_shared<MemoryItem>();
+  item->bytes = captions.take();
+  item->time = {time, time + 1};
+  chain.framer().push(std::move(item));
+}
+
+TEST(ConversionChain, DeliversCaptionsAsTheyChange) {
+  RecordingSink sink;
+  ConversionChain chain(
+      sink,
+      {.inputType = SubtitleInputType::ClosedCaption, .page = 1, .mode = ConversionMode::WebVtt},
+      nullptr);
+  CaptionBuilder captions;
+  captions.resumeCaptionLoading().preamble(15).text("HELLO");
+  push(chain, captions, 1 * kSecond);
+  push(chain, captions.endOfCaption(), 2 * kSecond);
+  push(chain, captions.eraseDisplayedMemory(), 3 * kSecond);
+  push(chain, captions.pair(0, 0), 5 * kSecond);
+  chain.framer().endOfStream();
+
+  EXPECT_THAT(sink.delivered,
+              ElementsAre(Delivered{"", 1 * kSecond, 2 * kSecond, true, true},
+                          Delivered{"line:100%\nHELLO\n", 2 * kSecond, 3 * kSecond, true, true},
+                          Delivered{"", 3 * kSecond, 5 * kSecond, true, true}));
+}
+
+// A caption service tells its field and channel; page 0 is no service and shows nothing.
+TEST(ParserFactory, FollowsTheServiceOfThePage) {
+  for (std::uint32_t page = 0; page <= 5; ++page) {
+    for (int service = 1; service <= 4; ++service) {
+      ISubtitleContainer* container = nullptr;
+      const auto parser = createParser(
+          {.inputType = SubtitleInputType::ClosedCaption, .page = page, .container = &container});
+      CaptionBuilder captions((service + 1) / 2, service % 2 == 1 ? 1 : 2);
+      const auto triplets =
+          captions.resumeCaptionLoading().preamble(15).text("X").endOfCaption().take();
+      parser->parse(triplets.data(), static_cast<std::int64_t>(triplets.size()), 1, true);
+      ASSERT_NE(container, nullptr);
+      const bool isFollowed = page == static_cast<std::uint32_t>(service);
+      EXPECT_EQ(isEmpty(container->currentSubtitle(1)), !isFollowed)
+          << "page " << page << ", service " << service;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace korr::encoding::subtitling

@@ -1,0 +1,47 @@
+#include "util/bit_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+namespace korr::util {
+namespace {
+
+TEST(BitReader, ReadsFieldsAcrossBytes) {
+  constexpr std::array<std::uint8_t, 6> kBytes = {0b10101'0'11, 0b0000'1111, 0x12,
+                                                  0x34,         0x56,        0x78};
+  BitReader reader(kBytes);
+  EXPECT_EQ(reader.read(5), 0b10101u);
+  EXPECT_FALSE(reader.readFlag());
+  EXPECT_EQ(reader.read(0), 0u);
+  EXPECT_EQ(reader.read(6), 0b110000u);
+  EXPECT_EQ(reader.read(32), 0xF1234567u);
+  EXPECT_EQ(reader.bitsLeft(), 4u);
+  EXPECT_FALSE(reader.isByteAligned());
+  EXPECT_EQ(reader.read(4), 8u);
+  EXPECT_TRUE(reader.exhausted());
+  EXPECT_FALSE(reader.failed());
+}
+
+TEST(BitReader, GivesZeroPastTheEndAndRemembersIt) {
+  constexpr std::array<std::uint8_t, 1> kBytes = {0xFF};
+  BitReader reader(kBytes);
+  reader.skip(4);
+  BitReader peek = reader;
+  EXPECT_EQ(peek.read(5), 0u);
+  EXPECT_TRUE(peek.failed());
+  EXPECT_EQ(peek.read(1), 0u);
+  EXPECT_EQ(reader.read(4), 0xFu);
+  EXPECT_FALSE(reader.failed());
+  reader.skip(SIZE_MAX);
+  EXPECT_TRUE(reader.failed());
+}
+
+TEST(BitReader, ReadsNothingOfNothing) {
+  BitReader reader({});
+  EXPECT_TRUE(reader.exhausted());
+  EXPECT_EQ(reader.read(1), 0u);
+}
+
+}  // namespace
+}  // namespace korr::util
