@@ -4,9 +4,8 @@
 #include <span>
 #include <string_view>
 
-#ifdef TESSARY_AVFORMAT
-#include "txsub/input/av_reader.h"
-#endif
+#include "platform/module_loader.h"
+#include "txsub/input/av_module.h"
 #include "txsub/input/byte_source.h"
 #include "txsub/input/samples_reader.h"
 #include "txsub/input/scc_reader.h"
@@ -47,8 +46,10 @@ bool looksLikeScc(Bytes start) {
 std::unique_ptr<IMediaReader> openOther(const std::string& path, std::unique_ptr<FileSource> source,
                                         const ReaderOptions& options) {
 #ifdef TESSARY_AVFORMAT
-  if (source->size()) return std::make_unique<AvReader>(path, options);
-  return std::make_unique<AvReader>(std::move(source), options);
+  auto* const open =
+      reinterpret_cast<OpenWithAvformat*>(platform::moduleFunction(kAvModule, kAvModuleFunction));
+  if (source->size()) source.reset();
+  return std::unique_ptr<IMediaReader>(open(path, std::move(source), options));
 #else
   (void)path, (void)source, (void)options;
   throw util::TessaryException("it is in no format that can be read here");

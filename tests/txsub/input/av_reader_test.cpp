@@ -11,8 +11,10 @@
 #include <string>
 #include <vector>
 
+#include "platform/module_loader.h"
 #include "tests/support/reader_support.h"
 #include "tests/support/video_builder.h"
+#include "txsub/input/av_module.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -227,6 +229,18 @@ TEST_F(AvReaderTest, ReadsPipes) {
   readAll(pipe);
   EXPECT_EQ(listener_.samples.size(), 3U);
   EXPECT_GT(pipe.progress().bytesRead, 0U);
+}
+
+TEST_F(AvReaderTest, IsFoundAsAModule) {
+  write({.format = "matroska", .extradata = h264ParameterSets(), .packets = kThreePictures}, path_);
+  auto* const open =
+      reinterpret_cast<OpenWithAvformat*>(platform::moduleFunction(kAvModule, kAvModuleFunction));
+  const std::unique_ptr<IMediaReader> reader(open(path_, nullptr, {}));
+  while (reader->read(listener_)) {
+  }
+  EXPECT_EQ(listener_.samples.size(), 3U);
+  EXPECT_THROW(open(path_ + ".missing", nullptr, {}), util::TessaryException);
+  EXPECT_THROW(platform::moduleFunction("no-such.so", ""), util::TessaryException);
 }
 
 TEST_F(AvReaderTest, RefusesWhatIsNoRecording) {

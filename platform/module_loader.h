@@ -1,0 +1,10 @@
+// Parts of the program that are loaded only when they are needed.
+#pragma once
+
+namespace korr::platform {
+
+/// A function of a shared module that lies beside the program, or in lib/txsub beside its folder.
+/// The module stays loaded. Throws util::TessaryException when there is no such module or function.
+void* moduleFunction(const char* module, const char* function);
+
+}  // namespace korr::platform
