@@ -1,6 +1,7 @@
 #include "core/parser_factory.h"
 
 #include "closed_caption/closed_caption_parser.h"
+#include "dvb_subtitle/dvb_subtitle_parser.h"
 #include "teletext/teletext_parser.h"
 #include "util/exception.h"
 
@@ -24,7 +25,9 @@ std::unique_ptr<ISubtitleParser> createParser(const ParserRequest& request) {
                                request.page, request.pageOption),
                            request.container);
     case SubtitleInputType::DvbSubtitle:
-      break;
+      return withContainer(
+          std::make_unique<dvb::lib_dvb_subtitle::DVBSubtitleParser>(request.logger),
+          request.container);
     case SubtitleInputType::ClosedCaption:
       return withContainer(std::make_unique<closed_caption::ClosedCaptionParser>(
                                closed_caption::CaptionService::fromNumber(request.page)),

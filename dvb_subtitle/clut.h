@@ -1,0 +1,34 @@
+// Colour look-up tables.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
+
+/// A colour as pixels hold it; alpha 255 is opaque.
+struct Colour {
+  std::uint8_t red = 0;
+  std::uint8_t green = 0;
+  std::uint8_t blue = 0;
+  std::uint8_t alpha = 0;
+
+  friend constexpr bool operator==(const Colour&, const Colour&) = default;
+};
+static_assert(sizeof(Colour) == 4, "copied into pixels as it stands");
+
+/// A CLUT family: a table for each pixel depth.
+struct DVBClutSet {
+  std::array<Colour, 4> twoBit;
+  std::array<Colour, 16> fourBit;
+  std::array<Colour, 256> eightBit;
+};
+
+/// What every CLUT starts from, and what stands in for one that was never defined (EN 300 743,
+/// clause 10).
+extern const DVBClutSet kDefaultClutSet;
+
+/// The colour of a CLUT entry, computed in single precision. `transparency` 0 is opaque.
+Colour colourOf(std::uint32_t y, std::uint32_t cr, std::uint32_t cb, std::uint32_t transparency);
+
+}  // namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1

@@ -1,0 +1,38 @@
+// Pixel code strings to runs.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "dvb_subtitle/clut.h"
+#include "dvb_subtitle/region.h"
+#include "util/bit_reader.h"
+
+namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
+
+/// Pixels of one code, left to right.
+struct Run {
+  std::uint32_t code = 0;
+  std::uint32_t length = 0;  ///< 0 to 284
+
+  friend bool operator==(const Run&, const Run&) = default;
+};
+
+/// The next run of a pixel code string of `depth`; none at its end, where the reader then stands on
+/// the byte after it (EN 300 743, 7.2.5.2). A string that is cut off ends where it stops.
+std::optional<Run> readRun(util::BitReader& reader, PixelDepth depth);
+
+/// Takes codes to a greater depth; a new one holds the defaults (EN 300 743, 10.4 to 10.6).
+struct MapTables {
+  std::array<std::uint8_t, 4> twoToFourBit{0x0, 0x7, 0x8, 0xF};
+  std::array<std::uint8_t, 4> twoToEightBit{0x00, 0x77, 0x88, 0xFF};
+  std::array<std::uint8_t, 16> fourToEightBit{0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77,
+                                              0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
+};
+
+/// The colour of `code`, from a string of `stringDepth`, in a region of `regionDepth`.
+Colour lookUp(const DVBClutSet& cluts, const MapTables& maps, PixelDepth regionDepth,
+              PixelDepth stringDepth, std::uint32_t code);
+
+}  // namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1
