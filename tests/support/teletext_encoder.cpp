@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "teletext/hamming.h"
+#include "tests/support/bit_writer.h"
 
 namespace korr::test_support {
 namespace {
@@ -14,6 +15,7 @@ using encoding::subtitling::GlyphText;
 using encoding::subtitling::teletext::lib_teletext::CharacterSet;
 using encoding::subtitling::teletext::lib_teletext::encodeHamming84;
 using encoding::subtitling::teletext::lib_teletext::reverseBits;
+using encoding::subtitling::teletext::lib_teletext::TeletextPage;
 using encoding::subtitling::teletext::lib_teletext::withDiacritic;
 
 constexpr std::size_t kData = 2;  // where a packet's own bytes begin
@@ -170,6 +172,16 @@ std::vector<std::uint8_t> stuffedTeletextDataField(std::span<const TeletextPacke
     field.insert(field.end(), 0x2C, 0xFF);
   }
   return field;
+}
+
+std::vector<std::uint8_t> teletextDescriptor(std::span<const TeletextPage> pages) {
+  BitWriter bits;
+  bits.put(0x56, 8).put(pages.size() * 5, 8);
+  for (const TeletextPage& page : pages) {
+    for (const char letter : page.language) bits.put(static_cast<std::uint8_t>(letter), 8);
+    bits.put(page.type, 5).put(page.magazine % 8, 3).put(page.page, 8);
+  }
+  return bits.bytes();
 }
 
 TeletextLine teletextLine(const CharacterSet& set, std::span<const TeletextSpan> spans,

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "teletext/character_sets.h"
+#include "teletext/teletext_descriptor.h"
 
 namespace korr::test_support {
 
@@ -65,6 +66,10 @@ std::vector<std::uint8_t> teletextDataField(std::span<const TeletextPacket> pack
 /// The same, filled up with stuffing units so that its PES packet of a 45-byte header ends with a
 /// transport packet.
 std::vector<std::uint8_t> stuffedTeletextDataField(std::span<const TeletextPacket> packets);
+
+/// A teletext descriptor (EN 300 468, 6.2.43) of at most 51 pages.
+std::vector<std::uint8_t> teletextDescriptor(
+    std::span<const encoding::subtitling::teletext::lib_teletext::TeletextPage> pages);
 
 /// Text of a nation as a subtitle row: the codes of a box, and what packet 26 must bring.
 struct TeletextLine {
