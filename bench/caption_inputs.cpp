@@ -1,57 +1,22 @@
 #include "bench/caption_inputs.h"
 
 #include <array>
-#include <random>
-#include <span>
 
+#include "bench/video_stream.h"
 #include "samples/line21.h"
 #include "tests/support/caption_builder.h"
-#include "tests/support/ts_builder.h"
-#include "tests/support/video_builder.h"
 
 namespace korr::bench {
 namespace {
 
 using samples::Line21;
-using test_support::Bytes;
 using test_support::CaptionBuilder;
-using test_support::captionSeiMessage;
-using test_support::join;
 using test_support::pesPacket;
-using test_support::seiUnit;
 using test_support::TsBuilder;
 using test_support::TsProgram;
 using test_support::TsStream;
 
-constexpr std::size_t kFramesPerSecond = 30;
-constexpr std::uint64_t kFrameTicks = 3003;
-constexpr std::size_t kGroup = 15;  // pictures
-
-/// What entropy-coded pictures look like to whoever searches them: noise in which emulation
-/// prevention has left no start code.
-class Noise {
- public:
-  Noise() {
-    std::mt19937 random{1};
-    unsigned zeros = 0;
-    for (std::uint8_t& byte : bytes_) {
-      byte = static_cast<std::uint8_t>(random());
-      if (zeros >= 2 && byte <= 3) byte = 4;
-      zeros = byte == 0 ? zeros + 1 : 0;
-    }
-  }
-
-  std::span<const std::uint8_t> take(std::size_t size) {
-    if (position_ + size > bytes_.size()) position_ = 0;
-    const auto taken = std::span<const std::uint8_t>(bytes_).subspan(position_, size);
-    position_ += size;
-    return taken;
-  }
-
- private:
-  Bytes bytes_ = Bytes(4 * kMegabyte);
-  std::size_t position_ = 0;
-};
+constexpr std::size_t kFramesPerSecond = VideoStream::kFramesPerSecond;
 
 /// Captions without a pause: a pop-on caption every two seconds in field 1, roll-up in field 2.
 Line21 endlessCaptions(std::size_t frames) {
@@ -80,31 +45,7 @@ Bytes ccData(const Line21& line, std::size_t frame) {
   return triplets;
 }
 
-/// An H.264 picture of `size` bytes in four slices.
-Bytes picture(Noise& noise, std::span<const std::uint8_t> triplets, bool idr, std::size_t size) {
-  constexpr std::size_t kSlices = 4;
-  Bytes bytes{0, 0, 0, 1, 0x09, 0xF0};
-  if (idr) bytes = join({bytes, test_support::h264ParameterSets()});
-  bytes = join({bytes, seiUnit(txsub::VideoCodec::H264, captionSeiMessage(triplets))});
-  for (std::size_t i = 0; i < kSlices; ++i) {
-    const std::uint8_t firstByte = i == 0 ? 0x88 : 0x48;  // first_mb_in_slice 0, or not
-    const auto header = static_cast<std::uint8_t>(idr ? 0x65 : 0x41);
-    bytes.insert(bytes.end(), {0, 0, 1, header, firstByte});
-    const auto body = noise.take(size / kSlices);
-    bytes.insert(bytes.end(), body.begin(), body.end());
-  }
-  return bytes;
-}
-
-/// Where the picture that is coded as `coded`-th is shown: I P B B P B B ...
-std::size_t shownAt(std::size_t coded) {
-  if (coded == 0) return 0;
-  const std::size_t place = (coded - 1) % 3;
-  const std::size_t group = (coded - 1) / 3;
-  return group * 3 + (place == 0 ? 3 : place);
-}
-
-/// Around the video: how many packets of other PIDs follow each picture.
+/// What comes with each picture.
 struct Company {
   std::size_t audioBytes = 0;  ///< a PES packet
   std::size_t nullPackets = 0;
@@ -120,29 +61,18 @@ void writeRecording(std::ostream& file, std::size_t size, std::size_t pictureByt
                           .streams = {{.pid = kVideoPid, .type = TsStream::kH264},
                                       {.pid = kAudioPid, .type = kMpegAudio}}};
   const Line21 line = endlessCaptions(size / pictureBytes + kFramesPerSecond);
-  Noise noise;
-  TsBuilder stream;
-  std::size_t written = 0;
-  for (std::size_t coded = 0; written < size; ++coded) {
-    const bool idr = coded == 0 || coded % kGroup == 1;  // in the place of a P picture
-    if (idr) stream.tables(program);
-    const std::size_t shown = shownAt(coded);
-    const std::size_t tenths = idr ? 40 : coded % 3 == 1 ? 11 : 6;  // of the average
-    const std::uint64_t dts = 900'000 + coded * kFrameTicks;
-    const std::uint64_t pts = 900'000 + (shown + 1) * kFrameTicks;
-    const Bytes bytes = picture(noise, ccData(line, shown), idr, pictureBytes * tenths / 10);
-    stream.pes(kVideoPid, pesPacket({.pts = pts, .dts = dts, .unbounded = true}, bytes),
-               dts - 9'000);
+  VideoStream video(kVideoPid, pictureBytes,
+                    [&line](std::size_t shown) { return ccData(line, shown); });
+  writeStream(file, size, [&](TsBuilder& stream) {
+    if (video.nextBeginsGroup()) stream.tables(program);
+    const std::uint64_t pts = video.nextDts();
+    video.addPicture(stream);
     if (company.audioBytes > 0) {
-      const Bytes audio = pesPacket({.streamId = 0xC0, .pts = pts}, noise.take(company.audioBytes));
-      stream.pes(kAudioPid, audio);
+      const auto audio = video.noise().take(company.audioBytes);
+      stream.pes(kAudioPid, pesPacket({.streamId = 0xC0, .pts = pts}, audio));
     }
     for (std::size_t i = 0; i < company.nullPackets; ++i) stream.nullPacket();
-    const Bytes packets = stream.take();
-    file.write(reinterpret_cast<const char*>(packets.data()),
-               static_cast<std::streamsize>(packets.size()));
-    written += packets.size();
-  }
+  });
 }
 
 // 10 Mbit/s are 41.7 kB a picture.

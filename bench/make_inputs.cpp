@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "bench/caption_inputs.h"
+#include "bench/teletext_inputs.h"
 
 namespace {
 
@@ -27,11 +28,13 @@ int main(int argc, char** argv) {
   }
   const std::filesystem::path folder = argv[1];
   std::filesystem::create_directories(folder);
-  for (const auto& input : korr::bench::captionInputs()) {
-    const auto path = folder / input.name;
-    if (std::filesystem::exists(path) || write(input, path)) continue;
-    std::fprintf(stderr, "make_inputs: cannot write %s\n", path.string().c_str());
-    return 1;
+  for (const auto& inputs : {korr::bench::captionInputs(), korr::bench::teletextInputs()}) {
+    for (const auto& input : inputs) {
+      const auto path = folder / input.name;
+      if (std::filesystem::exists(path) || write(input, path)) continue;
+      std::fprintf(stderr, "make_inputs: cannot write %s\n", path.string().c_str());
+      return 1;
+    }
   }
   return 0;
 }

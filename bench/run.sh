@@ -1,6 +1,6 @@
 #!/bin/bash
 # Measures whole files: seconds of txsub from the page cache, and the ratio to `cat` of the same file
-# in the same run, one core, best of five. Inputs are made once, in build/bench-inputs (1 GB).
+# in the same run, one core, best of five. Inputs are made once, in build/bench-inputs (1.4 GB).
 set -eu
 cd "$(dirname "$0")/.."
 
