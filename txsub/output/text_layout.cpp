@@ -24,10 +24,14 @@ constexpr double kTeletextColumns = 40;
 // Boxes are dimmed rather than blacked out, as the converter's own documents have them.
 constexpr std::uint8_t kTeletextBackgroundAlpha = 0x99;
 
+// What becomes of blanks between characters.
+enum class Blanks { AsTheyAre, AsOne };
+
 // Collects the cells of a row into spans.
 class LineBuilder {
  public:
-  LineBuilder(std::int32_t row, std::uint32_t column) {
+  LineBuilder(std::int32_t row, std::uint32_t column, Blanks blanksBetween)
+      : blanksBetween_(blanksBetween) {
     line_.row = row;
     line_.column = column;
   }
@@ -57,6 +61,11 @@ class LineBuilder {
     }
   }
 
+  /// Blanks up to a column, for cells that belong to no run.
+  void skipTo(std::uint32_t column) {
+    while (line_.column + line_.columnCount < column) addBlank();
+  }
+
   void setHeight(std::int32_t height) { line_.height = height; }
   bool isEmpty() const { return line_.spans.empty(); }
   bool endsBlank() const { return blanks_ != 0; }
@@ -67,8 +76,12 @@ class LineBuilder {
   }
 
  private:
-  void placeBlanks() { line_.spans.back().text.append(std::exchange(blanks_, 0), ' '); }
+  void placeBlanks() {
+    const std::uint32_t most = blanksBetween_ == Blanks::AsOne ? 1 : blanks_;
+    line_.spans.back().text.append(std::min(std::exchange(blanks_, 0), most), ' ');
+  }
 
+  Blanks blanksBetween_;
   TextLine line_;
   std::uint32_t blanks_ = 0;  // after the last character, in no span yet
 };
@@ -153,7 +166,7 @@ TextSpan styleOf(const model::CaptionText::TextRun& run) {
 TextLine lineOf(const model::CaptionText::TextRow& row) {
   const auto isFilled = [](const auto& run) { return !run.glyphs.empty(); };
   const auto first = std::find_if(row.runs.begin(), row.runs.end(), isFilled);
-  LineBuilder builder(row.number, first == row.runs.end() ? 0 : first->column);
+  LineBuilder builder(row.number, first == row.runs.end() ? 0 : first->column, Blanks::AsTheyAre);
   for (auto run = first; run != row.runs.end(); ++run) {
     if (!isFilled(*run)) continue;
     // The code that opens a run takes up a cell on screen (CEA-608, 4.2), and a preamble further
@@ -167,13 +180,15 @@ TextLine lineOf(const model::CaptionText::TextRow& row) {
   return builder.take();
 }
 
+// Every code takes a cell, and so do the edges of boxes: several blanks mean no more than one.
 TextLine lineOf(const model::TeletextText::TextRow& row) {
-  LineBuilder builder(row.number, row.runs.empty() ? 0 : row.runs.front().column);
+  LineBuilder builder(row.number, 0, Blanks::AsOne);
   for (const auto& run : row.runs) {
     if (run.glyphs.empty()) continue;
     const TextSpan style{.text = {},
                          .foreground = colourOf(run.colour),
                          .backgroundAlpha = kTeletextBackgroundAlpha};
+    builder.skipTo(run.column);
     // The first cell is that of the code which opened the run: a blank.
     builder.addBlank();
     addGlyphs(builder, std::span(run.glyphs).subspan(1), style);

@@ -79,6 +79,18 @@ TEST(WebVttFile, MakesOneLineOfATeletextRowAndTrimsItsBox) {
             "\n");
 }
 
+TEST(PlayableFiles, SetTheBoxesOfATeletextRowApartByOneBlank) {
+  model::TeletextText page;
+  page.rows.push_back({.number = 20,
+                       .runs = {teletextRun(7, " Wer da?   "),
+                                teletextRun(20, "  Ich  bin's. ", TeletextColour::Yellow)}});
+  EXPECT_EQ(webVttCues(cue(0, 1000, model::Subtitle(page))),
+            "00:00:00.000 --> 00:00:01.000 line:80% position:50% align:center\n"
+            "Wer da? <c.yellow>Ich bin's.</c>\n"
+            "\n");
+  EXPECT_EQ(srtText(model::Subtitle(page)), "Wer da? Ich bin's.\n");
+}
+
 TEST(PlayableFiles, SetWordsApartWhereACodeTookUpACell) {
   auto italic = captionRun(0, "very");
   italic.italic = true;
