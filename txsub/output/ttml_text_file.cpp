@@ -69,7 +69,8 @@ int lineBreaks(const TextLine& upper, const TextLine& lower) {
 // The rows of the group, and as much of their width as keeps its alignment where it is.
 Attributes regionOf(const TextScreen& screen, const TextGroup& group) {
   const double top = screen.topOf(group.lines.front().row);
-  const double bottom = screen.topOf(group.lines.back().row + group.lines.back().height);
+  const double bottom =
+      std::min(100.0, screen.topOf(group.lines.back().row + group.lines.back().height));
   const double anchor = screen.leftOf(group.column);
   double left = screen.leftOf(0);
   double right = 100 - left;
