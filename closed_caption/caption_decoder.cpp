@@ -52,12 +52,12 @@ CaptionText::TextRun styleOf(const CaptionText::TextRun& run) {
 
 void CaptionDecoder::executePrintable(BytePair pair) {
   if (mode_ == CaptionMode::None || mode_ == CaptionMode::Text || !currentRow_) return;
-  auto& glyphs = currentRow_->runs.back().glyphs;
-  glyphs.push_back(basicCharacter(pair.b1));
-  if (pair.b2 != 0) glyphs.push_back(basicCharacter(pair.b2));
+  append(basicCharacter(pair.b1));
+  if (pair.b2 != 0) append(basicCharacter(pair.b2));
 
   if (publishEachPair_ && isRollUp(mode_)) {
-    displayedMemory_ = rollUpSnapshot(workingMemory_, mode_);
+    displayedMemory_ = workingMemory_;
+    rollUp(displayedMemory_, mode_);
     changed_ = true;
   }
 }
@@ -90,7 +90,7 @@ void CaptionDecoder::executeControl(BytePair pair) {
 
 CaptionText CaptionDecoder::takeScreen() {
   changed_ = false;
-  return toScreen(displayedMemory_);
+  return {displayedMemory_};
 }
 
 void CaptionDecoder::executeMiscellaneous(std::uint8_t b2) {
@@ -121,17 +121,20 @@ void CaptionDecoder::executeMiscellaneous(std::uint8_t b2) {
     case kEraseDisplayedMemory:
       changed_ = true;
       displayedMemory_.clear();
+      displayedCells_ = 0;
       break;
     case kCarriageReturn:
       carriageReturn();
       break;
     case kEraseNonDisplayedMemory:
       workingMemory_.clear();
+      workingCells_ = 0;
       currentRow_ = nullptr;
       break;
     case kEndOfCaption:
       changed_ = true;
       displayedMemory_.swap(workingMemory_);
+      std::swap(displayedCells_, workingCells_);
       currentRow_ = nullptr;
       break;
     default:  // AOF, AON, DER and FON have no effect
@@ -141,9 +144,10 @@ void CaptionDecoder::executeMiscellaneous(std::uint8_t b2) {
 
 void CaptionDecoder::carriageReturn() {
   if (!isRollUp(mode_)) return;
-  displayedMemory_ = rollUpSnapshot(workingMemory_, mode_);
-  workingMemory_ = displayedMemory_;
-  currentRow_ = &workingMemory_[kBottomRow];
+  rollUp(workingMemory_, mode_);
+  displayedMemory_ = workingMemory_;
+  workingCells_ = displayedCells_ = 0;
+  currentRow_ = &rowAt(workingMemory_, kBottomRow, mode_);
   currentRow_->runs.emplace_back();
   currentRow_->mode = mode_;
   changed_ = true;
@@ -151,11 +155,9 @@ void CaptionDecoder::carriageReturn() {
 
 // Opens a run on a row, which keeps what it holds (CEA-608 clears it), deliberately.
 void CaptionDecoder::executePreambleAddress(BytePair pair) {
-  if (mode_ == CaptionMode::None || mode_ == CaptionMode::Text) return;
+  if (mode_ == CaptionMode::None || mode_ == CaptionMode::Text || !takeCell()) return;
   const auto number = isRollUp(mode_) ? kBottomRow : preambleRow(pair);
-  const auto [place, isNew] = workingMemory_.try_emplace(number);
-  currentRow_ = &place->second;
-  if (isNew) currentRow_->mode = mode_;
+  currentRow_ = &rowAt(workingMemory_, number, mode_);
 
   TextRun& run = currentRow_->runs.emplace_back();
   const std::uint8_t attribute = pair.b2 & 0x1F;
@@ -227,7 +229,22 @@ void CaptionDecoder::backspace() {
 }
 
 void CaptionDecoder::append(GlyphText glyph) {
-  currentRow_->runs.back().glyphs.push_back(glyph);
+  constexpr std::size_t kColumns = 32;
+  if (!takeCell()) return;
+  auto& glyphs = currentRow_->runs.back().glyphs;
+  if (glyphs.empty()) glyphs.reserve(kColumns);
+  glyphs.push_back(glyph);
+}
+
+// Counts one more character or run. Paint-on captions, say, are written into a memory that they
+// never erase; the pen leaves a full one.
+bool CaptionDecoder::takeCell() {
+  if (isFull()) {
+    currentRow_ = nullptr;
+    return false;
+  }
+  ++workingCells_;
+  return true;
 }
 
 // A new run starts at the column of the run before it: text does not count, deliberately.
@@ -236,7 +253,7 @@ void CaptionDecoder::changeStyle(const TextRun& style) {
   if (haveEqualStyles(style, last)) return;
   if (last.glyphs.empty()) {
     last = style;
-  } else {
+  } else if (takeCell()) {
     currentRow_->runs.push_back(style);
   }
 }

@@ -25,25 +25,19 @@ std::size_t rollUpDepth(CaptionMode mode) {
   }
 }
 
-CaptionMemory rollUpSnapshot(const CaptionMemory& memory, CaptionMode mode) {
-  if (!isRollUp(mode)) return memory;
-  CaptionMemory snapshot;
-  for (auto row = memory.rbegin(); row != memory.rend() && snapshot.size() < rollUpDepth(mode);
-       ++row) {
-    if (holdsText(row->second))
-      snapshot.emplace_hint(snapshot.begin(), row->first - 1, row->second);
-  }
-  return snapshot;
+CaptionText::TextRow& rowAt(CaptionMemory& memory, std::int32_t number, CaptionMode mode) {
+  const auto place = std::find_if(memory.begin(), memory.end(),
+                                  [number](const auto& row) { return row.number >= number; });
+  if (place != memory.end() && place->number == number) return *place;
+  return *memory.insert(place, {.runs = {}, .mode = mode, .number = number});
 }
 
-CaptionText toScreen(const CaptionMemory& memory) {
-  CaptionText screen;
-  screen.rows.reserve(memory.size());
-  for (const auto& [number, row] : memory) {
-    screen.rows.push_back(row);
-    screen.rows.back().number = number;
-  }
-  return screen;
+void rollUp(CaptionMemory& memory, CaptionMode mode) {
+  if (!isRollUp(mode)) return;
+  std::erase_if(memory, [](const auto& row) { return !holdsText(row); });
+  const auto excess = std::max(memory.size(), rollUpDepth(mode)) - rollUpDepth(mode);
+  memory.erase(memory.begin(), memory.begin() + static_cast<std::ptrdiff_t>(excess));
+  for (auto& row : memory) --row.number;
 }
 
 }  // namespace korr::encoding::subtitling::closed_caption::inline v2

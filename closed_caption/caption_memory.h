@@ -1,15 +1,17 @@
 // The rows of a caption memory.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <map>
+#include <vector>
 
 #include "core/subtitle.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 
-/// Rows by number, 1 to 15 from top to bottom; rolling up can carry numbers below 1.
-using CaptionMemory = std::map<std::int32_t, CaptionText::TextRow>;
+/// Rows in ascending order of their numbers, 1 to 15 from top to bottom; rolling up can carry
+/// numbers below 1.
+using CaptionMemory = std::vector<CaptionText::TextRow>;
 
 inline constexpr std::int32_t kBottomRow = 15;
 
@@ -20,11 +22,13 @@ inline bool isRollUp(CaptionMode mode) {
   return rollUpDepth(mode) != 0;
 }
 
-/// `memory` rolled up by one row: without rows that hold no character, each of the others one row
-/// higher, and of those the lowest as many as `mode` shows. Unchanged when `mode` does not roll up.
-CaptionMemory rollUpSnapshot(const CaptionMemory& memory, CaptionMode mode);
+/// The row of that number. When there is none, an empty one in `mode` is made, which moves the
+/// others in memory.
+CaptionText::TextRow& rowAt(CaptionMemory& memory, std::int32_t number, CaptionMode mode);
 
-/// The memory as a screen, its rows numbered.
-CaptionText toScreen(const CaptionMemory& memory);
+/// Rolls `memory` up by one row: removes rows that hold no character, moves each of the others one
+/// row higher, and keeps of those the lowest, as many as `mode` shows. Does nothing when `mode`
+/// does not roll up.
+void rollUp(CaptionMemory& memory, CaptionMode mode);
 
 }  // namespace korr::encoding::subtitling::closed_caption::inline v2

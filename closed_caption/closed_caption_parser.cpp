@@ -14,6 +14,16 @@ void ClosedCaptionParser::parse(const std::uint8_t* data, std::int64_t size, Med
     }
   }
   lastTime_ = time;
+  if (decoder_.isFull() != isFullReported_) reportFull(time);
+}
+
+void ClosedCaptionParser::reportFull(MediaTime time) {
+  isFullReported_ = !isFullReported_;
+  if (!isFullReported_) return;
+  log::write(logger_, log::Level::Warning,
+             "captions: no code has erased the memory for %zu characters; text from %.3f s on is "
+             "dropped until one does",
+             CaptionDecoder::kMostCells, static_cast<double>(time) / kSecond);
 }
 
 Subtitle ClosedCaptionParser::currentSubtitle(MediaTime time) {

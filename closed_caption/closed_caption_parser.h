@@ -4,14 +4,17 @@
 #include "closed_caption/caption_decoder.h"
 #include "closed_caption/cc_data.h"
 #include "core/interfaces.h"
+#include "log/logger.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 
 /// Decodes one of the services CC1 to CC4. Not thread-safe; throws nothing but std::bad_alloc.
 class ClosedCaptionParser final : public ISubtitleParser, public ISubtitleContainer {
  public:
-  explicit ClosedCaptionParser(CaptionService service, bool publishEachPair = false)
-      : selector_(service), decoder_(publishEachPair) {}
+  /// `logger` takes warnings; may be null, not owned.
+  explicit ClosedCaptionParser(CaptionService service, bool publishEachPair = false,
+                               log::ILogger* logger = nullptr)
+      : selector_(service), decoder_(publishEachPair), logger_(logger) {}
 
   /// `data`: triplets as in cc_data() (CEA-708, 4.4.1); bytes after the last whole one are ignored.
   void parse(const std::uint8_t* data, std::int64_t size, MediaTime time,
@@ -24,9 +27,13 @@ class ClosedCaptionParser final : public ISubtitleParser, public ISubtitleContai
   Subtitle currentSubtitle(MediaTime time) override;
 
  private:
+  void reportFull(MediaTime time);
+
   CaptionPairSelector selector_;
   CaptionDecoder decoder_;
+  log::ILogger* logger_;
   MediaTime lastTime_ = 0;
+  bool isFullReported_ = false;
 };
 
 }  // namespace korr::encoding::subtitling::closed_caption::inline v2

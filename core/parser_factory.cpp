@@ -29,9 +29,10 @@ std::unique_ptr<ISubtitleParser> createParser(const ParserRequest& request) {
           std::make_unique<dvb::lib_dvb_subtitle::DVBSubtitleParser>(request.logger),
           request.container);
     case SubtitleInputType::ClosedCaption:
-      return withContainer(std::make_unique<closed_caption::ClosedCaptionParser>(
-                               closed_caption::CaptionService::fromNumber(request.page)),
-                           request.container);
+      return withContainer(
+          std::make_unique<closed_caption::ClosedCaptionParser>(
+              closed_caption::CaptionService::fromNumber(request.page), false, request.logger),
+          request.container);
   }
   throw util::TessaryException("Unexpected subtitle input type");
 }

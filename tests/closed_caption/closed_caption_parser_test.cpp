@@ -39,7 +39,7 @@ class Service {
     for (const auto& row : screen().rows) {
       std::string text = std::to_string(row.number).append(":");
       for (std::size_t i = 0; i < row.runs.size(); ++i)
-        text += (i == 0 ? "" : "|") + textOf(row.runs[i]);
+        text.append(i == 0 ? "" : "|").append(textOf(row.runs[i]));
       result.push_back(text);
     }
     return result;
@@ -206,6 +206,27 @@ TEST(CaptionDecoder, DropsTextWithoutAStyleOrARow) {
   EXPECT_THAT(service.rows(), ElementsAre("15:ok"));
 }
 
+// Paint-on captions go on for days without a code that erases the memory that they are written to.
+TEST(CaptionDecoder, StopsTakingTextIntoAMemoryThatNobodyErases) {
+  Service service(1);
+  service.feed(CaptionBuilder().resumeDirectCaptioning());
+  const auto more =
+      CaptionBuilder().preamble(15).text("0123456789").preamble(14).text("0123456789");
+  for (std::size_t cells = 0; cells < 2 * CaptionDecoder::kMostCells; cells += 22) {
+    service.feed(more);
+  }
+  service.feed(CaptionBuilder().preamble(13).text("no").endOfCaption());
+  std::size_t glyphs = 0;
+  for (const auto& row : service.screen().rows) {
+    for (const auto& run : row.runs) glyphs += run.glyphs.size();
+  }
+  EXPECT_LE(glyphs, CaptionDecoder::kMostCells);
+  EXPECT_GT(glyphs, CaptionDecoder::kMostCells / 2);
+
+  service.feed(CaptionBuilder().eraseNonDisplayedMemory().preamble(15).text("ok").endOfCaption());
+  EXPECT_THAT(service.rows(), ElementsAre("15:ok"));
+}
+
 TEST(CaptionDecoder, ErasesEitherMemory) {
   Service service(1);
   service.feed(popOn().text("A").endOfCaption().eraseDisplayedMemory());
@@ -218,7 +239,8 @@ TEST(CaptionDecoder, ErasesEitherMemory) {
 }
 
 TEST(CaptionDecoder, TakesBackCharactersAcrossRuns) {
-  EXPECT_EQ(textOf(Service::runsOf(popOn().text("AB").preamble(15, 0x12).backspace().text("C"))[0]), "A");
+  EXPECT_EQ(textOf(Service::runsOf(popOn().text("AB").preamble(15, 0x12).backspace().text("C"))[0]),
+            "A");
   EXPECT_EQ(textOf(Service::runsOf(popOn().text("A").control(0x12, 0x30))[0]), "À");
   EXPECT_EQ(textOf(Service::runsOf(popOn().control(0x13, 0x2C).text("x"))[0]), "‸x");
   EXPECT_EQ(textOf(Service::runsOf(popOn().text("A").control(0x11, 0x37))[0]), "A♪");

@@ -1,0 +1,142 @@
+// How fast line-21 pairs are decoded, and how much the chain around the decoder adds.
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "closed_caption/closed_caption_parser.h"
+#include "core/conversion_chain.h"
+#include "tests/support/caption_builder.h"
+
+namespace korr::encoding::subtitling {
+namespace {
+
+using test_support::CaptionBuilder;
+
+constexpr std::size_t kTripletBytes = 3;
+
+/// Two rows of a film, as pop-on captions send them: codes twice, text once.
+std::vector<std::uint8_t> popOnCaption() {
+  return CaptionBuilder()
+      .eraseNonDisplayedMemory()
+      .twice()
+      .resumeCaptionLoading()
+      .twice()
+      .preamble(14, 0x12)
+      .twice()
+      .text("The tide will turn at half")
+      .preamble(15, 0x12)
+      .twice()
+      .control(0x11, 0x2E)
+      .twice()
+      .text("past nine, and we go home.")
+      .endOfCaption()
+      .twice()
+      .take();
+}
+
+/// One row of live captions.
+std::vector<std::uint8_t> rollUpRow() {
+  return CaptionBuilder()
+      .rollUp(3)
+      .twice()
+      .carriageReturn()
+      .twice()
+      .preamble(15)
+      .twice()
+      .text(">> THE TIDE WILL TURN AT NINE.")
+      .take();
+}
+
+/// Padding, which is most of what line 21 carries.
+std::vector<std::uint8_t> padding() {
+  CaptionBuilder builder;
+  for (int i = 0; i < 60; ++i) builder.pair(0, 0);
+  return builder.take();
+}
+
+/// Whole captions a unit, each yielded once.
+void decode(benchmark::State& state, const std::vector<std::uint8_t>& triplets) {
+  closed_caption::ClosedCaptionParser parser(closed_caption::CaptionService::fromNumber(1));
+  MediaTime time = 0;
+  for (auto _ : state) {
+    parser.parse(triplets.data(), static_cast<std::int64_t>(triplets.size()), ++time, true);
+    if (parser.hasChanged()) benchmark::DoNotOptimize(parser.currentSubtitle(time));
+  }
+  state.SetItemsProcessed(state.iterations() *
+                          static_cast<std::int64_t>(triplets.size() / kTripletBytes));
+}
+BENCHMARK_CAPTURE(decode, popOn, popOnCaption());
+BENCHMARK_CAPTURE(decode, rollUp, rollUpRow());
+BENCHMARK_CAPTURE(decode, padding, padding());
+
+/// The one pair of a picture.
+class PictureItem final : public packaging::lib_parse_es::IMediaItem {
+ public:
+  PictureItem(const std::uint8_t* triplet, MediaTime start) : triplet_(triplet), start_(start) {}
+
+  std::int32_t length() const override { return kTripletBytes; }
+  packaging::lib_parse_es::Result payload(const std::uint8_t*& data) const override {
+    data = triplet_;
+    return packaging::lib_parse_es::kOk;
+  }
+  std::optional<Times> times() const override { return Times{start_, start_ + 1}; }
+  bool startFlag() const override { return true; }
+  bool secondFlag() const override { return false; }
+
+ private:
+  const std::uint8_t* triplet_;
+  MediaTime start_;
+};
+
+/// Gives away every buffer it takes back.
+class ReusingSink final : public IOutputSink {
+ public:
+  std::unique_ptr<IOutputBuffer> getBuffer() override {
+    return free_ ? std::move(free_) : std::make_unique<Buffer>();
+  }
+  void deliver(std::unique_ptr<IOutputBuffer> buffer) override { free_ = std::move(buffer); }
+  void endOfStream() override {}
+
+ private:
+  class Buffer final : public IOutputBuffer {
+   public:
+    std::uint8_t* data() override { return bytes_; }
+    std::size_t capacity() const override { return sizeof bytes_; }
+    void setUsedLength(std::size_t) override {}
+    void setSyncPoint(bool) override {}
+    void setDiscontinuity(bool) override {}
+    void setTime(MediaTime, MediaTime) override {}
+
+   private:
+    std::uint8_t bytes_[1024];
+  };
+
+  std::unique_ptr<IOutputBuffer> free_;
+};
+
+/// Samples of one pair, 29.97 a second, from the framer to the sink.
+void convert(benchmark::State& state, const std::vector<std::uint8_t>& triplets) {
+  constexpr MediaTime kPicture = 333'667;
+  ReusingSink sink;
+  ConversionChain chain(
+      sink,
+      {.inputType = SubtitleInputType::ClosedCaption, .page = 1, .mode = ConversionMode::WebVtt},
+      nullptr);
+  MediaTime time = 0;
+  for (auto _ : state) {
+    for (std::size_t at = 0; at < triplets.size(); at += kTripletBytes) {
+      chain.framer().push(std::make_shared<PictureItem>(triplets.data() + at, time += kPicture));
+    }
+  }
+  state.SetItemsProcessed(state.iterations() *
+                          static_cast<std::int64_t>(triplets.size() / kTripletBytes));
+}
+BENCHMARK_CAPTURE(convert, popOn, popOnCaption());
+BENCHMARK_CAPTURE(convert, rollUp, rollUpRow());
+BENCHMARK_CAPTURE(convert, padding, padding());
+
+}  // namespace
+}  // namespace korr::encoding::subtitling
