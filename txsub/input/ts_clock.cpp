@@ -16,11 +16,19 @@ void TsClock::onPcr(std::uint64_t pcr, bool discontinuity) {
     now_ = static_cast<TsTicks>(pcr);
   } else {
     const TsTicks step = tickDifference(pcr, pcr_);
-    const bool isSplice = discontinuity || step < 0 || step > kClockTolerance;
-    if (!isSplice) step_ = std::min(step, kLongestStep);
+    const bool isBackwards = step < (isCarriedOn_ ? -kClockTolerance : 0);
+    const bool isSplice = discontinuity || isBackwards || step > kClockTolerance;
+    if (!isSplice && step > 0) step_ = std::min(step, kLongestStep);
     *now_ += isSplice ? step_ : step;
   }
   pcr_ = pcr;
+  isCarriedOn_ = false;
+}
+
+void TsClock::carryOn(std::uint64_t stamp, TsTicks time) {
+  pcr_ = stamp;
+  now_ = time;
+  isCarriedOn_ = true;
 }
 
 std::optional<TsTicks> TsClock::place(std::uint64_t stamp) const {
@@ -30,10 +38,13 @@ std::optional<TsTicks> TsClock::place(std::uint64_t stamp) const {
   return *now_ + distance;
 }
 
-TsTicks TsStreamClock::place(std::uint64_t pts, const TsClock& clock) {
+TsTicks TsStreamClock::place(std::uint64_t pts, TsClock& clock) {
   if (const auto time = clock.place(pts)) return remember(pts, *time);
   const bool isNearLast = last_ && std::abs(tickDifference(pts, last_->pts)) <= kClockTolerance;
-  return remember(pts, clock.now() && !isNearLast ? *clock.now() : placeAlone(pts));
+  if (clock.now() && !isNearLast) return remember(pts, *clock.now());
+  const TsTicks time = placeAlone(pts);
+  if (clock.now() && time > *clock.now() + kClockTolerance) clock.carryOn(pts, time);
+  return remember(pts, time);
 }
 
 std::optional<TsTicks> TsStreamClock::placeSubtitle(std::optional<std::uint64_t> pts,
@@ -48,11 +59,6 @@ TsTicks TsStreamClock::placeAlone(std::uint64_t pts) const {
   if (!last_) return static_cast<TsTicks>(pts);
   const TsTicks step = tickDifference(pts, last_->pts);
   return step < -kClockTolerance ? last_->time : last_->time + step;
-}
-
-std::optional<TsTicks> TsStreamClock::last() const {
-  if (!last_) return {};
-  return last_->time;
 }
 
 TsTicks TsStreamClock::remember(std::uint64_t pts, TsTicks time) {

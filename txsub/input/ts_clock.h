@@ -35,6 +35,9 @@ class TsClock {
  public:
   void onPcr(std::uint64_t pcr, bool discontinuity);
 
+  /// Goes on by a time stamp that has been placed, as PCRs have not come for long.
+  void carryOn(std::uint64_t stamp, TsTicks time);
+
   /// The current time; nothing before the first PCR.
   std::optional<TsTicks> now() const { return now_; }
 
@@ -45,23 +48,22 @@ class TsClock {
   std::uint64_t pcr_ = 0;       // the last one
   TsTicks step_ = 0;            // between the last two
   std::optional<TsTicks> now_;  // at the last PCR
+  bool isCarriedOn_ = false;    // since then
 };
 
 /// The time stamps of one elementary stream, on the line of its programme's clock where there is
 /// one, else on their own.
 class TsStreamClock {
  public:
-  /// `pts` on the line of time. Where the clock does not vouch for it: as far from the stream's
-  /// last time stamp as it is, or the clock itself when that is too far as well.
-  TsTicks place(std::uint64_t pts, const TsClock& clock);
+  /// `pts`, of a picture or of sound, on the line of time. Where the clock does not vouch for it:
+  /// as far from the stream's last time stamp as it is, or the clock itself when that is too far as
+  /// well. A clock that has stopped is carried on.
+  TsTicks place(std::uint64_t pts, TsClock& clock);
 
   /// The time of a PES packet of subtitles, which do not come often enough to go by the last one:
   /// that of the clock when it does not vouch for `pts`, or when there is none. Nothing when there
   /// is no clock either.
   std::optional<TsTicks> placeSubtitle(std::optional<std::uint64_t> pts, const TsClock& clock);
-
-  /// The last time placed.
-  std::optional<TsTicks> last() const;
 
  private:
   TsTicks remember(std::uint64_t pts, TsTicks time);

@@ -51,7 +51,7 @@ bool TsFraming::search(std::span<const std::uint8_t> bytes, std::size_t& at, boo
     const void* const sync = std::memchr(bytes.data() + at, kTsSyncByte, bytes.size() - at);
     if (!sync) {
       at = bytes.size();
-      return false;
+      break;
     }
     at = static_cast<std::size_t>(static_cast<const std::uint8_t*>(sync) - bytes.data());
     if (!isEnd && at + kSyncReach > bytes.size()) return false;
@@ -62,13 +62,15 @@ bool TsFraming::search(std::span<const std::uint8_t> bytes, std::size_t& at, boo
     }
     ++at;
   }
+  if (isEnd) reportGap(offset + bytes.size());
   return false;
 }
 
+// Before the first packet and after the last a part of one is nothing to speak of.
 void TsFraming::reportGap(std::uint64_t found) {
   const std::uint64_t count = found - lostAt_;
-  const bool isCutAtStart = lostAt_ == 0 && count < distance_;
-  if (!report_ || isCutAtStart) return;
+  const bool isCut = (lostAt_ == 0 || distance_ == 0) && count < kTsPacketSize + kLargestGap;
+  if (!report_ || isCut) return;
   report_->warn("byte %" PRIu64 ": %" PRIu64 " bytes are no transport packets; passed over",
                 lostAt_, count);
 }

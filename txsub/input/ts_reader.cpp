@@ -24,6 +24,7 @@ constexpr std::uint16_t kFirstFreePid = 0x20;
 constexpr std::uint16_t kNullPid = 0x1FFF;
 
 constexpr std::uint8_t kPrivateData = 0x06;  // stream_type
+constexpr std::uint8_t kFirstUserPrivate = 0x80;
 constexpr std::uint8_t kVbiTeletextDescriptor = 0x46;
 constexpr std::uint8_t kTeletextDescriptor = 0x56;
 constexpr std::uint8_t kSubtitlingDescriptor = 0x59;
@@ -37,6 +38,11 @@ bool hasDescriptor(const TsStreamEntry& entry, std::uint8_t tag) {
     rest = rest.subspan(std::min<std::size_t>(rest.size(), 2U + rest[1]));
   }
   return false;
+}
+
+/// Whether only the content tells what this is, when no descriptor does.
+bool isPrivate(const TsStreamEntry& entry) {
+  return entry.streamType == kPrivateData || entry.streamType >= kFirstUserPrivate;
 }
 
 std::optional<Kind> kindOf(const TsStreamEntry& entry) {
@@ -86,6 +92,7 @@ struct TsReader::Stream {
   Kind kind;
   std::unique_ptr<ITsStream> decoder{};
   TsContinuity continuity{};
+  const TsProgrammeTime* time = nullptr;
   bool isWanted = true;
   bool isScramblingReported = false;
 };
@@ -253,7 +260,10 @@ void TsReader::applyTables() {
 
 void TsReader::applyEntry(std::uint16_t programme, const TsStreamEntry& entry) {
   const auto kind = kindOf(entry);
-  if (!kind) return;
+  if (!kind) {
+    if (!isPrivate(entry)) removeStream(entry.pid);
+    return;
+  }
   StreamInfo info;
   info.pid = entry.pid;
   info.program = programme;
@@ -275,8 +285,8 @@ void TsReader::addStream(StreamInfo info, const Kind& kind) {
       std::ranges::count_if(streams_, [](const auto& one) { return one != nullptr; });
   auto& slot = streams_[pid];
   if (!slot && static_cast<std::size_t>(count) >= kMostStreams) return;
-  if (slot && slot->isWanted) slot->decoder->flush();
-  info.id = slot ? ++replacedStreams_ << 16 | pid : pid;
+  removeStream(pid);
+  info.id = idOf(pid, kind);
   info.type = kind.type;
   info.isVideo = kind.isVideo;
 
@@ -289,12 +299,27 @@ void TsReader::addStream(StreamInfo info, const Kind& kind) {
                           .onSample = [this, &stream](const InputSample& sample) {
                             if (stream.isWanted) listener_->onSample(stream.info, sample);
                           }};
+  stream.time = &context.time;
   if (kind.isVideo) {
     stream.decoder = std::make_unique<TsVideoStream>(kind.codec, std::move(context));
   } else {
     stream.decoder = std::make_unique<TsSubtitleStream>(kind.type, std::move(context));
   }
   announce(stream);
+}
+
+// Streams keep their names when they come back, but not as something else.
+std::uint32_t TsReader::idOf(std::uint16_t pid, const Kind& kind) {
+  std::vector<Kind>& kinds = kinds_[pid];
+  const auto found = std::ranges::find(kinds, kind);
+  const auto index = static_cast<std::uint32_t>(found - kinds.begin());
+  if (found == kinds.end()) kinds.push_back(kind);
+  return index << 16 | pid;
+}
+
+void TsReader::removeStream(std::uint16_t pid) {
+  const auto stream = std::move(streams_[pid]);
+  if (stream && stream->isWanted) stream->decoder->flush();
 }
 
 void TsReader::announce(Stream& stream) {
@@ -321,10 +346,12 @@ void TsReader::updateRoles() {
   const auto add = [this](std::uint16_t pid, unsigned role) {
     roles_[pid] = static_cast<std::uint8_t>(roles_[pid] | role);
   };
-  if (options_.pid) add(static_cast<std::uint16_t>(*options_.pid % kPids), kUnknown);
+  if (options_.pid && *options_.pid < kPids) {
+    add(static_cast<std::uint16_t>(*options_.pid), kUnknown);
+  }
   for (const auto& [programme, map] : tables_.programmes()) {
     for (const TsStreamEntry& entry : map.streams) {
-      const bool isUnknown = entry.streamType == kPrivateData && isAskedFor(entry.pid);
+      const bool isUnknown = isPrivate(entry) && isAskedFor(entry.pid);
       roles_[entry.pid] = isUnknown ? kUnknown : kTiming;
     }
   }
@@ -350,10 +377,21 @@ ReadProgress TsReader::progress() const {
   return {.bytesRead = offset_ + std::min(begin_, end_), .bytesTotal = source_->size()};
 }
 
+// Programmes have clocks of their own, so only those count of which something is wanted.
+std::vector<const TsProgrammeTime*> TsReader::wantedTimes() const {
+  std::vector<const TsProgrammeTime*> times;
+  for (const auto& stream : streams_) {
+    if (stream && stream->isWanted) times.push_back(stream->time);
+  }
+  if (!times.empty()) return times;
+  for (const auto& [programme, time] : times_) times.push_back(&time);
+  return times;
+}
+
 std::optional<MediaTime> TsReader::startTime() const {
   std::optional<TsTicks> start;
-  for (const auto& [programme, time] : times_) {
-    const auto first = time.pictureStart ? time.pictureStart : time.subtitleStart;
+  for (const TsProgrammeTime* const time : wantedTimes()) {
+    const auto first = time->pictureStart ? time->pictureStart : time->subtitleStart;
     if (first) start = std::min(start.value_or(*first), *first);
   }
   if (!start) return {};
@@ -362,8 +400,8 @@ std::optional<MediaTime> TsReader::startTime() const {
 
 std::optional<MediaTime> TsReader::endTime() const {
   std::optional<TsTicks> end;
-  for (const auto& [programme, time] : times_) {
-    if (time.end) end = std::max(end.value_or(*time.end), *time.end);
+  for (const TsProgrammeTime* const time : wantedTimes()) {
+    if (time->end) end = std::max(end.value_or(*time->end), *time->end);
   }
   if (!end) return {};
   return toMediaTime(*end);

@@ -66,10 +66,13 @@ class TsReader final : public IMediaReader {
   void applyTables();
   void applyEntry(std::uint16_t programme, const TsStreamEntry& entry);
   void addStream(StreamInfo info, const TsStreamKind& kind);
+  void removeStream(std::uint16_t pid);
+  std::uint32_t idOf(std::uint16_t pid, const TsStreamKind& kind);
   void announce(Stream& stream);
   void updateRoles();
   bool isAskedFor(std::uint16_t pid) const { return !options_.pid || *options_.pid == pid; }
   TsProgrammeTime& timeOf(std::uint16_t pid);
+  std::vector<const TsProgrammeTime*> wantedTimes() const;
 
   std::unique_ptr<IByteSource> source_;
   ReaderOptions options_;
@@ -85,9 +88,9 @@ class TsReader final : public IMediaReader {
 
   TsFraming framing_{&report_};
   TsTables tables_{report_};
-  std::array<std::uint8_t, kPids> roles_{};       // bits of Role, by PID
-  std::vector<std::unique_ptr<Stream>> streams_;  // by PID; null: none
-  std::uint32_t replacedStreams_ = 0;
+  std::array<std::uint8_t, kPids> roles_{};                   // bits of Role, by PID
+  std::vector<std::unique_ptr<Stream>> streams_;              // by PID; null: none
+  std::map<std::uint16_t, std::vector<TsStreamKind>> kinds_;  // that a PID has been, in order
 
   std::map<std::uint16_t, TsProgrammeTime> times_;              // by programme; 0: not in a PMT
   std::map<std::uint16_t, std::uint16_t> programmes_;           // by PID, of those in a PMT

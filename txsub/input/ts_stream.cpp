@@ -42,7 +42,8 @@ void TsSubtitleStream::onLoss(unsigned lost) {
     if (pes_.isOpen()) pes_.appendStuffing(lost * kFullPayload);
     if (pes_.isOpen() && pes_.isComplete()) finish();
   } else {
-    warn(packets + " missing; the picture that they tore is left out");
+    warn(packets + (pes_.isOpen() ? " missing; the picture that they tore is left out"
+                                  : " missing; the picture in them is lost"));
     pes_.end();
   }
 }

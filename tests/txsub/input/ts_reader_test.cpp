@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 #include <random>
 #include <string>
@@ -274,6 +275,19 @@ TEST(TsReader, AWrongTeletextTimeIsReplacedByThePcr) {
   EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("PCR")));
 }
 
+TEST(TsReader, AClockThatStopsIsCarriedOnByThePictures) {
+  TsBuilder stream;
+  stream.tables(programme());
+  for (std::uint64_t i = 0; i < 60; ++i) {
+    if (i < 5 || i >= 50) stream.pcr(kVideoPid, i * kTicks);
+    stream.pes(kVideoPid, videoPes((i + 1) * kTicks, "ab"));
+    if (i % 20 == 19) stream.pes(kTeletextPid, teletextPes((i + 1) * kTicks));
+  }
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.timesOf(kTeletextPid), ElementsAre(20 * kSecond, 40 * kSecond, 60 * kSecond));
+  EXPECT_EQ(reading.end, 60 * kSecond);
+}
+
 TEST(TsReader, TimesAreEstimatedWhereThereAreNone) {
   TsBuilder stream;
   for (int i = 0; i < 3; ++i) stream.pes(kTeletextPid, teletextPes({}));
@@ -323,6 +337,49 @@ TEST(TsReader, FindsThePacketsAgainAfterGarbage) {
   EXPECT_THAT(reading.timesOf(kTeletextPid),
               ElementsAre(1 * kSecond, 2 * kSecond, 3 * kSecond, 4 * kSecond));
   EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("byte " + std::to_string(at))));
+}
+
+TEST(TsReader, APidThatBecomesAnotherStreamGetsAnotherName) {
+  TsBuilder stream;
+  TsProgram now = programme();
+  const auto become = [&](std::uint8_t type, const Bytes& descriptors, unsigned version) {
+    now.streams[1].type = type;
+    now.streams[1].descriptors = descriptors;
+    stream.pmt(now, version);
+  };
+  stream.tables(now).pcr(kVideoPid, 0).pes(kTeletextPid, teletextPes(1 * kTicks));
+  become(0x03, {}, 1);  // sound
+  stream.pes(kTeletextPid, teletextPes(2 * kTicks));
+  become(0x06, kSubtitlingDescriptor, 2);
+  stream.pes(kTeletextPid, dvbPes(3 * kTicks, dvbField(100)));
+  become(0x06, kTeletextDescriptor, 3);
+  stream.pes(kTeletextPid, teletextPes(4 * kTicks));
+  const Reading reading(stream.bytes());
+  ASSERT_THAT(reading.timesOf(kTeletextPid), ElementsAre(1 * kSecond, 3 * kSecond, 4 * kSecond));
+  const auto& samples = reading.listener.samples;
+  EXPECT_EQ(samples[0].first, samples[2].first);
+  EXPECT_NE(samples[0].first, samples[1].first);
+}
+
+TEST(TsReader, StartsWithTheProgrammeThatIsWanted) {
+  TsBuilder stream;
+  const TsProgram first{.number = 1,
+                        .pmtPid = 0x1000,
+                        .pcrPid = 0x100,
+                        .streams = {{.pid = 0x100, .type = TsStream::kH264}}};
+  const TsProgram second{.number = 2,
+                         .pmtPid = 0x1001,
+                         .pcrPid = 0x200,
+                         .streams = {{.pid = 0x200, .type = TsStream::kH264}}};
+  stream.pat(std::array{first, second}).pmt(first).pmt(second);
+  stream.pcr(0x100, 9 * kTicks).pes(0x100, videoPes(10 * kTicks, "ab"));
+  stream.pcr(0x200, 4999 * kTicks).pes(0x200, videoPes(5000 * kTicks, "cd"));
+  RecordingListener listener;
+  TsReader reader(std::make_unique<MemorySource>(stream.bytes()), {});
+  reader.read(listener);
+  EXPECT_EQ(reader.startTime(), 10 * kSecond);
+  reader.unselect(0x100);
+  EXPECT_EQ(reader.startTime(), 5000 * kSecond);
 }
 
 TEST(TsReader, FollowsANewProgrammeMap) {
