@@ -43,10 +43,10 @@ std::array<std::uint8_t, 4> colourAt(double distance, double stroke) {
 void drawLetter(PixelBuffer& pixels, std::uint32_t displayWidth, std::uint32_t left,
                 std::uint32_t top, std::uint32_t height, char letter) {
   std::mt19937 random{static_cast<unsigned char>(letter)};
-  const double width = height * 0.5;
+  const double width = height * 0.4;
   const double stroke = height * 0.07;
   const double slant = std::uniform_real_distribution(-0.3, 0.3)(random);
-  const double radius = std::uniform_real_distribution(0.15, 0.3)(random) * height;
+  const double radius = std::uniform_real_distribution(0.1, 0.2)(random) * height;
   const double middle = std::uniform_real_distribution(0.3, 0.7)(random) * height;
   for (std::uint32_t y = 0; y < height; ++y) {
     for (std::uint32_t x = 0; x < static_cast<std::uint32_t>(width); ++x) {
@@ -64,8 +64,8 @@ SubtitleBitmap page(std::uint32_t width, std::uint32_t height) {
   constexpr std::array<std::string_view, 2> kLines = {"The tide will turn at half past nine,",
                                                       "and we shall be home before the rain."};
   auto pixels = std::make_shared<PixelBuffer>(width, height);
-  const std::uint32_t letterHeight = height / 18;
-  const std::uint32_t advance = letterHeight / 2;
+  const std::uint32_t letterHeight = height / 22;
+  const std::uint32_t advance = letterHeight * 2 / 5;
   std::uint32_t top = height - 4 * letterHeight;
   pixels->addPaintedRows({top, top + 2 * letterHeight + letterHeight / 2});
   for (const std::string_view line : kLines) {

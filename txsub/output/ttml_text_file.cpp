@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 #include "txsub/output/language_tag.h"
 #include "txsub/output/text_group.h"
@@ -39,6 +40,15 @@ const char* hexOf(TextColour colour) {
   return "#FFFFFF";
 }
 
+// Whether UTF-8 text holds Hebrew or Arabic letters: those of U+0580 to U+07FF, or the presentation
+// forms, which are all that teletext has from U+F000 on.
+bool isRightToLeft(std::string_view utf8) {
+  return std::ranges::any_of(utf8, [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte >= 0xD6 && byte <= 0xDF) || byte == 0xEF;
+  });
+}
+
 Attributes spanStyle(const TextSpan& span) {
   char background[16];
   std::snprintf(background, sizeof background, "%s%02X", hexOf(span.background),
@@ -46,6 +56,11 @@ Attributes spanStyle(const TextSpan& span) {
   Attributes style = {{"tts:color", hexOf(span.foreground)}, {"tts:backgroundColor", background}};
   if (span.italic) style.emplace_back("tts:fontStyle", "italic");
   if (span.underline) style.emplace_back("tts:textDecoration", "underline");
+  if (isRightToLeft(span.text)) {
+    // Teletext sends letters as they stand on screen; they must not be turned around once more.
+    style.emplace_back("tts:direction", "ltr");
+    style.emplace_back("tts:unicodeBidi", "bidiOverride");
+  }
   return style;
 }
 

@@ -55,6 +55,8 @@ const std::map<std::string, Rule> kRules = {
                      {"tts:backgroundColor", kColour},
                      {"tts:fontStyle", "normal|italic"},
                      {"tts:textDecoration", "none|underline"},
+                     {"tts:direction", "ltr|rtl"},
+                     {"tts:unicodeBidi", "normal|embed|bidiOverride"},
                      {"ebutts:linePadding", R"(\d+(\.\d+)?c)"},
                      {"itts:fillLineGap", "true|false"}},
       .required = {"xml:id"}}},

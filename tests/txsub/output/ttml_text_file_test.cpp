@@ -88,6 +88,25 @@ TEST(TtmlTextFile, KeepsPlaceAndStyleOfCaptions) {
       << document;
 }
 
+TEST(TtmlTextFile, KeepsRightToLeftLettersWhereTheyStoodOnScreen) {
+  const auto row = [](std::int32_t number, std::string_view letter) {
+    auto letters = run(9, "  ", TeletextColour::White);
+    letters.glyphs.emplace_back(letter);
+    return TeletextText::TextRow{.number = number, .runs = {letters}};
+  };
+  for (const char* letter : {"א", "ي", "ﺏ"}) {
+    TeletextText page;
+    page.rows = {row(20, letter)};
+    EXPECT_NE(ttml(kTeletext, {cue(0, 1, model::Subtitle(page))})
+                  .find(" tts:direction=\"ltr\" tts:unicodeBidi=\"bidiOverride\""),
+              std::string::npos)
+        << letter;
+  }
+  TeletextText page;
+  page.rows = {row(20, "Ж"), row(22, "♪")};
+  EXPECT_EQ(ttml(kTeletext, {cue(0, 1, model::Subtitle(page))}).find("bidi"), std::string::npos);
+}
+
 TEST(TtmlTextFile, ConformsToEbuTtD) {
   TeletextText mixed;
   mixed.rows = {{.number = 1, .runs = {run(0, "  up", TeletextColour::Red)}},
