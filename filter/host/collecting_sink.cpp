@@ -9,10 +9,74 @@ namespace korr::streaming::direct_show::host::inline v2_1 {
 using filters::mqs_subtitle_converter::MEDIATYPE_TimedText;
 using Microsoft::WRL::ComPtr;
 
-CCollectingSink::CCollectingSink(Callbacks callbacks)
+ReceivedSample describe(IMediaSample* sample) {
+  REFERENCE_TIME start = 0;
+  REFERENCE_TIME stop = 0;
+  sample->GetTime(&start, &stop);
+  BYTE* bytes = nullptr;
+  sample->GetPointer(&bytes);
+  const auto length = static_cast<std::size_t>(sample->GetActualDataLength());
+  return {.start = static_cast<std::uint64_t>(start),
+          .stop = static_cast<std::uint64_t>(stop),
+          .sync = sample->IsSyncPoint() == S_OK,
+          .discontinuity = sample->IsDiscontinuity() == S_OK,
+          .data = {bytes, bytes ? length : 0},
+          .sample = sample};
+}
+
+CCollectingSink::CCollectingSink(Callbacks callbacks, REFERENCE_TIME timeBase)
     : CBaseFilter(TEXT("collecting sink"), nullptr, &lock_, GUID_NULL),
       callbacks_(std::move(callbacks)),
+      timeBase_(timeBase),
+      due_(CreateEventW(nullptr, FALSE, FALSE, nullptr)),
+      stopped_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       pin_(this, &lock_, &pinResult_) {
+}
+
+CCollectingSink::~CCollectingSink() {
+  CloseHandle(due_);
+  CloseHandle(stopped_);
+}
+
+HRESULT CCollectingSink::NonDelegatingQueryInterface(REFIID iid, void** object) {
+  if (iid == IID_IAMFilterMiscFlags) {
+    return GetInterface(static_cast<IAMFilterMiscFlags*>(this), object);
+  }
+  return CBaseFilter::NonDelegatingQueryInterface(iid, object);
+}
+
+void CCollectingSink::waitUntilDue(REFERENCE_TIME start) {
+  ComPtr<IReferenceClock> clock;
+  GetSyncSource(&clock);
+  DWORD_PTR cookie = 0;
+  if (!clock || m_State != State_Running ||
+      FAILED(clock->AdviseTime(m_tStart, start - timeBase_, reinterpret_cast<HEVENT>(due_),
+                               &cookie))) {
+    return;
+  }
+  const HANDLE either[] = {stopped_, due_};
+  WaitForMultipleObjects(2, either, FALSE, INFINITE);
+  clock->Unadvise(cookie);
+}
+
+HRESULT CCollectingSink::Pin::Active() {
+  ResetEvent(sink_->stopped_);
+  return CBaseInputPin::Active();
+}
+
+HRESULT CCollectingSink::Pin::Inactive() {
+  SetEvent(sink_->stopped_);
+  return CBaseInputPin::Inactive();
+}
+
+HRESULT CCollectingSink::Pin::BeginFlush() {
+  SetEvent(sink_->stopped_);
+  return CBaseInputPin::BeginFlush();
+}
+
+HRESULT CCollectingSink::Pin::EndFlush() {
+  ResetEvent(sink_->stopped_);
+  return CBaseInputPin::EndFlush();
 }
 
 HRESULT CCollectingSink::Pin::CheckMediaType(const CMediaType* type) {
@@ -22,19 +86,9 @@ HRESULT CCollectingSink::Pin::CheckMediaType(const CMediaType* type) {
 HRESULT CCollectingSink::Pin::Receive(IMediaSample* sample) {
   const HRESULT result = CBaseInputPin::Receive(sample);
   if (result != S_OK) return result;
-  REFERENCE_TIME start = 0;
-  REFERENCE_TIME stop = 0;
-  sample->GetTime(&start, &stop);
-  BYTE* bytes = nullptr;
-  const HRESULT pointed = sample->GetPointer(&bytes);
-  if (FAILED(pointed)) return pointed;
-  return sink_->callbacks_.onSample(
-      {.start = static_cast<std::uint64_t>(start),
-       .stop = static_cast<std::uint64_t>(stop),
-       .sync = sample->IsSyncPoint() == S_OK,
-       .discontinuity = sample->IsDiscontinuity() == S_OK,
-       .data = {bytes, static_cast<std::size_t>(sample->GetActualDataLength())},
-       .sample = sample});
+  const ReceivedSample received = describe(sample);
+  sink_->waitUntilDue(static_cast<REFERENCE_TIME>(received.start));
+  return sink_->callbacks_.onSample(received);
 }
 
 HRESULT CCollectingSink::Pin::EndOfStream() {

@@ -19,8 +19,12 @@ struct ReceivedSample {
   IMediaSample* sample = nullptr;  ///< the sample itself, for a host that keeps it
 };
 
-/// One input pin that takes timed text of any subtype.
-class CCollectingSink final : public CBaseFilter {
+/// What a sample of timed text holds.
+ReceivedSample describe(IMediaSample* sample);
+
+/// One input pin that takes timed text of any subtype. With a clock in the graph, samples wait
+/// until they are due.
+class CCollectingSink final : public CBaseFilter, public IAMFilterMiscFlags {
  public:
   /// Called on the streaming thread; what `onSample` returns is what Receive returns.
   struct Callbacks {
@@ -28,7 +32,15 @@ class CCollectingSink final : public CBaseFilter {
     std::function<void()> onEndOfStream;
   };
 
-  explicit CCollectingSink(Callbacks callbacks);
+  /// `timeBase`: the sample time (100 ns) that is due when the graph starts.
+  explicit CCollectingSink(Callbacks callbacks, REFERENCE_TIME timeBase = 0);
+  ~CCollectingSink() override;
+
+  DECLARE_IUNKNOWN
+  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** object) override;
+
+  // IAMFilterMiscFlags: the graph waits for the end of the stream at renderers only.
+  ULONG STDMETHODCALLTYPE GetMiscFlags() override { return AM_FILTER_MISC_FLAGS_IS_RENDERER; }
 
   int GetPinCount() override { return 1; }
   CBasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
@@ -43,13 +55,22 @@ class CCollectingSink final : public CBaseFilter {
     HRESULT CheckMediaType(const CMediaType* type) override;
     HRESULT STDMETHODCALLTYPE Receive(IMediaSample* sample) override;
     HRESULT STDMETHODCALLTYPE EndOfStream() override;
+    HRESULT STDMETHODCALLTYPE BeginFlush() override;
+    HRESULT STDMETHODCALLTYPE EndFlush() override;
+    HRESULT Active() override;
+    HRESULT Inactive() override;
 
    private:
     CCollectingSink* sink_;
   };
 
+  void waitUntilDue(REFERENCE_TIME start);
+
   CCritSec lock_;
   Callbacks callbacks_;
+  REFERENCE_TIME timeBase_;
+  HANDLE due_;      // auto-reset: the clock says that it is time
+  HANDLE stopped_;  // while set nobody waits
   HRESULT pinResult_ = S_OK;
   Pin pin_;
 };

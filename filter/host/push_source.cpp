@@ -19,14 +19,22 @@ CPushSource::CPushSource(Settings settings)
       pin_(this, &lock_, &pinResult_) {
 }
 
-HRESULT CPushSource::push(const txsub::InputSample& sample) {
+HRESULT CPushSource::fill(const txsub::InputSample& sample, IMediaSample** filled) {
+  *filled = nullptr;
   ComPtr<IMediaSample> target;
   HRESULT result = pin_.GetDeliveryBuffer(&target, nullptr, nullptr, 0);
-  if (SUCCEEDED(result)) result = fill(*target.Get(), sample);
-  return SUCCEEDED(result) ? pin_.Deliver(target.Get()) : result;
+  if (SUCCEEDED(result)) result = copy(sample, *target.Get());
+  if (SUCCEEDED(result)) *filled = target.Detach();
+  return result;
 }
 
-HRESULT CPushSource::fill(IMediaSample& target, const txsub::InputSample& sample) const {
+HRESULT CPushSource::push(const txsub::InputSample& sample) {
+  ComPtr<IMediaSample> filled;
+  const HRESULT result = fill(sample, &filled);
+  return SUCCEEDED(result) ? deliver(filled.Get()) : result;
+}
+
+HRESULT CPushSource::copy(const txsub::InputSample& sample, IMediaSample& target) const {
   BYTE* bytes = nullptr;
   HRESULT result = target.GetPointer(&bytes);
   if (FAILED(result)) return result;

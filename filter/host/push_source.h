@@ -20,7 +20,13 @@ class CPushSource final : public CBaseFilter {
   int GetPinCount() override { return 1; }
   CBasePin* GetPin(int index) override { return index == 0 ? &pin_ : nullptr; }
 
-  /// Delivers one sample as it was recorded; waits while all buffers are in use downstream.
+  /// Stores a buffer filled with a sample as it was recorded; waits while all are in use
+  /// downstream.
+  HRESULT fill(const txsub::InputSample& sample, IMediaSample** filled);
+
+  HRESULT deliver(IMediaSample* filled) { return pin_.Deliver(filled); }
+
+  /// Both of the above.
   HRESULT push(const txsub::InputSample& sample);
 
   /// The format type of media types attached to samples from now on.
@@ -48,7 +54,7 @@ class CPushSource final : public CBaseFilter {
     CPushSource* source_;
   };
 
-  HRESULT fill(IMediaSample& target, const txsub::InputSample& sample) const;
+  HRESULT copy(const txsub::InputSample& sample, IMediaSample& target) const;
 
   CCritSec lock_;
   Settings settings_;
