@@ -96,16 +96,18 @@ std::string_view takeGlyph(std::string_view& utf8) {
 TeletextPacket headerPacket(const TeletextHeader& header) {
   TeletextPacket packet = packetOf(header.page, 0);
   const std::uint32_t option = header.nationalOption;
+  const auto at = [](unsigned bit, bool isSet) { return isSet ? 1u << (bit - 1) : 0u; };
   const std::array<std::uint32_t, 8> nibbles = {
       header.page,
       header.page >> 4,
       header.subcode,
-      (header.subcode >> 4 & 7) | header.erasePage << 3,
+      (header.subcode >> 4 & 7) | at(4, header.erasePage),
       header.subcode >> 8,
-      (header.subcode >> 12 & 3) | header.newsflash << 2 | header.subtitle << 3,
-      std::uint32_t{header.suppressHeader} | header.update << 1 | header.interruptedSequence << 2 |
-          header.inhibitDisplay << 3,
-      header.magazineSerial | (option >> 2 & 1) << 1 | (option >> 1 & 1) << 2 | (option & 1) << 3};
+      (header.subcode >> 12 & 3) | at(3, header.newsflash) | at(4, header.subtitle),
+      at(1, header.suppressHeader) | at(2, header.update) | at(3, header.interruptedSequence) |
+          at(4, header.inhibitDisplay),
+      at(1, header.magazineSerial) | at(2, (option & 4) != 0) | at(3, (option & 2) != 0) |
+          at(4, (option & 1) != 0)};
   std::ranges::transform(nibbles, packet.begin() + kData, hamming);
   putText(packet, nibbles.size(), header.text);
   return packet;
