@@ -4,7 +4,7 @@
 #include "platform/terminal.h"
 #include "txsub/commands/commands.h"
 #include "txsub/console.h"
-#include "txsub/options.h"
+#include "txsub/options/options.h"
 #include "util/exception.h"
 
 namespace {

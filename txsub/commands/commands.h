@@ -2,7 +2,7 @@
 #pragma once
 
 #include "txsub/console.h"
-#include "txsub/options.h"
+#include "txsub/options/options.h"
 
 namespace korr::txsub {
 

@@ -15,11 +15,11 @@ namespace fs = std::filesystem;
 
 ChainConfiguration configurationOf(const ConvertOptions& options) {
   return {.mode = chainMode(options.mode),
-          .page = options.page.value_or(0),
+          .page = options.query.page.value_or(0),
           .durationMs = options.durationMs,
-          .language = options.language,
-          .hearingImpaired = options.hearingImpaired,
-          .pageOption = options.pageOption.value_or(0),
+          .language = options.query.language,
+          .hearingImpaired = options.query.hearingImpaired,
+          .pageOption = options.query.pageOption.value_or(0),
           .ttmlOption = options.ebuTt,
           .choosesPage = true};
 }
@@ -105,7 +105,7 @@ ExitCode Conversion::run() {
   if (isOneFile(options_.input.path, options_.output)) {
     throw UsageError("the output would overwrite the input " + quoted(options_.input.path));
   }
-  if (options_.page && !isReplay()) checkPage(*options_.page);
+  if (options_.query.page && !isReplay()) checkPage(*options_.query.page);
   if (!options_.all) checkDirectoryOf(options_.output);
 
   ServicePass pass(
@@ -122,14 +122,10 @@ ExitCode Conversion::run() {
 // Recorded samples are replayed as configured: nothing is looked for, nothing guessed.
 std::unique_ptr<IServiceFinder> Conversion::makeFinder(const StreamInfo& stream) {
   if (isReplay()) {
-    return std::make_unique<ConfiguredService>(options_.page.value_or(0),
-                                               options_.pageOption.value_or(0));
+    return std::make_unique<ConfiguredService>(options_.query.page.value_or(0),
+                                               options_.query.pageOption.value_or(0));
   }
-  const ServiceQuery query{.page = options_.page,
-                           .language = options_.language,
-                           .hearingImpaired = options_.hearingImpaired,
-                           .pageOption = options_.pageOption};
-  return createServiceFinder(stream, query, &console_);
+  return createServiceFinder(stream, options_.query, &console_);
 }
 
 std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
@@ -143,7 +139,7 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
   if (options_.kind != OutputKind::Samples) {
     return makeCueSession(service, stream, configuration);
   }
-  const bool isCertain = isReplay() || options_.page.has_value();
+  const bool isCertain = isReplay() || options_.query.page.has_value();
   return std::make_unique<SampleSession>(service, configuration, stream.descriptors,
                                          pathFor(service, ".jsonl"), isCertain, console_);
 }
@@ -209,13 +205,13 @@ void Conversion::explainNothing(const ServicePass& pass) {
   } else if (refused_) {
     console_.error(describe(*refused_) + " in " + input +
                    " is text and cannot become pictures; use --mode webvtt, srt or ttml");
-  } else if (isReplay() && !options_.page) {
+  } else if (isReplay() && !options_.query.page) {
     console_.error(
         "nothing was shown: without --page, recorded samples are replayed with page 0; "
         "name the page or caption service, as in --page 1");
   } else if (pass.streamCount() == 0) {
     console_.error("there is no stream in " + input + " that could carry subtitles");
-  } else if (options_.page || options_.input.pid || !options_.language.empty()) {
+  } else if (options_.query.page || options_.input.pid || !options_.query.language.empty()) {
     console_.error("nothing of what was asked for is shown in " + input +
                    "; 'txsub probe' lists what there is");
   } else {

@@ -58,6 +58,7 @@ std::unique_ptr<ServiceSession> Rendering::makeSession(const Service& service,
   ChainConfiguration configuration;
   configuration.page = service.page;
   configuration.pageOption = service.pageOption;
+  configuration.choosesPage = false;
   return std::make_unique<CueSession>(
       service, configuration, stream.descriptors,
       std::make_unique<CueTrack>([this] { return start(); },

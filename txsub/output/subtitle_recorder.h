@@ -25,6 +25,9 @@ class SubtitleRecorder final : public encoding::subtitling::IOutputSink {
   /// Hands out the last cue.
   void finish();
 
+  /// Whether the last subtitle has something to see and has been shown for no time yet.
+  bool isWaiting() const { return current_ && (!open_ || open_->subtitle != current_); }
+
   /// Whether any subtitle with something to see has come.
   bool hasShown() const { return hasShown_; }
 

@@ -80,7 +80,8 @@ void CueSession::push(const InputSample& sample, const SharedSample& shared) {
 
 // A subtitle that comes with the very last sample has no end of its own: it stays for a segment.
 void CueSession::endInput(MediaTime end) {
-  host_.flush(end > lastTime_ ? end : lastTime_ + segment_);
+  host_.flush(std::max(end, lastTime_));
+  if (recorder_.isWaiting()) host_.flush(lastTime_ + segment_);
   recorder_.finish();
 }
 

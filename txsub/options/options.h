@@ -40,11 +40,8 @@ struct ConvertOptions {
   TextMode mode = TextMode::WebVtt;
   bool isModeGiven = false;  ///< by `--mode` or the output's extension
   OutputKind kind = OutputKind::Playable;
-  std::optional<std::uint32_t> page;  ///< as the configuration interface takes it
+  ServiceQuery query;
   std::uint32_t durationMs = 2000;
-  std::string language;
-  bool hearingImpaired = false;
-  std::optional<std::uint32_t> pageOption;
   bool ebuTt = false;
   PictureStorage pictures = PictureStorage::Embedded;
   bool absolute = false;

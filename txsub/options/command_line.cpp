@@ -1,0 +1,54 @@
+#include <CLI/CLI.hpp>
+#include <sstream>
+
+#include "txsub/options/options.h"
+#include "txsub/options/subcommand.h"
+
+namespace korr::txsub {
+
+namespace {
+
+constexpr const char* kVersion = "1.0.0";
+
+constexpr const char* kProgramExamples =
+    "Examples:\n"
+    "  txsub probe recording.ts                  what subtitles are in it?\n"
+    "  txsub convert recording.ts -o subs.vtt    write them as WebVTT\n"
+    "  txsub COMMAND --help                      all about one command";
+
+// The error is CLI11's way out for --help and --version, too.
+NoCommand explain(const CLI::App& program, const CLI::ParseError& error) {
+  std::ostringstream out;
+  std::ostringstream errors;
+  const bool isResult = program.exit(error, out, errors) == 0;
+  return {.text = isResult ? out.str() : errors.str(), .exitCode = isResult ? kDone : kUsage};
+}
+
+}  // namespace
+
+std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>& arguments) {
+  CLI::App program{"Subtitles of broadcast recordings as WebVTT, SRT and TTML.", "txsub"};
+  program.set_version_flag("--version", std::string("txsub ") + kVersion);
+  program.require_subcommand(1);
+  program.footer(std::string(kProgramExamples) + "\n\n" + std::string(exitCodes()));
+  program.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return "txsub: " + std::string(error.what()) + "\nSee 'txsub --help'.\n";
+  });
+  std::vector<std::unique_ptr<ISubcommand>> subcommands;
+  for (const auto add : {addConvert, addProbe, addExtract, addRender}) {
+    subcommands.push_back(add(program));
+  }
+
+  try {
+    // CLI11 takes the arguments last first, without the program's name.
+    program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
+    for (const auto& subcommand : subcommands) {
+      if (subcommand->isCalled()) return subcommand->settle();
+    }
+    throw CLI::CallForHelp();
+  } catch (const CLI::ParseError& error) {
+    return explain(program, error);
+  }
+}
+
+}  // namespace korr::txsub

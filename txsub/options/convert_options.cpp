@@ -1,0 +1,212 @@
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <map>
+
+#include "txsub/options/subcommand.h"
+#include "txsub/output/output_file.h"
+
+namespace korr::txsub {
+
+namespace {
+
+using encoding::subtitling::ConversionMode;
+
+constexpr const char* kExamples =
+    "Without --page, --pid or --language the first service that shows text is converted.\n\n"
+    "Examples:\n"
+    "  txsub convert news.ts                          captions or teletext as WebVTT, to the "
+    "terminal\n"
+    "  txsub convert news.ts --page CC3 -o news.srt   the third caption service as SRT\n"
+    "  txsub convert film.ts --page 888 -o film.vtt   teletext page 888\n"
+    "  txsub convert film.ts -o film.ttml             DVB pictures in one TTML document\n"
+    "  txsub convert film.ts -o pictures/             DVB pictures as PNG files\n"
+    "  txsub convert mux.ts --all -o subtitles        every service, one file each\n"
+    "  cat live.ts | txsub convert - -o live.vtt      Ctrl-C ends it with a complete file\n"
+    "  txsub convert report.jsonl --page 1 --mode webvtt -o out.jsonl\n"
+    "                                                 exactly what the filter delivers";
+
+const std::map<std::string, TextMode> kModes = {
+    {"webvtt", TextMode::WebVtt}, {"srt", TextMode::Srt}, {"ttml", TextMode::Ttml}};
+
+const std::map<std::string, OutputKind> kKinds = {{"file", OutputKind::Playable},
+                                                  {"samples", OutputKind::Samples},
+                                                  {"pictures", OutputKind::Pictures}};
+
+const std::map<std::string, PictureStorage> kStorages = {{"embedded", PictureStorage::Embedded},
+                                                         {"files", PictureStorage::Files}};
+
+struct Extension {
+  std::string_view name;
+  OutputKind kind;
+  std::optional<TextMode> mode;
+};
+
+constexpr std::array<Extension, 5> kExtensions = {{
+    {".vtt", OutputKind::Playable, TextMode::WebVtt},
+    {".srt", OutputKind::Playable, TextMode::Srt},
+    {".ttml", OutputKind::Playable, TextMode::Ttml},
+    {".xml", OutputKind::Playable, TextMode::Ttml},
+    {".jsonl", OutputKind::Samples, std::nullopt},
+}};
+
+const Extension* findExtension(const std::string& path) {
+  const std::string extension = lowerCase(utf8FromPath(pathFromUtf8(path).extension()));
+  const auto found = std::find_if(kExtensions.begin(), kExtensions.end(),
+                                  [&](const Extension& known) { return known.name == extension; });
+  return found == kExtensions.end() ? nullptr : &*found;
+}
+
+bool namesDirectory(const std::string& path) {
+  std::error_code none;
+  return path.ends_with('/') || std::filesystem::is_directory(pathFromUtf8(path), none);
+}
+
+// Pictures are files; standard output cannot take them.
+void checkPictures(const ConvertOptions& options) {
+  if (options.output != "-") return;
+  if (options.kind == OutputKind::Pictures) {
+    throw usageError("--as", "name the directory for the pictures with -o DIR");
+  }
+  if (options.pictures == PictureStorage::Files) {
+    throw usageError("--images", "name the document with -o FILE; its pictures are put beside it");
+  }
+}
+
+class ConvertSubcommand final : public ISubcommand {
+ public:
+  explicit ConvertSubcommand(CLI::App& program);
+
+  bool isCalled() const override { return command_->parsed(); }
+  Command settle() override;
+
+ private:
+  void settleOutput();
+
+  CLI::App* command_;
+  InputArguments input_;
+  ServiceArguments service_;
+  ConvertOptions options_;
+  // As typed; the options say what they come to.
+  std::string output_;
+  std::optional<TextMode> mode_;
+  std::optional<OutputKind> kind_;
+};
+
+ConvertSubcommand::ConvertSubcommand(CLI::App& program)
+    : command_(program.add_subcommand("convert", "Convert the subtitles of a recording")) {
+  input_.addTo(*command_);
+  command_
+      ->add_option("-o,--output", output_,
+                   "Where to write (default: standard output, WebVTT). The extension chooses the "
+                   "format: .vtt, .srt, .ttml or .xml; .jsonl is what the filter would deliver; a "
+                   "directory takes pictures")
+      ->type_name("OUTPUT");
+  command_->add_option("--mode", mode_, "Format: webvtt, srt or ttml")
+      ->transform(CLI::CheckedTransformer(kModes, CLI::ignore_case).description(""))
+      ->type_name("MODE");
+  command_
+      ->add_option("--as", kind_,
+                   "file: one that players show; samples: exactly what the filter would deliver; "
+                   "pictures: a directory of PNG files with their times in index.json")
+      ->transform(CLI::CheckedTransformer(kKinds, CLI::ignore_case).description(""))
+      ->type_name("KIND");
+  service_.addTo(*command_);
+  command_
+      ->add_option("--duration", options_.durationMs,
+                   "Segment duration in milliseconds: an unchanged document is repeated after it; "
+                   "0 never repeats")
+      ->type_name("MS")
+      ->capture_default_str();
+  command_->add_flag("--ebu-tt", options_.ebuTt,
+                     "Write TTML as EBU-TT (files that players show: EBU-TT-D)");
+  command_
+      ->add_option("--images", options_.pictures,
+                   "Pictures in TTML. embedded: within the document (SMPTE-TT); files: PNG files "
+                   "beside it (IMSC 1)")
+      ->transform(CLI::CheckedTransformer(kStorages, CLI::ignore_case).description(""))
+      ->type_name("WHERE");
+  command_->add_flag("--absolute", options_.absolute,
+                     "Keep the stream's own times; otherwise files start at the recording's start");
+  command_->add_flag("--all", options_.all,
+                     "Every service of the recording, one file each into the directory OUTPUT");
+  command_->footer(footer(kExamples));
+}
+
+Command ConvertSubcommand::settle() {
+  options_.input = input_.settle();
+  options_.query = service_.settle();
+  if (options_.all && output_.empty()) {
+    throw usageError("--all", "name the directory for the files with -o DIR");
+  }
+  settleOutput();
+  return options_;
+}
+
+// What --as, --mode and the output's name say together.
+void ConvertSubcommand::settleOutput() {
+  if (!output_.empty()) options_.output = output_;
+  if (!options_.all && !mode_ && !kind_ && namesDirectory(options_.output)) {
+    kind_ = OutputKind::Pictures;
+  }
+  while (options_.output.size() > 1 && options_.output.ends_with('/')) options_.output.pop_back();
+  const Extension* extension = options_.all ? nullptr : findExtension(options_.output);
+  const bool isFile = !output_.empty() && options_.output != "-" && !options_.all;
+
+  if (kind_) {
+    options_.kind = *kind_;
+  } else if (extension) {
+    options_.kind = extension->kind;
+  }
+  const bool isNameHeeded = extension && extension->kind == options_.kind && extension->mode;
+  if (isNameHeeded && mode_ && *mode_ != *extension->mode) {
+    throw usageError("--mode", "the output's name '" + options_.output +
+                                   "' stands for another format; change one of the two");
+  }
+  if (isFile && !extension && !mode_ && !kind_) {
+    throw usageError("--output", "the name '" + options_.output +
+                                     "' does not say which format to write; end it in .vtt, .srt, "
+                                     ".ttml or .jsonl, or give --mode");
+  }
+  options_.isModeGiven = mode_ || isNameHeeded;
+  if (mode_) {
+    options_.mode = *mode_;
+  } else if (isNameHeeded) {
+    options_.mode = *extension->mode;
+  } else if (options_.kind == OutputKind::Samples) {
+    options_.mode = TextMode::Ttml;  // the configuration interface's default
+  }
+  checkPictures(options_);
+}
+
+}  // namespace
+
+std::unique_ptr<ISubcommand> addConvert(CLI::App& program) {
+  return std::make_unique<ConvertSubcommand>(program);
+}
+
+ConversionMode chainMode(TextMode mode) {
+  switch (mode) {
+    case TextMode::WebVtt:
+      return ConversionMode::WebVtt;
+    case TextMode::Srt:
+      return ConversionMode::YoutubeSrt;
+    case TextMode::Ttml:
+      break;
+  }
+  return ConversionMode::Ttml;
+}
+
+PlayableFormat playableFormat(TextMode mode) {
+  switch (mode) {
+    case TextMode::WebVtt:
+      return PlayableFormat::WebVtt;
+    case TextMode::Srt:
+      return PlayableFormat::Srt;
+    case TextMode::Ttml:
+      break;
+  }
+  return PlayableFormat::Ttml;
+}
+
+}  // namespace korr::txsub

@@ -1,0 +1,117 @@
+#include "txsub/options/subcommand.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace korr::txsub {
+
+namespace {
+
+constexpr const char* kExitCodes =
+    "Exit codes:\n"
+    "  0  done\n"
+    "  1  the input could not be read or holds nothing that was asked for, or the output could not "
+    "be written\n"
+    "  2  wrong usage";
+
+constexpr const char* kInputs =
+    "INPUT is told by its content, not by its name: an MPEG transport stream (188, 192 or "
+    "204-byte\n"
+    "packets), an .scc file, recorded samples (.jsonl), or any other recording that libavformat\n"
+    "opens (MP4, MOV, MKV, MXF ...). '-' reads standard input.";
+
+// "CC3" and "3" are caption service 3; "888" is teletext magazine 8, page 88.
+std::uint32_t parsePage(const std::string& text) {
+  const std::string lower = lowerCase(text);
+  const bool isCaption = lower.starts_with("cc");
+  const auto page = parseNumber(isCaption ? std::string_view(lower).substr(2) : lower, 16);
+  if (!page || (isCaption && (*page < 1 || *page > 4))) {
+    throw usageError("--page", "'" + text +
+                                   "' is neither a caption service (1 to 4 or CC1 to CC4) nor a "
+                                   "teletext page (100 to 8ff)");
+  }
+  return *page;
+}
+
+std::uint32_t parsePid(const std::string& text) {
+  const std::string lower = lowerCase(text);
+  const bool isHexadecimal = lower.starts_with("0x");
+  const auto pid =
+      isHexadecimal ? parseNumber(std::string_view(lower).substr(2), 16) : parseNumber(lower, 10);
+  if (!pid) throw usageError("--pid", "'" + text + "' is not a number such as 500 or 0x1f4");
+  return *pid;
+}
+
+}  // namespace
+
+void InputArguments::addTo(CLI::App& command) {
+  command.add_option("INPUT", path_, "The recording; '-' for standard input")->required();
+  command
+      .add_option("--pid", pid_,
+                  "Only the stream of this PID (track number outside transport streams), also "
+                  "where no table names it")
+      ->type_name("PID");
+  auto* quiet = command.add_flag("-q,--quiet", isQuiet_, "Only errors, no progress");
+  command.add_flag("-v,--verbose", isVerbose_, "Also say what is found and chosen")
+      ->excludes(quiet);
+}
+
+InputOptions InputArguments::settle() const {
+  InputOptions options;
+  options.path = path_;
+  if (!pid_.empty()) options.pid = parsePid(pid_);
+  if (isQuiet_) options.verbosity = Verbosity::Quiet;
+  if (isVerbose_) options.verbosity = Verbosity::Verbose;
+  return options;
+}
+
+void ServiceArguments::addTo(CLI::App& command) {
+  command
+      .add_option("--page", page_,
+                  "Caption service (1 to 4 or CC1 to CC4) or teletext page (100 to 8ff)")
+      ->type_name("PAGE");
+  command
+      .add_option("--language", query_.language,
+                  "Follow the teletext page of this language (ISO 639-2, such as swe)")
+      ->type_name("CODE");
+  command.add_flag("--hearing-impaired", query_.hearingImpaired,
+                   "With --language: the page for hearing-impaired viewers");
+  command
+      .add_option("--page-option", query_.pageOption,
+                  "Default character-set group of teletext (0 to 10; default: by language)")
+      ->type_name("N");
+}
+
+ServiceQuery ServiceArguments::settle() const {
+  ServiceQuery query = query_;
+  if (!page_.empty()) query.page = parsePage(page_);
+  return query;
+}
+
+std::string footer(std::string_view examples) {
+  return std::string(kInputs) + "\n\n" + std::string(examples) + "\n\n" + kExitCodes;
+}
+
+std::string_view exitCodes() {
+  return kExitCodes;
+}
+
+CLI::ValidationError usageError(const std::string& option, const std::string& message) {
+  return CLI::ValidationError(option, message);
+}
+
+std::optional<std::uint32_t> parseNumber(std::string_view text, int base) {
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+std::string lowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) {
+    return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  });
+  return text;
+}
+
+}  // namespace korr::txsub

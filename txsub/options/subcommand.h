@@ -1,0 +1,71 @@
+// What the subcommands of the command line are made of.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "txsub/options/options.h"
+
+namespace korr::txsub {
+
+/// One subcommand: adds its options to the program and, when it was called, settles them.
+class ISubcommand {
+ public:
+  virtual ~ISubcommand() = default;
+
+  /// Whether the command line calls this one.
+  virtual bool isCalled() const = 0;
+
+  /// The options as typed, settled against each other. Throws CLI::ValidationError.
+  virtual Command settle() = 0;
+};
+
+std::unique_ptr<ISubcommand> addConvert(CLI::App& program);
+std::unique_ptr<ISubcommand> addProbe(CLI::App& program);
+std::unique_ptr<ISubcommand> addExtract(CLI::App& program);
+std::unique_ptr<ISubcommand> addRender(CLI::App& program);
+
+/// The options that every subcommand has.
+class InputArguments {
+ public:
+  void addTo(CLI::App& command);
+  InputOptions settle() const;
+
+ private:
+  std::string path_;
+  std::string pid_;
+  bool isQuiet_ = false;
+  bool isVerbose_ = false;
+};
+
+/// The options that choose a service.
+class ServiceArguments {
+ public:
+  void addTo(CLI::App& command);
+  ServiceQuery settle() const;
+
+ private:
+  ServiceQuery query_;
+  std::string page_;
+};
+
+/// The end of a subcommand's help: how inputs are told, its examples, the exit codes.
+std::string footer(std::string_view examples);
+
+/// The exit codes, as every help ends.
+std::string_view exitCodes();
+
+/// A wrong value or combination, in the words that the user reads.
+CLI::ValidationError usageError(const std::string& option, const std::string& message);
+
+/// A whole number of a base, with nothing after it.
+std::optional<std::uint32_t> parseNumber(std::string_view text, int base);
+
+/// Only A to Z change.
+std::string lowerCase(std::string text);
+
+}  // namespace korr::txsub
