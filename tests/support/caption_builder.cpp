@@ -18,7 +18,7 @@ CaptionBuilder& CaptionBuilder::pair(std::uint8_t b1, std::uint8_t b2) {
 }
 
 CaptionBuilder& CaptionBuilder::control(std::uint8_t b1, std::uint8_t b2) {
-  const bool isMiscellaneous = b1 == 0x14;  // one higher in field 2 (CEA-608, 8.4.1)
+  const bool isMiscellaneous = b1 == 0x14 && b2 < 0x40;  // one higher in field 2 (CEA-608, 8.4.1)
   const int inField = b1 + (field_ == 2 && isMiscellaneous ? 1 : 0);
   return pair(static_cast<std::uint8_t>(inField + 8 * (channel_ - 1)), b2);
 }
