@@ -1,15 +1,18 @@
 // Renders TTML documents with imsc in headless Chromium and says what was shown.
 //
-//   node render_ttml.mjs IMSC_SCRIPT OUTPUT_DIRECTORY DOCUMENT...
+//   node render_ttml.mjs IMSC_SCRIPT [--screenshots] DOCUMENT...
 //
-// Prints a line per document and writes a screenshot of its fullest moment. Ends with 1 when imsc
-// has a word to say against a document, when a picture does not load, or when nothing is shown.
+// Prints a line per document; --screenshots also writes its fullest moment to DOCUMENT.png. Ends with
+// 1 when imsc has a word to say against a document, when a picture does not load, or when nothing is
+// shown.
 import { execFileSync } from 'node:child_process';
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { basename, dirname, join, resolve } from 'node:path';
 
-const [imscScript, outputDirectory, ...documents] = process.argv.slice(2);
+const [imscScript, ...rest] = process.argv.slice(2);
+const wantsScreenshots = rest[0] === '--screenshots';
+const documents = rest.slice(wantsScreenshots ? 1 : 0);
 
 const kWidth = 960;
 const kHeight = 540;
@@ -31,13 +34,20 @@ async function renderAll(width, height) {
   };
   const screen = document.getElementById('screen');
   const pictures = () => [...screen.getElementsByTagName('img')];
-  const areLoaded = () => Promise.all(pictures().map((picture) => picture.decode()));
+  const isLoaded = async (picture) => {
+    if (!picture.complete) {
+      await new Promise((done) => { picture.onload = picture.onerror = done; });
+    }
+    return picture.naturalWidth > 0;
+  };
   const tt = imsc.fromXML(xml, handler);
   const show = async (time) => {
     screen.replaceChildren();
     const moment = imsc.generateISD(tt, time, handler);
     imsc.renderHTML(moment, screen, pictureUrl, height, width, false, handler);
-    await areLoaded().catch(() => complaints.push(`error: a picture at ${time} s does not load`));
+    for (const picture of pictures()) {
+      if (!await isLoaded(picture)) complaints.push(`error: a picture at ${time} s does not load`);
+    }
     return screen.textContent.length + 100 * pictures().length;
   };
   let shown = 0;
@@ -84,8 +94,7 @@ for (const document of documents) {
   try {
     writeFileSync(page, pageOf(readFileSync(document, 'utf8')));
     const result = resultIn(chromium(page, profile, '--dump-dom'));
-    const screenshot = resolve(join(outputDirectory, `${basename(document)}.png`));
-    chromium(page, profile, `--screenshot=${screenshot}`);
+    if (wantsScreenshots) chromium(page, profile, `--screenshot=${resolve(`${document}.png`)}`);
     console.log(`${document}: ${JSON.stringify(result)}`);
     isFaultless &&= result.shown > 0 && result.complaints.length === 0;
   } catch (error) {

@@ -1,9 +1,10 @@
 #!/bin/sh
 # Has imsc, a renderer of TTML, show what txsub writes. Skips (77) where the tools are not at hand.
-#   render_ttml_test.sh TXSUB DIRECTORY
+#   render_ttml_test.sh TXSUB DIRECTORY [--screenshots]
 set -eu
 txsub=$1
 directory=$2
+screenshots=${3:-}
 imsc_version=1.1.5
 
 skip() {
@@ -38,5 +39,10 @@ if [ -e samples/dvb.ts ]; then
   add dvb-embedded samples/dvb.ts
   add dvb-files samples/dvb.ts --images files
 fi
+capture=${TESSARY_CAPTURES:-}/sample_TS_with_graphics.ts
+if [ -e "$capture" ]; then
+  add capture-embedded "$capture"
+  add capture-files "$capture" --images files
+fi
 # shellcheck disable=SC2086  # one word per document
-node tests/tools/render_ttml.mjs "$imsc" "$directory" $documents
+node tests/tools/render_ttml.mjs "$imsc" $screenshots $documents
