@@ -104,14 +104,23 @@ Bytes upToEndMarker(Bytes payload) {
 
 void PesAssembler::begin() {
   bytes_.clear();
+  announcedSize_ = 0;
   isOpen_ = true;
 }
 
 void PesAssembler::append(Bytes bytes) {
-  const std::size_t most = announcedSize() != 0 ? announcedSize() : kLargestPacket;
+  const std::size_t most = announcedSize_ != 0 ? announcedSize_ : kLargestPacket;
   const std::size_t room = most - std::min(most, bytes_.size());
   bytes = bytes.first(std::min(room, bytes.size()));
   bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+  if (announcedSize_ == 0 && bytes_.size() >= PES_HEADER_SIZE) readLength();
+}
+
+void PesAssembler::readLength() {
+  const std::size_t length = pes_get_length(bytes_.data());
+  if (length == 0) return;
+  announcedSize_ = PES_HEADER_SIZE + length;
+  bytes_.resize(std::min(bytes_.size(), announcedSize_));
 }
 
 void PesAssembler::appendStuffing(std::size_t count) {
@@ -119,19 +128,8 @@ void PesAssembler::appendStuffing(std::size_t count) {
   bytes_.resize(bytes_.size() + std::min(count, missing()), kStuffing);
 }
 
-bool PesAssembler::isComplete() const {
-  return announcedSize() != 0 && bytes_.size() >= announcedSize();
-}
-
 std::size_t PesAssembler::missing() const {
-  return announcedSize() - std::min(announcedSize(), bytes_.size());
-}
-
-// 0 while it is not known.
-std::size_t PesAssembler::announcedSize() const {
-  if (bytes_.size() < PES_HEADER_SIZE) return 0;
-  const std::size_t length = pes_get_length(bytes_.data());
-  return length == 0 ? 0 : PES_HEADER_SIZE + length;
+  return announcedSize_ - std::min(announcedSize_, bytes_.size());
 }
 
 }  // namespace korr::txsub

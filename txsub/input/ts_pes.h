@@ -62,7 +62,7 @@ class PesAssembler {
   bool isOpen() const { return isOpen_; }
 
   /// Whether all that PES_packet_length announces has come; never, when that is 0.
-  bool isComplete() const;
+  bool isComplete() const { return announcedSize_ != 0 && bytes_.size() >= announcedSize_; }
 
   /// Bytes that are to come; 0 where PES_packet_length is 0.
   std::size_t missing() const;
@@ -70,9 +70,10 @@ class PesAssembler {
   std::span<const std::uint8_t> bytes() const { return bytes_; }
 
  private:
-  std::size_t announcedSize() const;
+  void readLength();
 
   std::vector<std::uint8_t> bytes_;
+  std::size_t announcedSize_ = 0;  // of the whole packet; 0 while it is not known
   bool isOpen_ = false;
 };
 

@@ -14,8 +14,8 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 // Small enough to stay in the cache between the kernel and us.
-constexpr std::size_t kChunk = 256 * 1024;
-constexpr std::size_t kChunksAtOnce = 4;
+constexpr std::size_t kChunk = 128 * 1024;
+constexpr std::size_t kChunksAtOnce = 8;
 // How much of the beginning is kept while the tables are looked for: they come every half second
 // (TR 101 290, 5.2.1), at most 40 Mbit/s or so.
 constexpr std::size_t kOpening = 2 * 1024 * 1024;
