@@ -43,6 +43,7 @@ class ConversionChain {
 
   packaging::lib_parse_es::NALBuilder& framer() { return *framer_; }
   TimedTextBuilder& builder() { return *builder_; }
+  const ChainCounters& counters() const { return builder_->counters(); }
 
  private:
   // The builder (parser, then writer) is made before the framer, which is why it comes first.

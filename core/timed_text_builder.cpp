@@ -11,9 +11,14 @@ TimedTextBuilder::TimedTextBuilder(IOutputSink& sink, std::unique_ptr<ISubtitleP
 }
 
 void TimedTextBuilder::onNal(std::unique_ptr<packaging::lib_parse_es::NAL> unit) {
-  if (!unit->hasTime) return;
-  const MediaTime time = unit->startTime;
   const auto& payload = unit->payload;
+  ++counters_.units;
+  counters_.unitBytes += payload.size();
+  if (!unit->hasTime) {
+    ++counters_.untimedUnits;
+    return;
+  }
+  const MediaTime time = unit->startTime;
   // Every unit counts as discontinuous, deliberately: a parser keeps nothing half-read across
   // units.
   parser_->parse(payload.empty() ? nullptr : payload.data(),
@@ -72,16 +77,22 @@ void TimedTextBuilder::emitPending(MediaTime end) {
 
 // Cuts the pending document into as many output buffers as it needs; an empty one still takes one.
 void TimedTextBuilder::deliver(MediaTime start, MediaTime stop) {
+  ++counters_.documents;
   std::size_t offset = 0;
   do {
     auto buffer = sink_.getBuffer();
-    if (!buffer) return;
+    if (!buffer) {
+      ++counters_.cutDocuments;
+      return;
+    }
     const std::size_t length = std::min(pending_.size() - offset, buffer->capacity());
     if (length != 0) std::memcpy(buffer->data(), pending_.data() + offset, length);
     buffer->setUsedLength(length);
     buffer->setSyncPoint(offset == 0);
     buffer->setDiscontinuity(offset == 0);
     buffer->setTime(start, stop);
+    ++counters_.buffers;
+    counters_.documentBytes += length;
     sink_.deliver(std::move(buffer));
     offset += length;
     if (length == 0) return;

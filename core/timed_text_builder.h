@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "core/chain_counters.h"
 #include "core/interfaces.h"
 #include "core/output_sink.h"
 #include "framing/nal.h"
@@ -35,6 +36,8 @@ class TimedTextBuilder final : public packaging::lib_parse_es::NALListener {
   /// keep what the live system drops at its end.
   void flush(MediaTime end);
 
+  const ChainCounters& counters() const { return counters_; }
+
  private:
   void emitPending(MediaTime end);
   void deliver(MediaTime start, MediaTime stop);
@@ -48,6 +51,7 @@ class TimedTextBuilder final : public packaging::lib_parse_es::NALListener {
   MediaTime lastTime_ = 0;  // the end of the interval covered so far; 0: no document made yet
   ByteBuffer pending_;      // the last converted document, not yet emitted
   bool headerProbed_ = false;
+  ChainCounters counters_;
 };
 
 }  // namespace korr::encoding::subtitling::inline v2_1

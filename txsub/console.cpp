@@ -47,29 +47,47 @@ Console::~Console() {
   flushRepeats();
 }
 
+void Console::openLogs(const std::vector<std::string>& sinks, log::Level mostDetailed) {
+  if (sinks.empty()) return;
+  logs_ = std::make_unique<log::SinkLogger>(mostDetailed);
+  for (const auto& sink : sinks) {
+    logs_->addSink(sink);
+    if (sink == "console" || sink == "stderr") areLinesPlain_ = false;
+  }
+}
+
 void Console::error(const std::string& message) {
-  printLine("txsub: " + message);
+  say({.level = log::Level::Error, .text = message});
 }
 
 void Console::warning(const std::string& message) {
   const std::string where = input_.empty() ? "" : input_ + ": ";
-  printLine("txsub: warning: " + where + message);
+  say({.level = log::Level::Warning, .prefix = "txsub: warning: ", .text = where + message});
 }
 
 void Console::note(const std::string& message) {
-  if (verbosity_ != Verbosity::Quiet) printLine("txsub: " + message);
+  say({.level = log::Level::Information,
+       .isShown = verbosity_ != Verbosity::Quiet,
+       .text = message});
 }
 
 void Console::detail(const std::string& message) {
-  if (verbosity_ == Verbosity::Verbose) printLine("txsub: " + message);
+  say({.level = log::Level::Information,
+       .isShown = verbosity_ == Verbosity::Verbose,
+       .text = message});
 }
 
 // Never folded into a count: each stands for one sample.
 void Console::chainError(const char* message) {
+  flushRepeats();
+  last_ = {};
+  write({.level = log::Level::Error, .prefix = "", .text = std::string("Error: ") + message});
+}
+
+void Console::print(const std::string& line) {
   clearProgress();
   flushRepeats();
-  std::fprintf(stderr, "Error: %s\n", message);
-  lastLine_.clear();
+  std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 void Console::logV(log::Level level, const char* text, std::va_list arguments) {
@@ -81,21 +99,33 @@ void Console::logV(log::Level level, const char* text, std::va_list arguments) {
   }
 }
 
-// A damaged hour of input must not scroll everything else away: equal lines in a row are counted.
-void Console::printLine(const std::string& line) {
-  if (line == lastLine_) {
+// A damaged hour of input must not scroll everything else away: equal messages in a row are
+// counted.
+void Console::say(Message message) {
+  if (!message.isShown && !logs_) return;
+  if (message == last_) {
     ++repeats_;
     return;
   }
-  clearProgress();
   flushRepeats();
-  std::fprintf(stderr, "%s\n", line.c_str());
-  lastLine_ = line;
+  write(message);
+  last_ = std::move(message);
+}
+
+void Console::write(const Message& message) {
+  if (logs_) log::write(logs_.get(), message.level, "%s", message.text.c_str());
+  if (!message.isShown || !areLinesPlain_) return;
+  clearProgress();
+  std::fprintf(stderr, "%s%s\n", std::string(message.prefix).c_str(), message.text.c_str());
 }
 
 void Console::flushRepeats() {
-  if (repeats_ != 0) std::fprintf(stderr, "txsub: (the same %u more times)\n", repeats_);
+  if (repeats_ == 0) return;
+  Message message = last_;
+  message.prefix = "txsub: ";
+  message.text = "(the same " + std::to_string(repeats_) + " more times)";
   repeats_ = 0;
+  write(message);
 }
 
 void Console::showProgress(const ReadProgress& progress) {

@@ -3,10 +3,13 @@
 
 #include <chrono>
 #include <cstdarg>
+#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
-#include "log/logger.h"
+#include "log/sink_logger.h"
 #include "txsub/input/media_reader.h"
 
 namespace korr::txsub {
@@ -14,7 +17,8 @@ namespace korr::txsub {
 enum class Verbosity { Quiet, Normal, Verbose };
 
 /// Messages on standard error, one line each, and, when that is a terminal, a line of progress
-/// under them. As a logger it takes the messages of everything below. Not thread-safe.
+/// under them; also in the logs that the user names. As a logger it takes the messages of
+/// everything below. Not thread-safe.
 class Console final : public log::ILogger {
  public:
   Console();
@@ -23,6 +27,12 @@ class Console final : public log::ILogger {
   Console& operator=(const Console&) = delete;
 
   void setVerbosity(Verbosity verbosity) { verbosity_ = verbosity; }
+
+  /// Sends messages up to a level to these sinks too, as log::SinkLogger::addSink names them;
+  /// "console" and "stderr" take the place of the plain lines on standard error. Logs get what
+  /// --quiet or the lack of --verbose keeps from the screen. Throws util::TessaryException for a
+  /// sink that cannot be had.
+  void openLogs(const std::vector<std::string>& sinks, log::Level mostDetailed);
 
   /// Named at the front of warnings about the input.
   void setInput(const std::string& name) { input_ = name; }
@@ -35,6 +45,9 @@ class Console final : public log::ILogger {
   /// An exception that the chain let pass: "Error: <message>".
   void chainError(const char* message);
 
+  /// A line that was asked for, as it stands.
+  void print(const std::string& line);
+
   /// Rewrites the progress line, a few times a second at most.
   void showProgress(const ReadProgress& progress);
   void clearProgress();
@@ -45,13 +58,27 @@ class Console final : public log::ILogger {
  private:
   using Clock = std::chrono::steady_clock;
 
-  void printLine(const std::string& line);
+  /// One message: how a log ranks it, what stands before it on the screen, and whether it gets
+  /// there.
+  struct Message {
+    log::Level level = log::Level::Error;
+    std::string_view prefix = "txsub: ";
+    bool isShown = true;
+    std::string text;
+
+    friend bool operator==(const Message&, const Message&) = default;
+  };
+
+  void say(Message message);
+  void write(const Message& message);
   void flushRepeats();
 
   Verbosity verbosity_ = Verbosity::Normal;
   std::string input_;
-  std::string lastLine_;
-  unsigned repeats_ = 0;  // of lastLine_, not printed yet
+  std::unique_ptr<log::SinkLogger> logs_;  // null when there are none
+  bool areLinesPlain_ = true;              // on standard error; else a log writes there
+  Message last_;
+  unsigned repeats_ = 0;  // of last_, not written yet
   bool isTerminal_;
   bool hasProgressLine_ = false;
   Clock::time_point started_;

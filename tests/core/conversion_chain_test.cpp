@@ -77,6 +77,11 @@ TEST(ConversionChain, DeliversCaptionsAsTheyChange) {
               ElementsAre(Delivered{"", 1 * kSecond, 2 * kSecond, true, true},
                           Delivered{"line:100%\nHELLO\n", 2 * kSecond, 3 * kSecond, true, true},
                           Delivered{"", 3 * kSecond, 5 * kSecond, true, true}));
+  EXPECT_EQ(chain.counters().units, 4u);
+  EXPECT_EQ(chain.counters().unitBytes, 24u);
+  EXPECT_EQ(chain.counters().documents, 3u);
+  EXPECT_EQ(chain.counters().buffers, 3u);
+  EXPECT_EQ(chain.counters().documentBytes, 16u);
 }
 
 // A caption service tells its field and channel; page 0 is no service and shows nothing.

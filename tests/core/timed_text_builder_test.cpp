@@ -115,6 +115,7 @@ class TimingRule : public testing::Test {
 TEST_F(TimingRule, DiscardsUnitsWithoutATime) {
   builder().onNal(std::make_unique<NAL>());
   EXPECT_THAT(script.parsed, IsEmpty());
+  EXPECT_EQ(builder().counters().untimedUnits, 1u);
 }
 
 TEST_F(TimingRule, HandsEmptyUnitsToTheParserWithoutDataAndAlwaysAsDiscontinuous) {
@@ -261,6 +262,7 @@ TEST_F(TimingRule, DropsTheRestOfADocumentWhenTheSinkHasNoBuffer) {
   sink.buffersLeft = 1;
   unitAt(2, true);
   EXPECT_EQ(sink.delivered.size(), 1u);
+  EXPECT_EQ(builder().counters().cutDocuments, 1u);
   sink.buffersLeft = SIZE_MAX;
   unitAt(3, true);
   ASSERT_EQ(sink.delivered.size(), 3u);

@@ -22,6 +22,7 @@ void ChainHost::push(const InputSample& sample, const SharedSample& shared) {
   guarded([&] {
     checkFormat(sample);
     if (!chain_) start();
+    ++past_.samples;
     chain_->framer().push(shared);
   });
 }
@@ -37,9 +38,16 @@ void ChainHost::flush(MediaTime end) {
 void ChainHost::checkFormat(const InputSample& sample) {
   if (!sample.format) return;
   if (type_ != SubtitleInputType::Teletext || *sample.format == sampleFormat_) return;
+  past_ = counters();
   chain_.reset();
   sampleFormat_ = *sample.format;
   format_ = *sample.format;
+}
+
+HostCounters ChainHost::counters() const {
+  HostCounters sum = past_;
+  if (chain_) sum.chain += chain_->counters();
+  return sum;
 }
 
 void ChainHost::start() {
@@ -73,6 +81,7 @@ void ChainHost::guarded(Action action) {
   } catch (const OutputError&) {
     throw;
   } catch (const std::exception& error) {
+    ++past_.errors;
     wiring_.console.chainError(error.what());
   }
 }

@@ -28,6 +28,13 @@ struct ChainConfiguration {
   bool choosesPage = true;
 };
 
+/// What passed through the chains of one host.
+struct HostCounters {
+  std::uint64_t samples = 0;  ///< handed to a framer
+  std::uint64_t errors = 0;   ///< exceptions that a chain let pass
+  encoding::subtitling::ChainCounters chain;
+};
+
 /// The samples of one stream as the framers take them.
 using SharedSample = std::shared_ptr<const encoding::packaging::lib_parse_es::IMediaItem>;
 
@@ -53,6 +60,9 @@ class ChainHost {
   /// drops at its end.
   void flush(MediaTime end);
 
+  /// Of all chains so far.
+  HostCounters counters() const;
+
  private:
   void checkFormat(const InputSample& sample);
   void start();
@@ -66,6 +76,7 @@ class ChainHost {
   std::vector<std::uint8_t> sampleFormat_;  // the last one that came with a sample
   Wiring wiring_;
   std::unique_ptr<encoding::subtitling::ConversionChain> chain_;
+  HostCounters past_;  // without what the present chain has counted
 };
 
 }  // namespace korr::txsub

@@ -41,6 +41,8 @@ class ServiceSession {
   /// Lets readers of a pipe see what has come out so far.
   virtual void flush() = 0;
 
+  virtual HostCounters counters() const = 0;
+
   /// Gives the opened output its name.
   virtual void commit() = 0;
 
@@ -62,6 +64,7 @@ class CueSession final : public ServiceSession {
   bool hasShown() const override { return recorder_.hasShown(); }
   void endInput(MediaTime end) override;
   void flush() override { output_->flush(); }
+  HostCounters counters() const override { return host_.counters(); }
   void commit() override { output_->commit(); }
 
  private:
@@ -88,6 +91,7 @@ class SampleSession final : public ServiceSession {
   bool hasShown() const override { return hasShown_; }
   void endInput(MediaTime) override { recorder_.endOfStream(); }
   void flush() override { recorder_.flush(); }
+  HostCounters counters() const override { return host_.counters(); }
   void commit() override { recorder_.commit(); }
 
  private:

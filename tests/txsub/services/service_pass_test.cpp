@@ -76,6 +76,7 @@ class FakeSession final : public ServiceSession {
   bool hasShown() const override { return hasShown_; }
   void endInput(MediaTime) override {}
   void flush() override {}
+  HostCounters counters() const override { return {}; }
   void commit() override { isCommitted = true; }
 
   bool isCommitted = false;

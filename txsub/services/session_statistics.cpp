@@ -1,0 +1,53 @@
+#include "txsub/services/session_statistics.h"
+
+#include <nlohmann/json.hpp>
+
+namespace korr::txsub {
+
+namespace {
+
+using encoding::subtitling::ConversionMode;
+
+// The name that the filter gives its buffer counters.
+std::string counterName(ConversionMode mode) {
+  return std::string("subtitle_converter_") + displayName(mode);
+}
+
+std::string counted(std::uint64_t count, const char* noun) {
+  return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
+}
+
+}  // namespace
+
+std::string statisticsText(const ServiceSession& session, ConversionMode mode) {
+  const HostCounters counters = session.counters();
+  const auto& chain = counters.chain;
+  std::string text =
+      counterName(mode) + ", " + describe(session.service()) + ": " +
+      counted(counters.samples, "sample") + ", " + counted(chain.units, "unit") + " (" +
+      counted(chain.unitBytes, "byte") + "), " + counted(chain.documents, "document") + " in " +
+      counted(chain.buffers, "buffer") + " (" + counted(chain.documentBytes, "byte") + ')';
+  if (chain.untimedUnits != 0) text += ", " + counted(chain.untimedUnits, "unit") + " without time";
+  if (chain.cutDocuments != 0)
+    text += ", " + counted(chain.cutDocuments, "document") + " cut short";
+  if (counters.errors != 0) text += ", " + counted(counters.errors, "error");
+  return text;
+}
+
+std::string statisticsJson(const ServiceSession& session, ConversionMode mode) {
+  const HostCounters counters = session.counters();
+  const nlohmann::ordered_json json{{"name", counterName(mode)},
+                                    {"service", describe(session.service())},
+                                    {"samples", counters.samples},
+                                    {"errors", counters.errors},
+                                    {"units", counters.chain.units},
+                                    {"unitBytes", counters.chain.unitBytes},
+                                    {"untimedUnits", counters.chain.untimedUnits},
+                                    {"documents", counters.chain.documents},
+                                    {"buffers", counters.chain.buffers},
+                                    {"documentBytes", counters.chain.documentBytes},
+                                    {"cutDocuments", counters.chain.cutDocuments}};
+  return json.dump();
+}
+
+}  // namespace korr::txsub

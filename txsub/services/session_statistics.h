@@ -1,0 +1,20 @@
+// What passed through a session, for whoever asks with --stats.
+#pragma once
+
+#include <string>
+
+#include "core/modes.h"
+#include "txsub/services/service_session.h"
+
+namespace korr::txsub {
+
+/// "subtitle_converter_WebVTT, CC1 of PID 0x0100: 1800 samples, ...". Documents of playable files
+/// have no bytes: the files are written from the subtitles themselves.
+std::string statisticsText(const ServiceSession& session,
+                           encoding::subtitling::ConversionMode mode);
+
+/// The same as one JSON object on one line.
+std::string statisticsJson(const ServiceSession& session,
+                           encoding::subtitling::ConversionMode mode);
+
+}  // namespace korr::txsub
