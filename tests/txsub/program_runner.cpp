@@ -2,12 +2,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <fstream>
-#include <sstream>
 
 namespace korr::txsub {
 
@@ -15,16 +14,44 @@ namespace {
 
 constexpr unsigned kLongestSeconds = 30;
 
-std::string contentOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream content;
-  content << file.rdbuf();
-  return content.str();
+int openFor(const std::string& path, int flags) {
+  const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC, 0600);
+  EXPECT_GE(descriptor, 0) << path;
+  return descriptor;
 }
 
-void redirect(int descriptor, const std::string& path, int flags) {
-  const int file = ::open(path.c_str(), flags, 0600);
-  if (file < 0 || ::dup2(file, descriptor) < 0) ::_exit(126);
+struct Descriptors {
+  int input = -1;
+  int output = -1;
+  int errors = -1;
+};
+
+// Takes over the descriptors.
+pid_t start(const ProgramCall& call, const Descriptors& descriptors) {
+  std::vector<const char*> arguments{call.program.c_str()};
+  for (const auto& argument : call.arguments) arguments.push_back(argument.c_str());
+  arguments.push_back(nullptr);
+
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::dup2(descriptors.input, STDIN_FILENO);
+    ::dup2(descriptors.output, STDOUT_FILENO);
+    ::dup2(descriptors.errors, STDERR_FILENO);
+    ::alarm(kLongestSeconds);
+    ::execv(call.program.c_str(), const_cast<char* const*>(arguments.data()));
+    ::_exit(127);
+  }
+  for (const int descriptor : {descriptors.input, descriptors.output, descriptors.errors}) {
+    ::close(descriptor);
+  }
+  return child;
+}
+
+int exitCodeOf(pid_t child) {
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_FALSE(WIFSIGNALED(status)) << "ended by signal " << WTERMSIG(status);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 }  // namespace
@@ -32,28 +59,53 @@ void redirect(int descriptor, const std::string& path, int flags) {
 ProgramResult runProgram(const ProgramCall& call) {
   // Files instead of pipes: neither side ever waits for the other.
   const TemporaryDirectory scratch;
-  const std::string input = scratch.write("in", call.input);
   const std::string output = call.outputPath.empty() ? scratch.file("out") : call.outputPath;
+  const pid_t child = start(call, {.input = openFor(scratch.write("in", call.input), O_RDONLY),
+                                   .output = openFor(output, O_WRONLY | O_CREAT),
+                                   .errors = openFor(scratch.file("errors"), O_WRONLY | O_CREAT)});
+  ProgramResult result;
+  result.exitCode = exitCodeOf(child);
+  if (call.outputPath.empty()) result.output = scratch.read("out");
+  result.errors = scratch.read("errors");
+  return result;
+}
 
-  std::vector<const char*> arguments{call.program.c_str()};
-  for (const auto& argument : call.arguments) arguments.push_back(argument.c_str());
-  arguments.push_back(nullptr);
-
-  const pid_t child = ::fork();
-  if (child == 0) {
-    redirect(STDIN_FILENO, input, O_RDONLY);
-    redirect(STDOUT_FILENO, output, O_WRONLY | O_CREAT);
-    redirect(STDERR_FILENO, scratch.file("errors"), O_WRONLY | O_CREAT);
-    ::alarm(kLongestSeconds);
-    ::execv(call.program.c_str(), const_cast<char* const*>(arguments.data()));
-    ::_exit(127);
+ProgramResult runAndInterrupt(const ProgramCall& call) {
+  const TemporaryDirectory scratch;
+  int pipe[2] = {};
+  EXPECT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
+  const int watched = ::fcntl(pipe[0], F_DUPFD_CLOEXEC, 0);
+  const pid_t child = start(call, {.input = pipe[0],
+                                   .output = openFor(scratch.file("out"), O_WRONLY | O_CREAT),
+                                   .errors = openFor(scratch.file("errors"), O_WRONLY | O_CREAT)});
+  EXPECT_EQ(::write(pipe[1], call.input.data(), call.input.size()),
+            static_cast<ssize_t>(call.input.size()));
+  for (int left = 1; left > 0;) {
+    ::usleep(10'000);
+    if (::ioctl(watched, FIONREAD, &left) != 0) break;
   }
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  EXPECT_FALSE(WIFSIGNALED(status)) << "ended by signal " << WTERMSIG(status);
-  return {.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1,
-          .output = call.outputPath.empty() ? contentOf(output) : "",
-          .errors = contentOf(scratch.file("errors"))};
+  ::kill(child, SIGINT);
+  ProgramResult result;
+  result.exitCode = exitCodeOf(child);
+  ::close(watched);
+  ::close(pipe[1]);
+  result.output = scratch.read("out");
+  result.errors = scratch.read("errors");
+  return result;
+}
+
+ProgramResult runIntoClosedPipe(const ProgramCall& call) {
+  const TemporaryDirectory scratch;
+  int pipe[2] = {};
+  EXPECT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
+  ::close(pipe[0]);
+  const pid_t child = start(call, {.input = openFor("/dev/null", O_RDONLY),
+                                   .output = pipe[1],
+                                   .errors = openFor(scratch.file("errors"), O_WRONLY | O_CREAT)});
+  ProgramResult result;
+  result.exitCode = exitCodeOf(child);
+  result.errors = scratch.read("errors");
+  return result;
 }
 
 }  // namespace korr::txsub

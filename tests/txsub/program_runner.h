@@ -18,11 +18,18 @@ struct ProgramCall {
   std::string program = TXSUB_PROGRAM;
   std::vector<std::string> arguments;
   std::string input;       ///< for its standard input
-  std::string outputPath;  ///< instead of a pipe, "/dev/full" say
+  std::string outputPath;  ///< where its standard output goes, if not into the result
 };
 
 /// Waits for the end of the program; fails the test when it takes longer than half a minute.
 ProgramResult runProgram(const ProgramCall& call);
+
+/// Hands the input over through a pipe that stays open, and interrupts the program when it has
+/// taken everything.
+ProgramResult runAndInterrupt(const ProgramCall& call);
+
+/// Runs the program with a pipe as its standard output that nobody reads.
+ProgramResult runIntoClosedPipe(const ProgramCall& call);
 
 using test_support::TemporaryDirectory;
 

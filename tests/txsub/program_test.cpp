@@ -175,6 +175,34 @@ TEST_F(ProgramTest, ExplainsWhenNothingIsFound) {
   EXPECT_THAT(result.errors, HasSubstr("'txsub probe' lists what there is"));
 }
 
+TEST_F(ProgramTest, LeavesACompleteFileWhenInterrupted) {
+  ProgramCall call;
+  call.arguments = {"convert", "-", "-o", directory_.file("live.vtt")};
+  call.input = kCaptions;
+  const auto result = runAndInterrupt(call);
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(directory_.read("live.vtt"), kCaptionsAsWebVtt);
+  EXPECT_THAT(directory_.names(), ElementsAre("live.vtt"));
+}
+
+TEST_F(ProgramTest, SaysThatNobodyReadsItsOutput) {
+  ProgramCall call;
+  call.arguments = {"convert", captions()};
+  const auto result = runIntoClosedPipe(call);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, HasSubstr("cannot write standard output: Broken pipe"));
+}
+
+TEST_F(ProgramTest, KeepsASubtitleThatComesLast) {
+  const std::string content =
+      "{\"stream\": \"captions\"}\n"
+      "{\"data\": \"/JQg/JRw/Mjp\", \"start\": 10000000, \"stop\": 10000000}\n"
+      "{\"data\": \"/JQv\", \"start\": 20000000, \"stop\": 20000000}\n";
+  const auto result =
+      run({"convert", directory_.write("last.jsonl", content), "--page", "1", "--absolute"});
+  EXPECT_THAT(result.output, HasSubstr("00:00:02.000 --> 00:00:04.000 ")) << result.errors;
+}
+
 TEST_F(ProgramTest, RefusesWhatDoesNotFitTogether) {
   const auto errorOf = [&](std::vector<std::string> arguments) {
     const auto result = run(std::move(arguments));
