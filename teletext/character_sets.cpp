@@ -199,15 +199,8 @@ constexpr std::array<Diacritic, 16> kDiacritics = {{
 }};
 // clang-format on
 
-// The place of a code among the national positions, or nothing.
-constexpr std::optional<std::size_t> nationalPosition(std::uint8_t code) {
-  constexpr std::array<std::uint8_t, 13> kPositions = {0x23, 0x24, 0x40, 0x5B, 0x5C, 0x5D, 0x5E,
-                                                       0x5F, 0x60, 0x7B, 0x7C, 0x7D, 0x7E};
-  for (std::size_t i = 0; i < kPositions.size(); ++i) {
-    if (kPositions[i] == code) return i;
-  }
-  return std::nullopt;
-}
+// The positions that a subset fills, in its order.
+constexpr std::string_view kNationalCodes = "#$@[\\]^_`{|}~";
 
 std::optional<GlyphText> characterOf(const Set& set, std::uint8_t code) {
   const GlyphText character = set[(code - 0x20u) % set.size()];
@@ -321,9 +314,10 @@ CharacterSet CharacterSet::of(std::uint32_t group, std::uint32_t option) {
 
 std::optional<GlyphText> CharacterSet::g0(std::uint8_t code) const {
   if (g0_ == &kLatin) {
-    if (const auto position = nationalPosition(code)) {
+    const auto position = kNationalCodes.find(static_cast<char>(code));
+    if (position != kNationalCodes.npos) {
       if (!national_) return std::nullopt;
-      return (*national_)[*position];
+      return (*national_)[position];
     }
   }
   return characterOf(*g0_, code);
