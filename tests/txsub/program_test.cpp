@@ -143,6 +143,22 @@ TEST_F(ProgramTest, LeavesNoHalfFileWhenWritingFails) {
   EXPECT_THAT(nowhere.errors, HasSubstr("there is no directory"));
 }
 
+TEST_F(ProgramTest, DeliversTheSameFromARecordingAndFromItsSamples) {
+  for (const char* mode : {"webvtt", "srt", "ttml"}) {
+    for (const auto& [recording, page] :
+         {std::pair{"samples/captions.ts", "2"}, {"samples/teletext.ts", "888"}}) {
+      const std::string samples = directory_.file("samples.jsonl");
+      ASSERT_EQ(run({"extract", recording, "-o", samples}).exitCode, 0);
+      const auto convert = [&](const std::string& input) {
+        return run({"convert", input, "--page", page, "--mode", mode, "--as", "samples"});
+      };
+      const auto direct = convert(recording);
+      EXPECT_THAT(direct.output, HasSubstr("endOfStream")) << direct.errors;
+      EXPECT_EQ(convert(samples).output, direct.output) << recording << ' ' << mode;
+    }
+  }
+}
+
 TEST_F(ProgramTest, GuessesNothingWhenItReplays) {
   const auto result = run({"convert", recordedSamples()});
   EXPECT_EQ(result.exitCode, 1);

@@ -33,6 +33,23 @@ class IntervalBuffer final : public IOutputBuffer {
   MediaTime stop_ = 0;
 };
 
+// Whether every pixel is transparent: a DVB page without regions, which clears the screen, is such
+// a picture.
+bool isTransparent(const encoding::subtitling::SubtitleBitmap& bitmap) {
+  constexpr std::size_t kBytesPerPixel = 4;
+  const auto [first, end] = bitmap.pixels->paintedRows();
+  const std::size_t stride = bitmap.width * kBytesPerPixel;
+  const auto rows = bitmap.pixels->bytes().subspan(first * stride, (end - first) * stride);
+  for (std::size_t alpha = kBytesPerPixel - 1; alpha < rows.size(); alpha += kBytesPerPixel) {
+    if (rows[alpha] != 0) return false;
+  }
+  return true;
+}
+
+bool showsNothing(const Subtitle& subtitle) {
+  return isEmpty(subtitle) || (subtitle.bitmap() && isTransparent(*subtitle.bitmap()));
+}
+
 }  // namespace
 
 class SubtitleRecorder::Writer final : public ISubtitleConverter {
@@ -72,16 +89,14 @@ void SubtitleRecorder::deliver(std::unique_ptr<IOutputBuffer> buffer) {
 
 // An equal subtitle keeps the old object, so that `show` need only compare addresses.
 void SubtitleRecorder::setCurrent(Subtitle subtitle) {
-  if (isEmpty(subtitle)) {
-    current_.reset();
-    return;
-  }
-  hasShown_ = true;
   const auto& last = open_ ? open_->subtitle : current_;
   if (last && *last == subtitle) {
     current_ = last;
+  } else if (showsNothing(subtitle)) {
+    current_.reset();
   } else {
     current_ = std::make_shared<const Subtitle>(std::move(subtitle));
+    hasShown_ = true;
   }
 }
 

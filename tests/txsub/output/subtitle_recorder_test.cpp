@@ -39,10 +39,15 @@ model::Subtitle text(std::string_view words) {
   return captions({captionRow(15, {captionRun(0, words)})});
 }
 
-model::Subtitle bitmap(std::int32_t page, MediaTime start, MediaTime end) {
+model::Subtitle bitmap(std::int32_t page, MediaTime start, MediaTime end,
+                       std::uint8_t alpha = 255) {
+  auto pixels = std::make_shared<model::PixelBuffer>(1, 1);
+  pixels->addPaintedRows({.first = 0, .end = 1});
+  pixels->data()[3] = alpha;
   model::SubtitleBitmap picture;
   picture.visible = 1;
   picture.width = picture.height = 1;
+  picture.pixels = pixels;
   picture.pageState = page;
   picture.start = start;
   picture.end = end;
@@ -83,6 +88,14 @@ TEST_F(RecorderTest, EndsAPictureWhenItsPageTimesOut) {
   recorder_.finish();
   ASSERT_EQ(cues_.size(), 1U);
   EXPECT_EQ(cues_[0].stop, 30U);
+}
+
+TEST_F(RecorderTest, MakesNoCueOfAPageThatClearsTheScreen) {
+  show(0, 10, bitmap(7, 0, 100));
+  show(10, 20, bitmap(8, 10, 100, /*alpha=*/0));
+  recorder_.finish();
+  ASSERT_EQ(cues_.size(), 1U);
+  EXPECT_EQ(cues_[0].stop, 10U);
 }
 
 }  // namespace
