@@ -1,7 +1,6 @@
 #include "samples/teletext_sample.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <iterator>
 #include <span>
@@ -19,7 +18,6 @@ using encoding::subtitling::teletext::lib_teletext::CharacterSet;
 using encoding::subtitling::teletext::lib_teletext::TeletextPage;
 using test_support::Pes;
 using test_support::pesPacket;
-using test_support::TeletextHeader;
 using test_support::TeletextPacket;
 using test_support::TeletextSpan;
 using test_support::TsBuilder;

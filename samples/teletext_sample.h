@@ -6,8 +6,9 @@
 
 namespace korr::samples {
 
-/// 20 seconds of teletext without picture or sound: the same news from a harbour in nine languages,
-/// a page each, one of them also for hearing-impaired viewers, and a page that no descriptor names.
+/// 20 seconds of teletext without picture or sound: the same news from a harbour in eight
+/// languages, a page each, German also for hearing-impaired viewers, and an English page that no
+/// descriptor names.
 std::vector<std::uint8_t> teletextTransportStream();
 
 }  // namespace korr::samples

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "teletext/hamming.h"
+#include "tests/support/teletext_encoder.h"
 #include "txsub/services/service.h"
 #include "txsub/services/teletext_services.h"
 
@@ -25,20 +25,10 @@ StreamInfo teletext(std::vector<std::uint8_t> descriptors) {
 }
 
 // A PES data field with the header of one page.
-InputSample pageHeader(std::uint8_t magazine, std::uint8_t page, bool isSubtitle) {
-  using encoding::subtitling::teletext::lib_teletext::encodeHamming84;
+InputSample pageHeader(std::uint32_t page, bool isSubtitle) {
+  const auto packet = test_support::headerPacket({.page = page, .subtitle = isSubtitle});
   InputSample sample;
-  sample.data = {0x10, 0x03, 0x2C, 0xE7, 0xE4};
-  const auto add = [&](unsigned nibble) {
-    sample.data.push_back(encodeHamming84(static_cast<std::uint8_t>(nibble)));
-  };
-  add(magazine & 7u);  // packet 0
-  add(0);
-  add(page & 0xFu);
-  add(page >> 4);
-  for (int i = 0; i < 3; ++i) add(0);
-  add(isSubtitle ? 8 : 0);  // S4 and, at the top, C6
-  sample.data.resize(1 + 46, encodeHamming84(0));
+  sample.data = test_support::teletextDataField({&packet, 1});
   return sample;
 }
 
@@ -83,11 +73,10 @@ TEST(TeletextServices, AreFoundOnAirWhereNoneAreNamed) {
   const auto finder = createServiceFinder(stream, {}, nullptr);
   EXPECT_THAT(finder->describe(stream), IsEmpty());
   ASSERT_TRUE(finder->isSearching());
-  EXPECT_THAT(finder->inspect(pageHeader(1, 0x00, false)), IsEmpty());
-  EXPECT_THAT(namesOf(finder->inspect(pageHeader(0, 0x88, true))), ElementsAre("page 888  on air"));
-  EXPECT_THAT(finder->inspect(pageHeader(0, 0x88, true)), IsEmpty()) << "known already";
-  EXPECT_THAT(finder->inspect(pageHeader(1, 0xFF, true)), IsEmpty())
-      << "no page that one can key in";
+  EXPECT_THAT(finder->inspect(pageHeader(0x100, false)), IsEmpty());
+  EXPECT_THAT(namesOf(finder->inspect(pageHeader(0x888, true))), ElementsAre("page 888  on air"));
+  EXPECT_THAT(finder->inspect(pageHeader(0x888, true)), IsEmpty()) << "known already";
+  EXPECT_THAT(finder->inspect(pageHeader(0x1FF, true)), IsEmpty()) << "no page that one can key in";
 
   const auto named = createServiceFinder(teletext(kTeletextDescriptor), {}, nullptr);
   named->describe(teletext(kTeletextDescriptor));
