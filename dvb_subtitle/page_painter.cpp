@@ -119,7 +119,7 @@ void PagePainter::paintString(BitReader& reader, PixelDepth depth, Brush& brush)
   while (const auto run = readRun(reader, depth)) paintRun(*run, depth, brush);
 }
 
-void PagePainter::paintRun(const Run& run, PixelDepth depth, Brush& brush) {
+void PagePainter::paintRun(const PixelRun& run, PixelDepth depth, Brush& brush) {
   constexpr std::uint32_t kNonModifyingCode = 1;
   if (run.length == 0 || run.length > kLongestRun) return;
   if (!brush.keepsCode1 || run.code != kNonModifyingCode) {

@@ -47,7 +47,7 @@ class PagePainter {
 
   void paintField(std::span<const std::uint8_t> field, std::uint32_t firstLine, Brush& brush);
   void paintString(util::BitReader& reader, PixelDepth depth, Brush& brush);
-  void paintRun(const Run& run, PixelDepth depth, Brush& brush);
+  void paintRun(const PixelRun& run, PixelDepth depth, Brush& brush);
 
   Canvas& canvas_;
   Position window_;

@@ -4,23 +4,23 @@ namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 namespace {
 
 using util::BitReader;
-using NextRun = std::optional<Run>;
+using NextRun = std::optional<PixelRun>;
 
 // A length and the code that comes after it, in this order.
-Run readLengthAndCode(BitReader& reader, unsigned lengthBits, std::uint32_t base,
-                      unsigned codeBits) {
+PixelRun readLengthAndCode(BitReader& reader, unsigned lengthBits, std::uint32_t base,
+                           unsigned codeBits) {
   const std::uint32_t length = reader.read(lengthBits) + base;
   return {reader.read(codeBits), length};
 }
 
 // EN 300 743, table 22.
 NextRun read2BitRun(BitReader& reader) {
-  if (const std::uint32_t code = reader.read(2); code != 0) return Run{code, 1};
+  if (const std::uint32_t code = reader.read(2); code != 0) return PixelRun{code, 1};
   if (reader.readFlag()) return readLengthAndCode(reader, 3, 3, 2);  // switch_1
-  if (reader.readFlag()) return Run{0, 1};                           // switch_2
+  if (reader.readFlag()) return PixelRun{0, 1};                      // switch_2
   switch (reader.read(2)) {                                          // switch_3
     case 1:
-      return Run{0, 2};
+      return PixelRun{0, 2};
     case 2:
       return readLengthAndCode(reader, 4, 12, 2);
     case 3:
@@ -32,18 +32,18 @@ NextRun read2BitRun(BitReader& reader) {
 
 // EN 300 743, table 24.
 NextRun read4BitRun(BitReader& reader) {
-  if (const std::uint32_t code = reader.read(4); code != 0) return Run{code, 1};
+  if (const std::uint32_t code = reader.read(4); code != 0) return PixelRun{code, 1};
   if (!reader.readFlag()) {  // switch_1
-    if (const std::uint32_t length = reader.read(3); length != 0) return Run{0, length + 2};
+    if (const std::uint32_t length = reader.read(3); length != 0) return PixelRun{0, length + 2};
     if (!reader.isByteAligned()) reader.skip(4);  // 4_stuff_bits
     return {};
   }
   if (!reader.readFlag()) return readLengthAndCode(reader, 2, 4, 4);  // switch_2
   switch (reader.read(2)) {                                           // switch_3
     case 0:
-      return Run{0, 1};
+      return PixelRun{0, 1};
     case 1:
-      return Run{0, 2};
+      return PixelRun{0, 2};
     case 2:
       return readLengthAndCode(reader, 4, 9, 4);
     default:
@@ -53,9 +53,9 @@ NextRun read4BitRun(BitReader& reader) {
 
 // EN 300 743, table 26.
 NextRun read8BitRun(BitReader& reader) {
-  if (const std::uint32_t code = reader.read(8); code != 0) return Run{code, 1};
+  if (const std::uint32_t code = reader.read(8); code != 0) return PixelRun{code, 1};
   if (reader.readFlag()) return readLengthAndCode(reader, 7, 0, 8);  // switch_1
-  if (const std::uint32_t length = reader.read(7); length != 0) return Run{0, length};
+  if (const std::uint32_t length = reader.read(7); length != 0) return PixelRun{0, length};
   return {};
 }
 
@@ -66,7 +66,7 @@ std::uint32_t fourToTwoBit(std::uint32_t code) {
 
 }  // namespace
 
-std::optional<Run> readRun(BitReader& reader, PixelDepth depth) {
+std::optional<PixelRun> readRun(BitReader& reader, PixelDepth depth) {
   switch (depth) {
     case PixelDepth::TwoBit:
       return read2BitRun(reader);
