@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "bench/caption_inputs.h"
+#include "bench/dvb_inputs.h"
 #include "bench/teletext_inputs.h"
 
 namespace {
@@ -28,7 +29,8 @@ int main(int argc, char** argv) {
   }
   const std::filesystem::path folder = argv[1];
   std::filesystem::create_directories(folder);
-  for (const auto& inputs : {korr::bench::captionInputs(), korr::bench::teletextInputs()}) {
+  for (const auto& inputs :
+       {korr::bench::captionInputs(), korr::bench::dvbInputs(), korr::bench::teletextInputs()}) {
     for (const auto& input : inputs) {
       const auto path = folder / input.name;
       if (std::filesystem::exists(path) || write(input, path)) continue;

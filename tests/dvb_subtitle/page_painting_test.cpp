@@ -80,8 +80,8 @@ TEST(PagePainting, CutsRunsAtTheDisplayAndNeverAtTheRegion) {
 
 TEST(PagePainting, LeavesOutRunsBeyond280Pixels) {
   // 284 pixels of code 1 in a 2-bit string, then one of code 2; and the same with 280 pixels.
-  const Bytes lost{0x10, 0b00'00'11'11, 0b111111'01, 0b10'00'00'00, 0x00};
-  const Bytes kept{0x10, 0b00'00'11'11, 0b111011'01, 0b10'00'00'00, 0x00};
+  const Bytes lost{0x10, 0b00'00'11'11, 0b111111'01, 0b10'00'00'00};
+  const Bytes kept{0x10, 0b00'00'11'11, 0b111011'01, 0b10'00'00'00};
   const auto page = [](const Bytes& top) {
     return smallPage(282, 1, {.depth = 1, .objects = {{7, 0, 0}}}).object(7, top, {0xF0});
   };
