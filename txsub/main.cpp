@@ -11,11 +11,20 @@ namespace {
 
 using namespace korr;
 
+void openLogs(const txsub::InputOptions& options, txsub::Console& console) {
+  try {
+    console.openLogs(options.logs, options.logLevel);
+  } catch (const util::TessaryException& error) {
+    throw txsub::UsageError(error.what());
+  }
+}
+
 int runCommand(const txsub::Command& command, txsub::Console& console) {
   try {
     return std::visit(
         [&console](const auto& options) -> int {
           console.setVerbosity(options.input.verbosity);
+          openLogs(options.input, console);
           return txsub::run(options, console);
         },
         command);

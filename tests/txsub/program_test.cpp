@@ -265,5 +265,53 @@ TEST_F(ProgramTest, DocumentsEveryOptionInTheManual) {
   }
 }
 
+TEST_F(ProgramTest, CountsWhatPassedThroughTheChain) {
+  const auto replay = run({"convert", recordedSamples(), "--page", "1", "--mode", "webvtt", "--as",
+                           "samples", "--stats", "-o", directory_.file("out.jsonl")});
+  EXPECT_THAT(replay.errors, HasSubstr("subtitle_converter_WebVTT, CC1 of PID 0x0000: 12 samples, "
+                                       "12 units (36 bytes), 5 documents in 5 buffers (26 bytes)"));
+
+  const auto json = run({"convert", captions(), "--stats=json", "-o", directory_.file("out.srt")});
+  EXPECT_THAT(json.errors, StartsWith("{\"name\":\"subtitle_converter_Youtube Srt\","));
+  EXPECT_EQ(run({"convert", captions(), "--stats=xml"}).exitCode, 2);
+}
+
+TEST_F(ProgramTest, SendsMessagesToLogsToo) {
+  const auto quiet = run({"convert", captions(), "--quiet", "--log",
+                          "file:" + directory_.file("log"), "-o", directory_.file("out.vtt")});
+  EXPECT_THAT(quiet.errors, IsEmpty());
+  EXPECT_THAT(directory_.read("log"), HasSubstr("[info] converting CC1"));
+
+  const auto failing = run({"convert", directory_.file("none.ts"), "--log-level", "error", "--log",
+                            "console", "--log", "file:" + directory_.file("errors")});
+  EXPECT_EQ(failing.exitCode, 1);
+  EXPECT_THAT(failing.errors, StartsWith("error: "));
+  EXPECT_THAT(directory_.read("errors"), HasSubstr("none.ts"));
+
+  for (const char* sink : {"nowhere", "stdout", "file:/dev/null/log"}) {
+    const auto refused = run({"convert", captions(), "--log", sink});
+    EXPECT_EQ(refused.exitCode, 2) << sink;
+    EXPECT_THAT(refused.errors, HasSubstr("log")) << sink;
+  }
+}
+
+TEST_F(ProgramTest, NamesFilesByATemplate) {
+  const std::string output = directory_.file("${customName}/${serviceName}-${feedIndex}.srt");
+  const auto result = run({"convert", captions(), "--all", "--name", "../a", "-o", output});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(directory_.read("-.-a/CC1-1.srt"), "1\n00:00:01,235 --> 00:00:04,004\nHi\n\n");
+}
+
+TEST_F(ProgramTest, ShowsTheMistakeInATemplate) {
+  const auto unknown = run({"convert", captions(), "--all", "-o", "ü${feed}"});
+  EXPECT_EQ(unknown.exitCode, 2);
+  EXPECT_THAT(unknown.errors,
+              HasSubstr("unknown variable ${feed} (available: customName, feedIndex, "
+                        "serviceName)\n  ü${feed}\n         ^\n"));
+  EXPECT_THAT(run({"convert", captions(), "--all", "-o", "${serviceName}.vtt"}).errors,
+              HasSubstr("${feedIndex} must appear at least once."));
+  EXPECT_EQ(run({"convert", captions(), "--name", "x"}).exitCode, 2);
+}
+
 }  // namespace
 }  // namespace korr::txsub

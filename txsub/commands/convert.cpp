@@ -1,11 +1,15 @@
 #include <filesystem>
+#include <map>
+#include <set>
 #include <system_error>
 
 #include "txsub/commands/commands.h"
 #include "txsub/input/open_input.h"
 #include "txsub/output/cue_track.h"
+#include "txsub/output/output_template.h"
 #include "txsub/services/service_pass.h"
 #include "txsub/services/service_session.h"
+#include "txsub/services/session_statistics.h"
 
 namespace korr::txsub {
 
@@ -91,7 +95,9 @@ class Conversion {
   std::unique_ptr<ServiceSession> makeCueSession(const Service& service, const StreamInfo& stream,
                                                  const ChainConfiguration& configuration);
   PlayableFormat formatFor(const Service& service) const;
-  std::string pathFor(const Service& service, std::string_view extension) const;
+  std::string pathFor(const Service& service, std::string_view extension);
+  std::string expandedPath(const Service& service, std::string_view extension) const;
+  void reportStatistics(const ServicePass& pass);
   ExitCode report(const ServicePass& pass);
   void explainNothing(const ServicePass& pass);
 
@@ -99,6 +105,8 @@ class Conversion {
   Console& console_;
   OpenedInput input_;
   std::optional<Service> refused_;  // the first that the format cannot hold
+  std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> feedIndexes_;  // stream, page
+  std::set<std::string> paths_;  // of the files so far
 };
 
 ExitCode Conversion::run() {
@@ -130,6 +138,8 @@ std::unique_ptr<IServiceFinder> Conversion::makeFinder(const StreamInfo& stream)
 
 std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
                                                         const StreamInfo& stream) {
+  feedIndexes_.try_emplace({service.streamId, service.page},
+                           static_cast<std::uint32_t>(feedIndexes_.size() + 1));
   ChainConfiguration configuration = configurationOf(options_);
   if (!isReplay()) {
     configuration.page = service.page;
@@ -174,22 +184,61 @@ PlayableFormat Conversion::formatFor(const Service& service) const {
   return playableFormat(options_.mode);
 }
 
-// "DIR/0x0100-cc1.vtt", "DIR/0x0034-page-888-swe.vtt"
-std::string Conversion::pathFor(const Service& service, std::string_view extension) const {
+std::string Conversion::pathFor(const Service& service, std::string_view extension) {
   if (!options_.all) return options_.output;
-  const fs::path directory = pathFromUtf8(options_.output);
+  const std::string path = expandedPath(service, extension);
+  const fs::path directory = pathFromUtf8(path).parent_path();
   std::error_code error;
-  fs::create_directories(directory, error);
+  if (!directory.empty()) fs::create_directories(directory, error);
   if (error) {
-    throw OutputError("cannot make the directory '" + options_.output + "': " + error.message());
+    throw OutputError("cannot make the directory '" + utf8FromPath(directory) +
+                      "': " + error.message());
   }
-  return utf8FromPath(directory / pathFromUtf8(fileName(service) + std::string(extension)));
+  if (isOneFile(options_.input.path, path)) {
+    throw UsageError("the output would overwrite the input " + quoted(path));
+  }
+  if (!paths_.insert(path).second) {
+    throw UsageError("the template gives two services the same file " + quoted(path) +
+                     "; set ${feedIndex} apart from what stands beside it");
+  }
+  return path;
+}
+
+// "DIR/0x0100-cc1.vtt", "DIR/0x0034-page-888-swe.vtt", or what the template says.
+std::string Conversion::expandedPath(const Service& service, std::string_view extension) const {
+  if (!isTemplate(options_.output)) {
+    return utf8FromPath(pathFromUtf8(options_.output) /
+                        pathFromUtf8(fileName(service) + std::string(extension)));
+  }
+  const std::string language = service.language.empty() ? "" : service.language + ' ';
+  const auto expanded = expandTemplate(
+      options_.output, {.feedIndex = feedIndexes_.at({service.streamId, service.page}),
+                        .serviceName = language + displayName(service),
+                        .customName = options_.customName});
+  if (const auto* error = std::get_if<util::ExpansionError>(&expanded)) {
+    throw UsageError(explain(*error, options_.output));
+  }
+  std::string path = std::get<std::string>(expanded);
+  if (!pathFromUtf8(path).has_extension()) path += extension;
+  return path;
+}
+
+void Conversion::reportStatistics(const ServicePass& pass) {
+  const auto mode = chainMode(options_.mode);
+  for (const auto* session : pass.sessions()) {
+    if (options_.statistics == StatisticsFormat::Text) {
+      console_.print(statisticsText(*session, mode));
+    } else if (options_.statistics == StatisticsFormat::Json) {
+      console_.print(statisticsJson(*session, mode));
+    }
+  }
 }
 
 ExitCode Conversion::report(const ServicePass& pass) {
   if (pass.wasInterrupted()) {
     console_.note("interrupted; the output is complete up to here");
   }
+  reportStatistics(pass);
   bool isAnyOpen = false;
   for (const auto* session : pass.sessions()) isAnyOpen = isAnyOpen || session->isOpen();
   if (isAnyOpen) return kDone;

@@ -5,6 +5,7 @@
 
 #include "txsub/options/subcommand.h"
 #include "txsub/output/output_file.h"
+#include "txsub/output/output_template.h"
 
 namespace korr::txsub {
 
@@ -22,6 +23,8 @@ constexpr const char* kExamples =
     "  txsub convert film.ts -o film.ttml             DVB pictures in one TTML document\n"
     "  txsub convert film.ts -o pictures/             DVB pictures as PNG files\n"
     "  txsub convert mux.ts --all -o subtitles        every service, one file each\n"
+    "  txsub convert mux.ts --all -o 'subs/${serviceName}-${feedIndex}.vtt'\n"
+    "                                                 the same under names of your own\n"
     "  cat live.ts | txsub convert - -o live.vtt      Ctrl-C ends it with a complete file\n"
     "  txsub convert report.jsonl --page 1 --mode webvtt -o out.jsonl\n"
     "                                                 exactly what the filter delivers";
@@ -81,6 +84,7 @@ class ConvertSubcommand final : public ISubcommand {
   Command settle() override;
 
  private:
+  void checkTemplate() const;
   void settleOutput();
 
   CLI::App* command_;
@@ -91,6 +95,7 @@ class ConvertSubcommand final : public ISubcommand {
   std::string output_;
   std::optional<TextMode> mode_;
   std::optional<OutputKind> kind_;
+  std::string statistics_;
 };
 
 ConvertSubcommand::ConvertSubcommand(CLI::App& program)
@@ -129,7 +134,17 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
   command_->add_flag("--absolute", options_.absolute,
                      "Keep the stream's own times; otherwise files start at the recording's start");
   command_->add_flag("--all", options_.all,
-                     "Every service of the recording, one file each into the directory OUTPUT");
+                     "Every service of the recording, one file each into the directory OUTPUT; "
+                     "or OUTPUT is a template of their names with ${feedIndex} (a running number), "
+                     "${serviceName} and ${customName}");
+  command_
+      ->add_option("--name", options_.customName, "With a template: what ${customName} stands for")
+      ->type_name("NAME");
+  command_
+      ->add_flag("--stats{text}", statistics_,
+                 "At the end print what passed through each conversion, to standard error; "
+                 "--stats=json for programs")
+      ->check(CLI::IsMember({"text", "json"}).description(""));
   command_->footer(footer(kExamples));
 }
 
@@ -139,8 +154,27 @@ Command ConvertSubcommand::settle() {
   if (options_.all && output_.empty()) {
     throw usageError("--all", "name the directory for the files with -o DIR");
   }
+  if (!statistics_.empty()) {
+    options_.statistics = statistics_ == "json" ? StatisticsFormat::Json : StatisticsFormat::Text;
+  }
+  checkTemplate();
   settleOutput();
   return options_;
+}
+
+// A mistake in a template is found before anything is read.
+void ConvertSubcommand::checkTemplate() const {
+  const bool hasTemplate = options_.all && isTemplate(output_);
+  if (!options_.customName.empty() && !hasTemplate) {
+    throw usageError("--name",
+                     "goes with --all and a template such as -o 'DIR/${customName}-"
+                     "${feedIndex}.vtt'");
+  }
+  if (!hasTemplate) return;
+  const auto expanded = expandTemplate(output_, {.feedIndex = 1});
+  if (const auto* error = std::get_if<util::ExpansionError>(&expanded)) {
+    throw usageError("--output", explain(*error, output_));
+  }
 }
 
 // What --as, --mode and the output's name say together.
@@ -150,7 +184,8 @@ void ConvertSubcommand::settleOutput() {
     kind_ = OutputKind::Pictures;
   }
   while (options_.output.size() > 1 && options_.output.ends_with('/')) options_.output.pop_back();
-  const Extension* extension = options_.all ? nullptr : findExtension(options_.output);
+  const bool isDirectory = options_.all && !isTemplate(options_.output);
+  const Extension* extension = isDirectory ? nullptr : findExtension(options_.output);
   const bool isFile = !output_.empty() && options_.output != "-" && !options_.all;
 
   if (kind_) {

@@ -26,6 +26,8 @@ struct InputOptions {
   std::string path;  ///< UTF-8; "-" for standard input
   std::optional<std::uint32_t> pid;
   Verbosity verbosity = Verbosity::Normal;
+  std::vector<std::string> logs;  ///< where messages go too, as Console::openLogs takes them
+  log::Level logLevel = log::Level::Information;
 };
 
 /// What `--mode` names.
@@ -34,9 +36,13 @@ enum class TextMode { WebVtt, Srt, Ttml };
 /// What `--as` names.
 enum class OutputKind { Playable, Samples, Pictures };
 
+/// What `--stats` names.
+enum class StatisticsFormat { None, Text, Json };
+
 struct ConvertOptions {
   InputOptions input;
-  std::string output = "-";  ///< UTF-8; a directory with `all`
+  std::string output = "-";  ///< UTF-8; a directory or a template with `all`
+  std::string customName;    ///< UTF-8; for the template
   TextMode mode = TextMode::WebVtt;
   bool isModeGiven = false;  ///< by `--mode` or the output's extension
   OutputKind kind = OutputKind::Playable;
@@ -46,6 +52,7 @@ struct ConvertOptions {
   PictureStorage pictures = PictureStorage::Embedded;
   bool absolute = false;
   bool all = false;
+  StatisticsFormat statistics = StatisticsFormat::None;
 };
 
 struct ProbeOptions {

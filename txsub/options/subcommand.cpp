@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 
 namespace korr::txsub {
 
@@ -19,6 +20,10 @@ constexpr const char* kInputs =
     "204-byte\n"
     "packets), an .scc file, recorded samples (.jsonl), or any other recording that libavformat\n"
     "opens (MP4, MOV, MKV, MXF ...). '-' reads standard input.";
+
+const std::map<std::string, log::Level> kLevels = {{"error", log::Level::Error},
+                                                   {"warning", log::Level::Warning},
+                                                   {"info", log::Level::Information}};
 
 // "CC3" and "3" are caption service 3; "888" is teletext magazine 8, page 88.
 std::uint32_t parsePage(const std::string& text) {
@@ -54,6 +59,17 @@ void InputArguments::addTo(CLI::App& command) {
   auto* quiet = command.add_flag("-q,--quiet", isQuiet_, "Only errors, no progress");
   command.add_flag("-v,--verbose", isVerbose_, "Also say what is found and chosen")
       ->excludes(quiet);
+  command
+      .add_option("--log", logs_,
+                  "Send messages there too: console, stderr, file:PATH or syslog:HOST[:PORT]; may "
+                  "be given more than once")
+      ->allow_extra_args(false)
+      ->type_name("SINK");
+  command
+      .add_option("--log-level", logLevel_,
+                  "The most detailed messages that logs get: error, warning or info (default)")
+      ->transform(CLI::CheckedTransformer(kLevels, CLI::ignore_case).description(""))
+      ->type_name("LEVEL");
 }
 
 InputOptions InputArguments::settle() const {
@@ -62,6 +78,11 @@ InputOptions InputArguments::settle() const {
   if (!pid_.empty()) options.pid = parsePid(pid_);
   if (isQuiet_) options.verbosity = Verbosity::Quiet;
   if (isVerbose_) options.verbosity = Verbosity::Verbose;
+  if (std::find(logs_.begin(), logs_.end(), "stdout") != logs_.end()) {
+    throw usageError("--log", "standard output is for results; use stderr or console");
+  }
+  options.logs = logs_;
+  options.logLevel = logLevel_;
   return options;
 }
 

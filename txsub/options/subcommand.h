@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "txsub/options/options.h"
 
@@ -40,6 +41,8 @@ class InputArguments {
   std::string pid_;
   bool isQuiet_ = false;
   bool isVerbose_ = false;
+  std::vector<std::string> logs_;
+  log::Level logLevel_ = log::Level::Information;
 };
 
 /// The options that choose a service.
