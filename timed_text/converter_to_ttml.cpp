@@ -161,10 +161,13 @@ void ConverterToTtml::writeRows(const TeletextText& text, ElementStack& styling,
 // each run's column.
 void ConverterToTtml::writeRows(const CaptionText& text, ElementStack& styling,
                                 ElementStack& body) {
+  // Rows can roll up without end, and every run of the next row repeats the breaks.
+  std::int32_t lineBreaksLeft = kMostLineBreaks;
   for (std::size_t row = 0; row < text.rows.size(); ++row) {
-    const std::int32_t lineBreaks = rowsBelow(text.rows, row);
     std::size_t column = 0;
     for (const auto& run : text.rows[row].runs) {
+      const std::int32_t lineBreaks = std::min(rowsBelow(text.rows, row), lineBreaksLeft);
+      lineBreaksLeft -= lineBreaks;
       TtmlStyle style = styleOf(run, isEbuTt_);
       styles_.registerStyle(style, row, isEbuTt_, styling);
       const std::size_t blanks = run.column > column ? run.column - column : 0;

@@ -1,6 +1,7 @@
 // TTML documents for all kinds of subtitle.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "core/interfaces.h"
@@ -16,6 +17,9 @@ namespace korr::encoding::subtitling::ttml::inline v2_1 {
 /// thread-safe.
 class ConverterToTtml final : public ISubtitleConverter {
  public:
+  /// The line breaks that one document holds at the most; later ones are left out.
+  static constexpr std::int32_t kMostLineBreaks = 65'536;
+
   /// `container` is not owned. With `ttmlOption` the documents are EBU-TT.
   ConverterToTtml(ISubtitleContainer& container, bool ttmlOption,
                   std::unique_ptr<IPngEncoder> pngEncoder);

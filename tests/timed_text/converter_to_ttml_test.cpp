@@ -169,6 +169,26 @@ TEST(ConverterToTtml, MapsEveryCodeToItsAttribute) {
   EXPECT_EQ(attributeOf(caption(large), "tts:fontSize"), "2c");
 }
 
+// Carriage returns with nothing in between take a row out of the top of the picture, further and
+// further; the runs of the next row each repeat the way down.
+TEST(ConverterToTtml, BoundsTheLineBreaksOfRowsThatRolledFarAway) {
+  CaptionText screen;
+  screen.rows.resize(2);
+  screen.rows[0].number = -100;
+  screen.rows[0].runs = {{.glyphs = glyphs("A")}};
+  screen.rows[1].number = 14;
+  screen.rows[1].runs.assign(1000, {.glyphs = glyphs("B")});
+  const auto document = TtmlWriter().convert(screen);
+  const auto count = [&document](std::string_view text) {
+    std::int32_t found = 0;
+    for (auto at = document.find(text); at != std::string::npos; at = document.find(text, at + 1))
+      ++found;
+    return found;
+  };
+  EXPECT_EQ(count("<br />"), ConverterToTtml::kMostLineBreaks);
+  EXPECT_EQ(count(">B</span>"), 1000);
+}
+
 TEST(ConverterToTtml, KeepsNoStyleFromOneDocumentToTheNext) {
   TeletextText page;
   page.rows = {{.number = 5, .runs = {teletextRun("")}}};
