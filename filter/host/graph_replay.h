@@ -8,6 +8,7 @@
 #include "filter/host/recording.h"
 #include "filter/host/replay_statistics.h"
 #include "sdk/include/TXSubtitleConverter.h"
+#include "txsub/options/options.h"
 #include "txsub/services/chain_host.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
@@ -16,6 +17,9 @@ enum class SinkKind {
   Collecting,  ///< our own
   Grabber,     ///< the platform's SampleGrabber before its NullRenderer
 };
+
+/// The configuration interface's settings as txsub's options give them.
+txsub::ChainConfiguration configurationOf(const txsub::ConvertOptions& options);
 
 struct ReplaySettings {
   std::string module;  ///< a file (UTF-8); empty: the registered module

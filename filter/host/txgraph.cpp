@@ -8,7 +8,7 @@
 
 #include "filter/host/graph_replay.h"
 #include "platform/terminal.h"
-#include "txsub/options.h"
+#include "txsub/options/options.h"
 #include "txsub/output/output_file.h"
 #include "txsub/record_format.h"
 
@@ -97,29 +97,16 @@ class ErrorLogger final : public converter::ILogger, public log::ILogger {
   txsub::Verbosity verbosity_;
 };
 
-host::ReplaySettings settingsOf(const Arguments& arguments) {
-  const auto& convert = arguments.convert;
-  return {.module = arguments.module,
-          .sink = arguments.sink,
-          .useClock = arguments.useClock,
-          .configuration = {.mode = txsub::chainMode(convert.mode),
-                            .page = convert.page.value_or(0),
-                            .durationMs = convert.durationMs,
-                            .language = convert.language,
-                            .hearingImpaired = convert.hearingImpaired,
-                            .pageOption = convert.pageOption.value_or(0),
-                            .ttmlOption = convert.ebuTt},
-          .logger = nullptr,
-          .statistics = nullptr};
-}
-
 void run(const Arguments& arguments) {
   ErrorLogger logger(arguments.convert.input.verbosity);
   const auto recording = host::readRecording(arguments.convert.input.path, &logger);
   host::ReplayStatistics statistics(recording);
-  auto settings = settingsOf(arguments);
-  settings.logger = &logger;
-  if (arguments.stats) settings.statistics = &statistics;
+  const host::ReplaySettings settings = {.module = arguments.module,
+                                         .sink = arguments.sink,
+                                         .useClock = arguments.useClock,
+                                         .configuration = host::configurationOf(arguments.convert),
+                                         .logger = &logger,
+                                         .statistics = arguments.stats ? &statistics : nullptr};
 
   // Written afterwards: a full disk is no reason to throw into the graph.
   std::string lines;
