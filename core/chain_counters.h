@@ -13,6 +13,7 @@ struct ChainCounters {
   std::uint64_t documents = 0;      ///< documents delivered, a repetition counted again
   std::uint64_t buffers = 0;        ///< output buffers that they took
   std::uint64_t documentBytes = 0;  ///< bytes in those buffers
+  std::uint64_t droppedPages = 0;   ///< DVB subtitle pages that never became whole
   std::uint64_t cutDocuments = 0;   ///< documents without their end: the sink gave no buffer
 
   ChainCounters& operator+=(const ChainCounters& other) {
@@ -22,6 +23,7 @@ struct ChainCounters {
     documents += other.documents;
     buffers += other.buffers;
     documentBytes += other.documentBytes;
+    droppedPages += other.droppedPages;
     cutDocuments += other.cutDocuments;
     return *this;
   }

@@ -27,14 +27,15 @@ std::unique_ptr<es::NALBuilder> createFramer(SubtitleInputType inputType) {
 
 std::unique_ptr<TimedTextBuilder> createBuilder(IOutputSink& sink,
                                                 const ConversionChain::Settings& settings,
-                                                log::ILogger* logger,
+                                                log::ILogger* logger, std::uint64_t& droppedPages,
                                                 const ConversionChain::WriterFactory& makeWriter) {
   ISubtitleContainer* container = nullptr;
   auto parser = createParser({.inputType = settings.inputType,
                               .page = settings.page,
                               .container = &container,
                               .pageOption = settings.pageOption,
-                              .logger = logger});
+                              .logger = logger,
+                              .droppedPages = &droppedPages});
   auto writer = makeWriter(*container);
   const auto segmentDuration = static_cast<std::int64_t>(settings.durationMs * kMillisecond);
   return std::make_unique<TimedTextBuilder>(
@@ -54,9 +55,15 @@ ConversionChain::ConversionChain(IOutputSink& sink, const Settings& settings, lo
 
 ConversionChain::ConversionChain(IOutputSink& sink, const Settings& settings, log::ILogger* logger,
                                  const WriterFactory& makeWriter)
-    : builder_(createBuilder(sink, settings, logger, makeWriter)),
+    : builder_(createBuilder(sink, settings, logger, droppedPages_, makeWriter)),
       framer_(createFramer(settings.inputType)) {
   framer_->setListener(builder_.get());
+}
+
+ChainCounters ConversionChain::counters() const {
+  ChainCounters counters = builder_->counters();
+  counters.droppedPages = droppedPages_;
+  return counters;
 }
 
 }  // namespace korr::encoding::subtitling::inline v2_1

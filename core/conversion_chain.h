@@ -43,9 +43,10 @@ class ConversionChain {
 
   packaging::lib_parse_es::NALBuilder& framer() { return *framer_; }
   TimedTextBuilder& builder() { return *builder_; }
-  const ChainCounters& counters() const { return builder_->counters(); }
+  ChainCounters counters() const;
 
  private:
+  std::uint64_t droppedPages_ = 0;  // counted by the parser
   // The builder (parser, then writer) is made before the framer, which is why it comes first.
   std::unique_ptr<TimedTextBuilder> builder_;
   std::unique_ptr<packaging::lib_parse_es::NALBuilder> framer_;

@@ -25,9 +25,9 @@ std::unique_ptr<ISubtitleParser> createParser(const ParserRequest& request) {
                                request.page, request.pageOption),
                            request.container);
     case SubtitleInputType::DvbSubtitle:
-      return withContainer(
-          std::make_unique<dvb::lib_dvb_subtitle::DVBSubtitleParser>(request.logger),
-          request.container);
+      return withContainer(std::make_unique<dvb::lib_dvb_subtitle::DVBSubtitleParser>(
+                               request.logger, request.droppedPages),
+                           request.container);
     case SubtitleInputType::ClosedCaption:
       return withContainer(
           std::make_unique<closed_caption::ClosedCaptionParser>(

@@ -21,6 +21,8 @@ struct ParserRequest {
   std::uint32_t pageOption = 0;
   /// Takes the parser's warnings; may be null, not owned.
   log::ILogger* logger = nullptr;
+  /// DVB only: counts the pages that never became whole; may be null, not owned.
+  std::uint64_t* droppedPages = nullptr;
 };
 
 /// Makes the parser for an input type and stores its container. Throws "Unexpected subtitle input

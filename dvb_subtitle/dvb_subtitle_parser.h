@@ -12,8 +12,10 @@ namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 /// Keeps the pages of the last five seconds. Not thread-safe.
 class DVBSubtitleParser final : public ISubtitleParser, public ISubtitleContainer {
  public:
-  /// `logger` takes a warning for each segment or page that is lost; may be null, not owned.
-  explicit DVBSubtitleParser(log::ILogger* logger) : renderer_(logger) {}
+  /// `logger` takes a warning for each segment or page that is lost, `droppedPages` counts the
+  /// pages; both may be null and are not owned.
+  explicit DVBSubtitleParser(log::ILogger* logger, std::uint64_t* droppedPages = nullptr)
+      : renderer_(logger, droppedPages) {}
 
   /// `data`: a PES data field (EN 300 743, 7.1), or, without `discontinuity`, what follows the last
   /// one. Of several pages that it completes the first is kept, deliberately. Throws DataFieldError

@@ -84,6 +84,7 @@ void DVBSubtitleRenderer::takePageComposition(BitReader& reader, MediaTime time)
   if (pagePending_) {
     log::write(logger_, log::Level::Warning, "subtitle page dropped because %s",
                missingItem().value_or("").c_str());
+    if (droppedPages_) ++*droppedPages_;
   }
   if (page.startsAfresh) {
     acquired_ = true;

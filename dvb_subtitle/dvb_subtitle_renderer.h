@@ -21,8 +21,10 @@ namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 /// painted as soon as all regions and objects that it refers to are known. Not thread-safe.
 class DVBSubtitleRenderer {
  public:
-  /// `logger` takes warnings; may be null, not owned.
-  explicit DVBSubtitleRenderer(log::ILogger* logger) : logger_(logger) {}
+  /// `logger` takes warnings, `droppedPages` counts the pages that never became whole; both may be
+  /// null and are not owned.
+  explicit DVBSubtitleRenderer(log::ILogger* logger, std::uint64_t* droppedPages = nullptr)
+      : logger_(logger), droppedPages_(droppedPages) {}
 
   /// Follows another page for CLUTs and objects as well (EN 300 743, 7.2.1: ancillary page).
   void setAncillaryPage(std::uint16_t pageId) { ancillaryPage_ = pageId; }
@@ -62,6 +64,7 @@ class DVBSubtitleRenderer {
   const DVBClutSet& clutsOf(std::uint32_t clutId) const;
 
   log::ILogger* logger_;
+  std::uint64_t* droppedPages_;
   DisplayDefinition display_;
   std::uint32_t pagesComposed_ = 0;
   std::optional<std::uint16_t> ancillaryPage_;

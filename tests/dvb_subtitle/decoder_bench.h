@@ -76,11 +76,13 @@ class DecoderBench {
   }
 
   DVBSubtitleParser& parser() { return parser_; }
+  std::uint64_t droppedPages() const { return droppedPages_; }
   std::vector<std::string>& log() { return logger_.lines; }
 
  private:
   test_support::RecordingLogger logger_;
-  DVBSubtitleParser parser_{&logger_};
+  std::uint64_t droppedPages_ = 0;
+  DVBSubtitleParser parser_{&logger_, &droppedPages_};
 };
 
 /// A page of one region that covers a small display.

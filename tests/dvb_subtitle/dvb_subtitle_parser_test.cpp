@@ -102,6 +102,7 @@ TEST_F(DvbSubtitleParserTest, DropsAPageThatStaysIncomplete) {
               ElementsAre("subtitle page dropped because region 1 was expected but missing",
                           "subtitle page dropped because object 300 was expected in region 1 but "
                           "missing"));
+  EXPECT_EQ(droppedPages(), 2U);
   EXPECT_EQ(shownAt(11), "RRR");
   EXPECT_EQ(shownAt(13), "GGG");
 }

@@ -28,6 +28,7 @@ std::string statisticsText(const ServiceSession& session, ConversionMode mode) {
       counted(chain.unitBytes, "byte") + "), " + counted(chain.documents, "document") + " in " +
       counted(chain.buffers, "buffer") + " (" + counted(chain.documentBytes, "byte") + ')';
   if (chain.untimedUnits != 0) text += ", " + counted(chain.untimedUnits, "unit") + " without time";
+  if (chain.droppedPages != 0) text += ", " + counted(chain.droppedPages, "page") + " dropped";
   if (chain.cutDocuments != 0)
     text += ", " + counted(chain.cutDocuments, "document") + " cut short";
   if (counters.errors != 0) text += ", " + counted(counters.errors, "error");
@@ -46,6 +47,7 @@ std::string statisticsJson(const ServiceSession& session, ConversionMode mode) {
                                     {"documents", counters.chain.documents},
                                     {"buffers", counters.chain.buffers},
                                     {"documentBytes", counters.chain.documentBytes},
+                                    {"droppedPages", counters.chain.droppedPages},
                                     {"cutDocuments", counters.chain.cutDocuments}};
   return json.dump();
 }
