@@ -161,8 +161,8 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
     if (!refused_) refused_ = service;
     return nullptr;
   }
-  auto origin = [this] {
-    return options_.absolute ? MediaTime{0} : input_.reader->startTime().value_or(0);
+  auto origin = [this, program = service.program] {
+    return options_.absolute ? MediaTime{0} : input_.reader->startTime(program).value_or(0);
   };
   auto openFile = [this, service, format] {
     return createPlayableFile({.format = format,

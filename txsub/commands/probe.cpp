@@ -42,12 +42,12 @@ class TallyOutput final : public ICueOutput {
 struct Finding {
   Service service;
   Tally tally;
+  MediaTime start = 0;  // of its program
 };
 
 struct Findings {
   std::vector<Finding> services;
-  MediaTime start = 0;
-  std::optional<MediaTime> duration;
+  std::optional<MediaTime> duration;  // of the longest program
 };
 
 // Caption services that say nothing are not worth a line; what the recording declares is.
@@ -82,12 +82,14 @@ Findings probe(const ProbeOptions& options, Console& console) {
   pass.run();
 
   Findings findings;
-  const auto start = input.reader->startTime();
-  const auto end = input.reader->endTime();
-  findings.start = start.value_or(0);
-  if (start && end && *end > *start) findings.duration = *end - *start;
   for (const auto* session : pass.sessions()) {
-    Finding finding{.service = session->service(), .tally = *tallies.at(session)};
+    const Service& service = session->service();
+    const auto start = input.reader->startTime(service.program);
+    const auto end = input.reader->endTime(service.program);
+    if (start && end && *end > *start) {
+      findings.duration = std::max(findings.duration.value_or(0), *end - *start);
+    }
+    Finding finding{.service = service, .tally = *tallies.at(session), .start = start.value_or(0)};
     if (isWorthListing(finding)) findings.services.push_back(std::move(finding));
   }
   return findings;
@@ -108,7 +110,7 @@ std::string timeText(MediaTime time) {
 
 using Row = std::vector<std::string>;
 
-Row tableRow(const Finding& finding, MediaTime start) {
+Row tableRow(const Finding& finding) {
   const auto& service = finding.service;
   const auto& tally = finding.tally;
   const bool hasCues = tally.cues != 0;
@@ -118,13 +120,13 @@ Row tableRow(const Finding& finding, MediaTime start) {
           (service.language.empty() ? "-" : service.language) +
               std::string(service.hearingImpaired ? " (hearing impaired)" : ""),
           std::to_string(tally.cues),
-          hasCues ? timeText(since(start, tally.first)) : "-",
-          hasCues ? timeText(since(start, tally.last)) : "-"};
+          hasCues ? timeText(since(finding.start, tally.first)) : "-",
+          hasCues ? timeText(since(finding.start, tally.last)) : "-"};
 }
 
 void printTable(const Findings& findings) {
   std::vector<Row> rows{{"PID", "kind", "service", "language", "cues", "first", "last"}};
-  for (const auto& finding : findings.services) rows.push_back(tableRow(finding, findings.start));
+  for (const auto& finding : findings.services) rows.push_back(tableRow(finding));
   std::vector<std::size_t> widths(rows.front().size());
   for (const auto& row : rows) {
     for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
@@ -139,7 +141,7 @@ void printTable(const Findings& findings) {
   }
 }
 
-nlohmann::ordered_json jsonOf(const Finding& finding, MediaTime start) {
+nlohmann::ordered_json jsonOf(const Finding& finding) {
   const auto& service = finding.service;
   const auto& tally = finding.tally;
   nlohmann::ordered_json json{{"kind", streamName(service.type)}, {"pid", service.pid}};
@@ -150,8 +152,8 @@ nlohmann::ordered_json jsonOf(const Finding& finding, MediaTime start) {
   json["declared"] = service.isDeclared;
   json["cues"] = tally.cues;
   if (tally.cues != 0) {
-    json["first"] = seconds(since(start, tally.first));
-    json["last"] = seconds(since(start, tally.last));
+    json["first"] = seconds(since(finding.start, tally.first));
+    json["last"] = seconds(since(finding.start, tally.last));
     json["shown"] = seconds(tally.shown);
   }
   return json;
@@ -162,7 +164,7 @@ void printJson(const ProbeOptions& options, const Findings& findings) {
   if (findings.duration) json["duration"] = seconds(*findings.duration);
   json["services"] = nlohmann::ordered_json::array();
   for (const auto& finding : findings.services) {
-    json["services"].push_back(jsonOf(finding, findings.start));
+    json["services"].push_back(jsonOf(finding));
   }
   // The path and languages may hold bytes that are no UTF-8.
   const auto text = json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);

@@ -23,12 +23,14 @@ class Rendering {
 
  private:
   std::unique_ptr<ServiceSession> makeSession(const Service& service, const StreamInfo& stream);
-  std::unique_ptr<IPlayableFile> openFile(SubtitleInputType type) const;
+  std::unique_ptr<IPlayableFile> openFile(const Service& service) const;
 
-  MediaTime start() const { return input_.reader->startTime().value_or(0); }
-  MediaTime duration() const {
-    const MediaTime end = input_.reader->endTime().value_or(0);
-    return end > start() ? end - start() : 0;
+  MediaTime start(std::uint32_t program) const {
+    return input_.reader->startTime(program).value_or(0);
+  }
+  MediaTime duration(std::uint32_t program) const {
+    const MediaTime end = input_.reader->endTime(program).value_or(0);
+    return end > start(program) ? end - start(program) : 0;
   }
 
   const RenderOptions& options_;
@@ -61,21 +63,22 @@ std::unique_ptr<ServiceSession> Rendering::makeSession(const Service& service,
   configuration.choosesPage = false;
   return std::make_unique<CueSession>(
       service, configuration, stream.descriptors,
-      std::make_unique<CueTrack>([this] { return start(); },
-                                 [this, type = service.type] { return openFile(type); }),
+      std::make_unique<CueTrack>([this, program = service.program] { return start(program); },
+                                 [this, service] { return openFile(service); }),
       console_);
 }
 
-std::unique_ptr<IPlayableFile> Rendering::openFile(SubtitleInputType type) const {
+std::unique_ptr<IPlayableFile> Rendering::openFile(const Service& service) const {
   const FrameSize size = options_.size.value_or(kHighDefinition);
   if (options_.framesPerSecond) {
-    return std::make_unique<RawFramesFile>(options_.output, type, size.width, size.height,
-                                           *options_.framesPerSecond,
-                                           [this] { return duration(); });
+    return std::make_unique<RawFramesFile>(
+        options_.output, service.type, size.width, size.height, *options_.framesPerSecond,
+        [this, program = service.program] { return duration(program); });
   }
   Frame background =
       options_.over.empty() ? Frame(size.width, size.height) : readPicture(options_.over);
-  return std::make_unique<StillFile>(options_.output, type, options_.at, std::move(background));
+  return std::make_unique<StillFile>(options_.output, service.type, options_.at,
+                                     std::move(background));
 }
 
 }  // namespace

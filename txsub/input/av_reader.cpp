@@ -348,11 +348,11 @@ ReadProgress AvReader::progress() const {
   return recording_->progress();
 }
 
-std::optional<MediaTime> AvReader::startTime() const {
+std::optional<MediaTime> AvReader::startTime(std::uint32_t) const {
   return recording_->startTime();
 }
 
-std::optional<MediaTime> AvReader::endTime() const {
+std::optional<MediaTime> AvReader::endTime(std::uint32_t) const {
   return recording_->endTime();
 }
 

@@ -28,8 +28,8 @@ class AvReader final : public IMediaReader {
   bool read(IReaderListener& listener) override;
   void unselect(std::uint32_t streamId) override;
   ReadProgress progress() const override;
-  std::optional<MediaTime> startTime() const override;
-  std::optional<MediaTime> endTime() const override;
+  std::optional<MediaTime> startTime(std::uint32_t program) const override;
+  std::optional<MediaTime> endTime(std::uint32_t program) const override;
 
  private:
   class Recording;

@@ -87,11 +87,13 @@ class IMediaReader {
 
   virtual ReadProgress progress() const = 0;
 
-  /// Where the recording starts: time 0 of playable files. Nothing until a time was seen.
-  virtual std::optional<MediaTime> startTime() const = 0;
+  /// Where the recording starts: time 0 of playable files. Nothing until a time was seen. The
+  /// programs of a multiplex have clocks of their own, so `program` says for whose streams
+  /// (StreamInfo::program); readers of anything else know only 0.
+  virtual std::optional<MediaTime> startTime(std::uint32_t program) const = 0;
 
   /// Where the recording ends, as far as it has been read.
-  virtual std::optional<MediaTime> endTime() const = 0;
+  virtual std::optional<MediaTime> endTime(std::uint32_t program) const = 0;
 };
 
 /// Takes bytes of the input into `buffer` and returns how many, 0 at its end. Throws

@@ -18,8 +18,8 @@ class SamplesReader final : public IMediaReader {
   bool read(IReaderListener& listener) override;
   void unselect(std::uint32_t streamId) override;
   ReadProgress progress() const override;
-  std::optional<MediaTime> startTime() const override { return startTime_; }
-  std::optional<MediaTime> endTime() const override { return endTime_; }
+  std::optional<MediaTime> startTime(std::uint32_t) const override { return startTime_; }
+  std::optional<MediaTime> endTime(std::uint32_t) const override { return endTime_; }
 
   /// The one stream, as the header describes it.
   const StreamInfo& stream() const { return stream_; }

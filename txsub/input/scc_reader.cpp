@@ -180,12 +180,12 @@ ReadProgress SccReader::progress() const {
   return {bytesRead_, source_->size()};
 }
 
-std::optional<MediaTime> SccReader::startTime() const {
+std::optional<MediaTime> SccReader::startTime(std::uint32_t) const {
   if (!startFrame_) return {};
   return timeOfFrame(*startFrame_);
 }
 
-std::optional<MediaTime> SccReader::endTime() const {
+std::optional<MediaTime> SccReader::endTime(std::uint32_t) const {
   if (!startFrame_) return {};
   return timeOfFrame(nextFrame_);
 }

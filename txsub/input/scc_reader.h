@@ -34,8 +34,8 @@ class SccReader final : public IMediaReader {
   bool read(IReaderListener& listener) override;
   void unselect(std::uint32_t streamId) override;
   ReadProgress progress() const override;
-  std::optional<MediaTime> startTime() const override;
-  std::optional<MediaTime> endTime() const override;
+  std::optional<MediaTime> startTime(std::uint32_t program) const override;
+  std::optional<MediaTime> endTime(std::uint32_t program) const override;
 
  private:
   bool readBytes();

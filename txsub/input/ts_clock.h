@@ -1,4 +1,4 @@
-// The 33-bit clocks of a programme on one line of time.
+// The 33-bit clocks of a program on one line of time.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ constexpr MediaTime toMediaTime(TsTicks ticks) {
   return ticks < 0 ? 0 : encoding::subtitling::fromTicks90k(static_cast<std::uint64_t>(ticks));
 }
 
-/// The system time clock of one programme (ISO/IEC 13818-1, 2.4.2). It starts at its first PCR and
+/// The system time clock of one program (ISO/IEC 13818-1, 2.4.2). It starts at its first PCR and
 /// only goes forward: over the wrap after 26.5 hours, and over splices, where it takes the step
 /// that it took before.
 class TsClock {
@@ -51,7 +51,7 @@ class TsClock {
   bool isCarriedOn_ = false;    // since then
 };
 
-/// The time stamps of one elementary stream, on the line of its programme's clock where there is
+/// The time stamps of one elementary stream, on the line of its program's clock where there is
 /// one, else on their own.
 class TsStreamClock {
  public:

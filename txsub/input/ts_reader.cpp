@@ -92,7 +92,6 @@ struct TsReader::Stream {
   Kind kind;
   std::unique_ptr<ITsStream> decoder{};
   TsContinuity continuity{};
-  const TsProgrammeTime* time = nullptr;
   bool isWanted = true;
   bool isScramblingReported = false;
 };
@@ -185,10 +184,10 @@ void TsReader::take(const TsPacket& packet, unsigned role) {
 }
 
 void TsReader::takePcr(std::uint16_t pid, std::uint64_t pcr, bool discontinuity) {
-  const auto programmes = clocks_.find(pid);
-  if (programmes != clocks_.end()) {
-    for (const std::uint16_t programme : programmes->second) {
-      times_[programme].clock.onPcr(pcr, discontinuity);
+  const auto programs = clocks_.find(pid);
+  if (programs != clocks_.end()) {
+    for (const std::uint16_t program : programs->second) {
+      times_[program].clock.onPcr(pcr, discontinuity);
     }
   } else if (!untabledClock_) {
     untabledClock_ = pid;
@@ -196,7 +195,7 @@ void TsReader::takePcr(std::uint16_t pid, std::uint64_t pcr, bool discontinuity)
   if (hasRivalClocks_) return;
   if (untabledClock_ == pid) {
     times_[0].clock.onPcr(pcr, discontinuity);
-  } else if (programmes == clocks_.end()) {
+  } else if (programs == clocks_.end()) {
     hasRivalClocks_ = true;
     times_[0].clock = TsClock();
   }
@@ -227,10 +226,9 @@ bool TsReader::detect(const TsPacket& packet, const PesHeader& header) {
   const auto kind = kindOf(header, packet.payload().subspan(header.size));
   if (!kind) return false;
   const std::uint16_t pid = packet.pid();
-  const auto programme = programmes_.find(pid);
   StreamInfo info;
   info.pid = pid;
-  info.program = programme == programmes_.end() ? 0 : programme->second;
+  info.program = programOf(pid);
   addStream(info, *kind);
   updateRoles();
   if (roles_[pid] & kStream) takeStream(packet);
@@ -241,24 +239,24 @@ void TsReader::noteTiming(std::uint16_t pid, const PesHeader& header) {
   const bool isPictureOrSound =
       isVideoStreamId(header.streamId) || isAudioStreamId(header.streamId);
   if (!isPictureOrSound || !header.pts) return;
-  TsProgrammeTime& time = timeOf(pid);
+  TsProgramTime& time = timeOf(pid);
   time.notePicture(timings_[pid].place(*header.pts, time.clock));
 }
 
 void TsReader::applyTables() {
   clocks_.clear();
-  programmes_.clear();
-  for (const auto& [programme, map] : tables_.programmes()) {
-    if (map.pcrPid != kNullPid) clocks_[map.pcrPid].push_back(programme);
+  programs_.clear();
+  for (const auto& [program, map] : tables_.programs()) {
+    if (map.pcrPid != kNullPid) clocks_[map.pcrPid].push_back(program);
     for (const TsStreamEntry& entry : map.streams) {
-      const bool isFirst = programmes_.emplace(entry.pid, programme).second;
-      if (isFirst && isAskedFor(entry.pid)) applyEntry(programme, entry);
+      const bool isFirst = programs_.emplace(entry.pid, program).second;
+      if (isFirst && isAskedFor(entry.pid)) applyEntry(program, entry);
     }
   }
   updateRoles();
 }
 
-void TsReader::applyEntry(std::uint16_t programme, const TsStreamEntry& entry) {
+void TsReader::applyEntry(std::uint16_t program, const TsStreamEntry& entry) {
   const auto kind = kindOf(entry);
   if (!kind) {
     if (!isPrivate(entry)) removeStream(entry.pid);
@@ -266,7 +264,7 @@ void TsReader::applyEntry(std::uint16_t programme, const TsStreamEntry& entry) {
   }
   StreamInfo info;
   info.pid = entry.pid;
-  info.program = programme;
+  info.program = program;
   info.descriptors = entry.descriptors;
 
   const auto& stream = streams_[entry.pid];
@@ -299,7 +297,6 @@ void TsReader::addStream(StreamInfo info, const Kind& kind) {
                           .onSample = [this, &stream](const InputSample& sample) {
                             if (stream.isWanted) listener_->onSample(stream.info, sample);
                           }};
-  stream.time = &context.time;
   if (kind.isVideo) {
     stream.decoder = std::make_unique<TsVideoStream>(kind.codec, std::move(context));
   } else {
@@ -349,7 +346,7 @@ void TsReader::updateRoles() {
   if (options_.pid && *options_.pid < kPids) {
     add(static_cast<std::uint16_t>(*options_.pid), kUnknown);
   }
-  for (const auto& [programme, map] : tables_.programmes()) {
+  for (const auto& [program, map] : tables_.programs()) {
     for (const TsStreamEntry& entry : map.streams) {
       const bool isUnknown = isPrivate(entry) && isAskedFor(entry.pid);
       roles_[entry.pid] = isUnknown ? kUnknown : kTiming;
@@ -360,51 +357,40 @@ void TsReader::updateRoles() {
     const auto pid = static_cast<std::uint16_t>(stream->info.pid);
     roles_[pid] = stream->isWanted ? kStream : kTiming;
   }
-  for (const auto& [pid, programmes] : clocks_) add(pid, kClock);
+  for (const auto& [pid, programs] : clocks_) add(pid, kClock);
   if (untabledClock_) add(*untabledClock_, kClock);
   for (const std::uint16_t pid : tables_.pids()) add(pid, kTable);
 }
 
-// A PID that no table names goes by the clock of the only programme, if there is only one.
-TsProgrammeTime& TsReader::timeOf(std::uint16_t pid) {
-  const auto programme = programmes_.find(pid);
-  if (programme != programmes_.end()) return times_[programme->second];
-  const bool isOnlyOne = tables_.programmes().size() == 1;
-  return times_[isOnlyOne ? tables_.programmes().begin()->first : std::uint16_t{0}];
+// A PID that no table names belongs to the only program, if there is only one.
+std::uint16_t TsReader::programOf(std::uint16_t pid) const {
+  const auto program = programs_.find(pid);
+  if (program != programs_.end()) return program->second;
+  const auto& maps = tables_.programs();
+  return maps.size() == 1 ? maps.begin()->first : std::uint16_t{0};
 }
 
 ReadProgress TsReader::progress() const {
   return {.bytesRead = offset_ + std::min(begin_, end_), .bytesTotal = source_->size()};
 }
 
-// Programmes have clocks of their own, so only those count of which something is wanted.
-std::vector<const TsProgrammeTime*> TsReader::wantedTimes() const {
-  std::vector<const TsProgrammeTime*> times;
-  for (const auto& stream : streams_) {
-    if (stream && stream->isWanted) times.push_back(stream->time);
-  }
-  if (!times.empty()) return times;
-  for (const auto& [programme, time] : times_) times.push_back(&time);
-  return times;
+const TsProgramTime* TsReader::timeOfProgram(std::uint32_t program) const {
+  const auto time = times_.find(static_cast<std::uint16_t>(program));
+  return time == times_.end() ? nullptr : &time->second;
 }
 
-std::optional<MediaTime> TsReader::startTime() const {
-  std::optional<TsTicks> start;
-  for (const TsProgrammeTime* const time : wantedTimes()) {
-    const auto first = time->pictureStart ? time->pictureStart : time->subtitleStart;
-    if (first) start = std::min(start.value_or(*first), *first);
-  }
+std::optional<MediaTime> TsReader::startTime(std::uint32_t program) const {
+  const TsProgramTime* const time = timeOfProgram(program);
+  if (!time) return {};
+  const auto start = time->pictureStart ? time->pictureStart : time->subtitleStart;
   if (!start) return {};
   return toMediaTime(*start);
 }
 
-std::optional<MediaTime> TsReader::endTime() const {
-  std::optional<TsTicks> end;
-  for (const TsProgrammeTime* const time : wantedTimes()) {
-    if (time->end) end = std::max(end.value_or(*time->end), *time->end);
-  }
-  if (!end) return {};
-  return toMediaTime(*end);
+std::optional<MediaTime> TsReader::endTime(std::uint32_t program) const {
+  const TsProgramTime* const time = timeOfProgram(program);
+  if (!time || !time->end) return {};
+  return toMediaTime(*time->end);
 }
 
 }  // namespace korr::txsub

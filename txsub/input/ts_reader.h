@@ -31,8 +31,8 @@ class TsReader final : public IMediaReader {
   bool read(IReaderListener& listener) override;
   void unselect(std::uint32_t streamId) override;
   ReadProgress progress() const override;
-  std::optional<MediaTime> startTime() const override;
-  std::optional<MediaTime> endTime() const override;
+  std::optional<MediaTime> startTime(std::uint32_t program) const override;
+  std::optional<MediaTime> endTime(std::uint32_t program) const override;
 
  private:
   /// What packets of a PID are looked at for; bits.
@@ -64,15 +64,16 @@ class TsReader final : public IMediaReader {
 
   // What there is.
   void applyTables();
-  void applyEntry(std::uint16_t programme, const TsStreamEntry& entry);
+  void applyEntry(std::uint16_t program, const TsStreamEntry& entry);
   void addStream(StreamInfo info, const TsStreamKind& kind);
   void removeStream(std::uint16_t pid);
   std::uint32_t idOf(std::uint16_t pid, const TsStreamKind& kind);
   void announce(Stream& stream);
   void updateRoles();
   bool isAskedFor(std::uint16_t pid) const { return !options_.pid || *options_.pid == pid; }
-  TsProgrammeTime& timeOf(std::uint16_t pid);
-  std::vector<const TsProgrammeTime*> wantedTimes() const;
+  std::uint16_t programOf(std::uint16_t pid) const;
+  TsProgramTime& timeOf(std::uint16_t pid) { return times_[programOf(pid)]; }
+  const TsProgramTime* timeOfProgram(std::uint32_t program) const;
 
   std::unique_ptr<IByteSource> source_;
   ReaderOptions options_;
@@ -92,11 +93,11 @@ class TsReader final : public IMediaReader {
   std::vector<std::unique_ptr<Stream>> streams_;              // by PID; null: none
   std::map<std::uint16_t, std::vector<TsStreamKind>> kinds_;  // that a PID has been, in order
 
-  std::map<std::uint16_t, TsProgrammeTime> times_;              // by programme; 0: not in a PMT
-  std::map<std::uint16_t, std::uint16_t> programmes_;           // by PID, of those in a PMT
-  std::map<std::uint16_t, std::vector<std::uint16_t>> clocks_;  // programmes by PCR PID
+  std::map<std::uint16_t, TsProgramTime> times_;                // by program; 0: not in a PMT
+  std::map<std::uint16_t, std::uint16_t> programs_;             // by PID, of those in a PMT
+  std::map<std::uint16_t, std::vector<std::uint16_t>> clocks_;  // programs by PCR PID
   std::map<std::uint16_t, TsStreamClock> timings_;              // of role kTiming, by PID
-  std::optional<std::uint16_t> untabledClock_;  // PID of the PCRs that go for programme 0
+  std::optional<std::uint16_t> untabledClock_;  // PID of the PCRs that go for program 0
   bool hasRivalClocks_ = false;                 // there are several such PIDs: none is believed
 };
 

@@ -25,8 +25,8 @@ struct TsStreamKind {
   friend bool operator==(const TsStreamKind&, const TsStreamKind&) = default;
 };
 
-/// The clock of one programme, and the times seen on its line.
-struct TsProgrammeTime {
+/// The clock of one program, and the times seen on its line.
+struct TsProgramTime {
   TsClock clock;
   std::optional<TsTicks> pictureStart;   ///< first of video and audio: where players begin
   std::optional<TsTicks> subtitleStart;  ///< first of subtitles
@@ -46,7 +46,7 @@ struct TsProgrammeTime {
 /// What a stream has around it.
 struct TsStreamContext {
   std::uint16_t pid = 0;
-  TsProgrammeTime& time;
+  TsProgramTime& time;
   TsReport& report;
   log::ILogger* logger = nullptr;
   std::function<void(const InputSample&)> onSample;

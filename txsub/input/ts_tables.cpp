@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint8_t kStuffingTableId = 0xFF;
 // More than any multiplex has; damage must not make more.
-constexpr std::size_t kMostProgrammes = 1024;
+constexpr std::size_t kMostPrograms = 1024;
 
 std::size_t sectionSize(const std::vector<std::uint8_t>& section) {
   return PSI_HEADER_SIZE + std::size_t{psi_get_length(section.data())};
@@ -21,11 +21,11 @@ bool isSound(const std::vector<std::uint8_t>& section) {
          psi_check_crc(section.data());
 }
 
-std::optional<TsProgrammeMap> parseMap(std::vector<std::uint8_t>& section) {
+std::optional<TsProgramMap> parseMap(std::vector<std::uint8_t>& section) {
   if (!pmt_validate(section.data())) return {};
-  TsProgrammeMap map{.programme = pmt_get_program(section.data()),
-                     .pcrPid = pmt_get_pcrpid(section.data()),
-                     .streams = {}};
+  TsProgramMap map{.program = pmt_get_program(section.data()),
+                   .pcrPid = pmt_get_pcrpid(section.data()),
+                   .streams = {}};
   // Not by its number: the library counts in a byte.
   std::uint8_t* entry = section.data() + PMT_HEADER_SIZE + pmt_get_desclength(section.data());
   const std::uint8_t* const end = section.data() + section.size() - PSI_CRC_SIZE;
@@ -101,32 +101,31 @@ bool TsTables::takeSection(std::uint16_t pid, std::vector<std::uint8_t>& section
 
 bool TsTables::takePat(std::vector<std::uint8_t>& section) {
   if (!pat_validate(section.data())) return false;
-  std::map<std::uint16_t, std::uint16_t> programmes;
+  std::map<std::uint16_t, std::uint16_t> programs;
   const std::uint8_t* entry = section.data() + PAT_HEADER_SIZE;
   const std::uint8_t* const end = section.data() + section.size() - PSI_CRC_SIZE;
   for (; entry < end; entry += PAT_PROGRAM_SIZE) {
-    const std::uint16_t programme = patn_get_program(entry);
+    const std::uint16_t program = patn_get_program(entry);
     constexpr std::uint16_t kNetworkInformation = 0;
-    if (programme != kNetworkInformation) programmes[programme] = patn_get_pid(entry);
+    if (program != kNetworkInformation) programs[program] = patn_get_pid(entry);
   }
   const std::uint8_t last = psi_get_lastsection(section.data());
   pat_.erase(pat_.upper_bound(last), pat_.end());
-  pat_[psi_get_section(section.data())] = std::move(programmes);
-  return updateProgrammes();
+  pat_[psi_get_section(section.data())] = std::move(programs);
+  return updatePrograms();
 }
 
-bool TsTables::updateProgrammes() {
+bool TsTables::updatePrograms() {
   std::map<std::uint16_t, std::uint16_t> mapPids;
-  for (const auto& [number, programmes] : pat_)
-    mapPids.insert(programmes.begin(), programmes.end());
-  while (mapPids.size() > kMostProgrammes) mapPids.erase(std::prev(mapPids.end()));
+  for (const auto& [number, programs] : pat_) mapPids.insert(programs.begin(), programs.end());
+  while (mapPids.size() > kMostPrograms) mapPids.erase(std::prev(mapPids.end()));
   if (mapPids == mapPids_) return false;
   mapPids_ = std::move(mapPids);
 
   std::erase_if(maps_, [&](const auto& map) { return !mapPids_.contains(map.first); });
   std::map<std::uint16_t, Assembler> assemblers;
   assemblers[PAT_PID] = std::move(assemblers_[PAT_PID]);
-  for (const auto& [programme, pid] : mapPids_) {
+  for (const auto& [program, pid] : mapPids_) {
     if (pid != PAT_PID) assemblers[pid] = std::move(assemblers_[pid]);
   }
   assemblers_ = std::move(assemblers);
@@ -136,9 +135,9 @@ bool TsTables::updateProgrammes() {
 bool TsTables::takePmt(std::uint16_t pid, std::vector<std::uint8_t>& section) {
   auto map = parseMap(section);
   if (!map) return false;
-  const auto programme = mapPids_.find(map->programme);
-  if (programme == mapPids_.end() || programme->second != pid) return false;
-  TsProgrammeMap& current = maps_[map->programme];
+  const auto program = mapPids_.find(map->program);
+  if (program == mapPids_.end() || program->second != pid) return false;
+  TsProgramMap& current = maps_[map->program];
   if (current == *map) return false;
   current = std::move(*map);
   return true;

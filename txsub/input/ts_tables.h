@@ -14,7 +14,7 @@
 
 namespace korr::txsub {
 
-/// One elementary stream of a programme, as the PMT describes it.
+/// One elementary stream of a program, as the PMT describes it.
 struct TsStreamEntry {
   std::uint16_t pid = 0;
   std::uint8_t streamType = 0;
@@ -23,13 +23,13 @@ struct TsStreamEntry {
   friend bool operator==(const TsStreamEntry&, const TsStreamEntry&) = default;
 };
 
-/// A programme map section (ISO/IEC 13818-1, 2.4.4.8).
-struct TsProgrammeMap {
-  std::uint16_t programme = 0;
+/// A program map section (ISO/IEC 13818-1, 2.4.4.8).
+struct TsProgramMap {
+  std::uint16_t program = 0;
   std::uint16_t pcrPid = 0x1FFF;  ///< 0x1FFF: no PCR
   std::vector<TsStreamEntry> streams;
 
-  friend bool operator==(const TsProgrammeMap&, const TsProgrammeMap&) = default;
+  friend bool operator==(const TsProgramMap&, const TsProgramMap&) = default;
 };
 
 /// Joins the payloads of one PID to sections (ISO/IEC 13818-1, 2.4.4).
@@ -80,10 +80,10 @@ class TsTables {
   /// One packet of a PID that is wanted. True when the tables have changed.
   bool take(const TsPacket& packet);
 
-  /// Programmes by their number, as far as their maps have come.
-  const std::map<std::uint16_t, TsProgrammeMap>& programmes() const { return maps_; }
+  /// Programs by their number, as far as their maps have come.
+  const std::map<std::uint16_t, TsProgramMap>& programs() const { return maps_; }
 
-  /// Whether there is a PAT, and the maps of all its programmes.
+  /// Whether there is a PAT, and the maps of all its programs.
   bool areComplete() const;
 
   /// The PIDs of the PAT and the maps.
@@ -99,13 +99,13 @@ class TsTables {
   bool takeSection(std::uint16_t pid, std::vector<std::uint8_t>& section);
   bool takePat(std::vector<std::uint8_t>& section);
   bool takePmt(std::uint16_t pid, std::vector<std::uint8_t>& section);
-  bool updateProgrammes();
+  bool updatePrograms();
 
   TsReport& report_;
   std::map<std::uint16_t, Assembler> assemblers_{{std::uint16_t{0}, Assembler{}}};  // by PID
   std::map<std::uint8_t, std::map<std::uint16_t, std::uint16_t>> pat_;  // by section: map PIDs
-  std::map<std::uint16_t, std::uint16_t> mapPids_;                      // by programme
-  std::map<std::uint16_t, TsProgrammeMap> maps_;                        // by programme
+  std::map<std::uint16_t, std::uint16_t> mapPids_;                      // by program
+  std::map<std::uint16_t, TsProgramMap> maps_;                          // by program
 };
 
 }  // namespace korr::txsub

@@ -121,8 +121,9 @@ void ServicePass::choose(ServiceSession* chosen) {
 }
 
 void ServicePass::complete() {
-  const MediaTime end = reader_.endTime().value_or(0);
-  for (auto* session : ranked()) session->endInput(end);
+  for (auto* session : ranked()) {
+    session->endInput(reader_.endTime(session->service().program).value_or(0));
+  }
   if (wanted_ == Wanted::Best && !chosen_) {
     if (auto* best = firstShown(ranked())) choose(best);
   }

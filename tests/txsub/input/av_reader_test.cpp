@@ -106,7 +106,7 @@ class AvReaderTest : public testing::Test {
     write(recording, path_);
     AvReader reader(path_, {.pid = {}, .logger = &logger_});
     readAll(reader);
-    end_ = reader.endTime();
+    end_ = reader.endTime(0);
   }
 
   /// Overwrites the file from the first place that holds `old` on.

@@ -76,7 +76,7 @@ TEST(SccReader, SendsOnePairAFrame) {
   const InputSample& first = scc.listener.samples.front().second;
   EXPECT_EQ(first.data[0], 0xFC);
   EXPECT_EQ(first.times, (InputSample::Times{frames(30), frames(31)}));
-  EXPECT_EQ(scc.reader.endTime(), frames(61));
+  EXPECT_EQ(scc.reader.endTime(0), frames(61));
 }
 
 TEST(SccReader, ReadsEveryLineEndingAndCut) {
@@ -116,10 +116,10 @@ TEST(SccReader, LeavesOutALineWithoutEnd) {
 }
 
 TEST(SccReader, CountsFromTheWholeHour) {
-  EXPECT_EQ(Scc("Scenarist_SCC V1.0\n01:00:02:00 9420\n").reader.startTime(), frames(108'000));
-  EXPECT_EQ(Scc("Scenarist_SCC V1.0\n01:00:02;00 9420\n").reader.startTime(), frames(107'892));
-  EXPECT_EQ(Scc("Scenarist_SCC V1.0\n00:59:02:00 9420\n").reader.startTime(), 0U);
-  EXPECT_EQ(Scc("Scenarist_SCC V1.0\n").reader.startTime(), std::nullopt);
+  EXPECT_EQ(Scc("Scenarist_SCC V1.0\n01:00:02:00 9420\n").reader.startTime(0), frames(108'000));
+  EXPECT_EQ(Scc("Scenarist_SCC V1.0\n01:00:02;00 9420\n").reader.startTime(0), frames(107'892));
+  EXPECT_EQ(Scc("Scenarist_SCC V1.0\n00:59:02:00 9420\n").reader.startTime(0), 0U);
+  EXPECT_EQ(Scc("Scenarist_SCC V1.0\n").reader.startTime(0), std::nullopt);
 }
 
 TEST(SccReader, RefusesOtherFiles) {

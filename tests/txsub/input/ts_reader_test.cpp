@@ -47,7 +47,7 @@ constexpr std::uint64_t kTicks = 90'000;  // a second
 const Bytes kTeletextDescriptor{0x56, 5, 's', 'w', 'e', 0x10, 0x88};
 const Bytes kSubtitlingDescriptor{0x59, 8, 'f', 'r', 'a', 0x10, 0, 1, 0, 1};
 
-TsProgram programme() {
+TsProgram program() {
   return {.pcrPid = kVideoPid,
           .streams = {{.pid = kVideoPid, .type = TsStream::kH264},
                       {.pid = kTeletextPid, .descriptors = kTeletextDescriptor},
@@ -98,8 +98,9 @@ struct Reading {
     TsReader reader(std::make_unique<MemorySource>(recording, most), options);
     while (reader.read(listener)) {
     }
-    start = reader.startTime();
-    end = reader.endTime();
+    const std::uint32_t program = listener.streams.empty() ? 0 : listener.streams[0].program;
+    start = reader.startTime(program);
+    end = reader.endTime(program);
   }
 
   /// The samples of one PID.
@@ -124,7 +125,7 @@ struct Reading {
 
 TEST(TsReader, TellsWhatTheTablesName) {
   TsBuilder stream;
-  stream.tables(programme());
+  stream.tables(program());
   const Reading reading(stream.bytes());
   ASSERT_THAT(reading.listener.streams, SizeIs(3));
   const auto& [video, teletext, dvb] = std::tie(
@@ -142,7 +143,7 @@ TEST(TsReader, TellsWhatTheTablesName) {
 TEST(TsReader, HandsOverWholePayloadsWithTheirTimes) {
   TsBuilder stream;
   const Bytes field = dvbField(1000);
-  stream.tables(programme()).pcr(kVideoPid, 10 * kTicks);
+  stream.tables(program()).pcr(kVideoPid, 10 * kTicks);
   stream.pes(kTeletextPid, teletextPes(10 * kTicks, 'x'));
   stream.pes(kDvbPid, dvbPes(11 * kTicks, join({field, Bytes{0xFF, 0xFF, 0xFF}})));
   stream.pes(kVideoPid, videoPes(12 * kTicks, "ab"));
@@ -162,7 +163,7 @@ TEST(TsReader, HandsOverWholePayloadsWithTheirTimes) {
 
 TEST(TsReader, ReadsEveryPacketSizeInPiecesOfAnySize) {
   TsBuilder stream;
-  stream.tables(programme());
+  stream.tables(program());
   for (std::uint64_t i = 0; i < 20; ++i) {
     stream.pcr(kVideoPid, i * kTicks);
     stream.pes(kTeletextPid, teletextPes(i * kTicks, static_cast<std::uint8_t>('a' + i)));
@@ -193,7 +194,7 @@ TEST(TsReader, ReadsEveryPacketSizeInPiecesOfAnySize) {
 TEST(TsReader, SamplesBeforeTheFirstTablesAreNotLost) {
   TsBuilder stream;
   stream.pes(kTeletextPid, teletextPes(kTicks, 'a'));
-  stream.tables(programme()).pcr(kVideoPid, 0);
+  stream.tables(program()).pcr(kVideoPid, 0);
   stream.pes(kTeletextPid, teletextPes(2 * kTicks, 'b'));
   const Reading reading(stream.bytes());
   EXPECT_THAT(reading.timesOf(kTeletextPid), ElementsAre(1 * kSecond, 2 * kSecond));
@@ -218,7 +219,7 @@ TEST(TsReader, FindsStreamsByTheirContentWithoutTables) {
 
 TEST(TsReader, ReadsOnlyThePidThatIsAskedFor) {
   TsBuilder stream;
-  TsProgram others = programme();
+  TsProgram others = program();
   others.streams.pop_back();
   stream.tables(others).pcr(kVideoPid, 0);
   stream.pes(kTeletextPid, teletextPes(kTicks));
@@ -233,7 +234,7 @@ TEST(TsReader, ReadsOnlyThePidThatIsAskedFor) {
 
 TEST(TsReader, TimeGoesOnOverTheWrapOfTheClock) {
   TsBuilder stream;
-  stream.tables(programme());
+  stream.tables(program());
   for (std::uint64_t i = 0; i < 4; ++i) {
     const std::uint64_t now = kWrap - kTicks + i * kTicks;
     stream.pcr(kVideoPid, now % kWrap);
@@ -246,7 +247,7 @@ TEST(TsReader, TimeGoesOnOverTheWrapOfTheClock) {
 
 TEST(TsReader, TimeGoesOnOverASplice) {
   TsBuilder stream;
-  stream.tables(programme());
+  stream.tables(program());
   const auto second = [&](std::uint64_t base, bool discontinuity) {
     for (std::uint64_t i = 0; i < 10; ++i) {
       stream.pcr(kVideoPid, base + i * kTicks / 10, discontinuity && i == 0);
@@ -264,7 +265,7 @@ TEST(TsReader, TimeGoesOnOverASplice) {
 
 TEST(TsReader, AWrongTeletextTimeIsReplacedByThePcr) {
   TsBuilder stream;
-  stream.tables(programme());
+  stream.tables(program());
   stream.pcr(kVideoPid, 100 * kTicks).pes(kTeletextPid, teletextPes(109 * kTicks));
   stream.pcr(kVideoPid, 101 * kTicks).pes(kTeletextPid, teletextPes(112 * kTicks));
   stream.pcr(kVideoPid, 102 * kTicks).pes(kTeletextPid, teletextPes({}));
@@ -277,7 +278,7 @@ TEST(TsReader, AWrongTeletextTimeIsReplacedByThePcr) {
 
 TEST(TsReader, AClockThatStopsIsCarriedOnByThePictures) {
   TsBuilder stream;
-  stream.tables(programme());
+  stream.tables(program());
   for (std::uint64_t i = 0; i < 60; ++i) {
     if (i < 5 || i >= 50) stream.pcr(kVideoPid, i * kTicks);
     stream.pes(kVideoPid, videoPes((i + 1) * kTicks, "ab"));
@@ -298,7 +299,7 @@ TEST(TsReader, TimesAreEstimatedWhereThereAreNone) {
 
 TEST(TsReader, ALostPacketCostsTheRowsInIt) {
   TsBuilder stream;
-  stream.tables(programme()).pcr(kVideoPid, 0);
+  stream.tables(program()).pcr(kVideoPid, 0);
   Bytes packets = TsBuilder().pes(kTeletextPid, teletextPes(kTicks, 'a', 5)).take();
   const auto third = packets.begin() + 2 * TsBuilder::kPacketBytes;
   packets.erase(third, third + TsBuilder::kPacketBytes);
@@ -315,7 +316,7 @@ TEST(TsReader, ALostPacketCostsTheRowsInIt) {
 
 TEST(TsReader, ATornPictureIsLeftOut) {
   TsBuilder stream;
-  stream.tables(programme()).pcr(kVideoPid, 0);
+  stream.tables(program()).pcr(kVideoPid, 0);
   stream.pes(kDvbPid, dvbPes(1 * kTicks, dvbField(1000)));
   Bytes torn = TsBuilder().pes(kDvbPid, dvbPes(2 * kTicks, dvbField(1000))).take();
   torn.resize(torn.size() - 2 * TsBuilder::kPacketBytes);
@@ -328,7 +329,7 @@ TEST(TsReader, ATornPictureIsLeftOut) {
 
 TEST(TsReader, FindsThePacketsAgainAfterGarbage) {
   TsBuilder stream;
-  stream.tables(programme()).pcr(kVideoPid, 0);
+  stream.tables(program()).pcr(kVideoPid, 0);
   stream.pes(kTeletextPid, teletextPes(1 * kTicks));
   const std::size_t at = stream.size();
   stream.raw(Bytes(777, 0x00)).raw(Bytes(1234, 0x47));
@@ -341,7 +342,7 @@ TEST(TsReader, FindsThePacketsAgainAfterGarbage) {
 
 TEST(TsReader, APidThatBecomesAnotherStreamGetsAnotherName) {
   TsBuilder stream;
-  TsProgram now = programme();
+  TsProgram now = program();
   const auto become = [&](std::uint8_t type, const Bytes& descriptors, unsigned version) {
     now.streams[1].type = type;
     now.streams[1].descriptors = descriptors;
@@ -361,7 +362,7 @@ TEST(TsReader, APidThatBecomesAnotherStreamGetsAnotherName) {
   EXPECT_NE(samples[0].first, samples[1].first);
 }
 
-TEST(TsReader, StartsWithTheProgrammeThatIsWanted) {
+TEST(TsReader, EveryProgramHasItsOwnStartAndEnd) {
   TsBuilder stream;
   const TsProgram first{.number = 1,
                         .pmtPid = 0x1000,
@@ -376,19 +377,21 @@ TEST(TsReader, StartsWithTheProgrammeThatIsWanted) {
   stream.pcr(0x200, 4999 * kTicks).pes(0x200, videoPes(5000 * kTicks, "cd"));
   RecordingListener listener;
   TsReader reader(std::make_unique<MemorySource>(stream.bytes()), {});
-  reader.read(listener);
-  EXPECT_EQ(reader.startTime(), 10 * kSecond);
-  reader.unselect(0x100);
-  EXPECT_EQ(reader.startTime(), 5000 * kSecond);
+  while (reader.read(listener)) {
+  }
+  EXPECT_EQ(reader.startTime(1), 10 * kSecond);
+  EXPECT_EQ(reader.endTime(1), 10 * kSecond);
+  EXPECT_EQ(reader.startTime(2), 5000 * kSecond);
+  EXPECT_EQ(reader.startTime(3), std::nullopt);
 }
 
-TEST(TsReader, FollowsANewProgrammeMap) {
+TEST(TsReader, FollowsANewProgramMap) {
   TsBuilder stream;
-  TsProgram before = programme();
+  TsProgram before = program();
   before.streams.pop_back();
   stream.tables(before).pcr(kVideoPid, 0);
   stream.pes(kTeletextPid, teletextPes(1 * kTicks));
-  stream.pmt(programme(), 1);
+  stream.pmt(program(), 1);
   stream.pes(kDvbPid, dvbPes(2 * kTicks, dvbField(300)));
   const Reading reading(stream.bytes());
   EXPECT_THAT(reading.listener.streams, SizeIs(3));
@@ -400,7 +403,7 @@ TEST(TsReader, SurvivesNoise) {
   for (int round = 0; round < 30; ++round) {
     TsBuilder stream;
     for (std::uint64_t i = 0; i < 30; ++i) {
-      stream.tables(programme(), static_cast<unsigned>(i) % 32).pcr(kVideoPid, i * kTicks);
+      stream.tables(program(), static_cast<unsigned>(i) % 32).pcr(kVideoPid, i * kTicks);
       stream.pes(kTeletextPid, teletextPes(i * kTicks));
       stream.pes(kDvbPid, dvbPes(i * kTicks, dvbField(400)));
       stream.pes(kVideoPid, videoPes(i * kTicks, "text"));

@@ -39,8 +39,8 @@ class ScriptedReader final : public IMediaReader {
   }
   void unselect(std::uint32_t id) override { unselected.insert(id); }
   ReadProgress progress() const override { return {}; }
-  std::optional<MediaTime> startTime() const override { return 0; }
-  std::optional<MediaTime> endTime() const override { return 100 * kSecond; }
+  std::optional<MediaTime> startTime(std::uint32_t) const override { return 0; }
+  std::optional<MediaTime> endTime(std::uint32_t) const override { return 100 * kSecond; }
 
   std::set<std::uint32_t> unselected;
 
