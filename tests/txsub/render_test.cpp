@@ -64,6 +64,13 @@ TEST_F(RenderTest, DrawsCaptionsAsAReceiverWould) {
   compareWithGolden(result.output, "captions.png");
 }
 
+TEST_F(RenderTest, DrawsTeletextAsAReceiverWould) {
+  const auto result =
+      run({"samples/teletext.ts", "--language", "swe", "--at", "7", "--size", "360x288"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  compareWithGolden(result.output, "teletext.png");
+}
+
 TEST_F(RenderTest, DrawsOverAPictureInItsSize) {
   const auto blank = run({kCaptions, "--at", "0", "--size", "64x33"});
   const auto path = directory_.write("paper.png", blank.output);
