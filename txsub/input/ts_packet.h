@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <span>
 
@@ -21,6 +22,15 @@ class TsPacket {
   bool isScrambled() const { return ts_get_scrambling(bytes_) != 0; }
   bool hasPayload() const { return ts_has_payload(bytes_); }
   std::uint8_t continuity() const { return ts_get_cc(bytes_); }
+
+  /// The first and the last bytes after the header: enough to tell a packet from its neighbours.
+  std::uint64_t fingerprint() const {
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    std::memcpy(&first, bytes_ + TS_HEADER_SIZE, sizeof first);
+    std::memcpy(&last, bytes_ + TS_SIZE - sizeof last, sizeof last);
+    return first * 31 + last;
+  }
 
   bool hasDiscontinuity() const { return adaptationLength() > 0 && tsaf_has_discontinuity(bytes_); }
   /// 33 bits at 90 kHz.
@@ -47,7 +57,8 @@ class TsPacket {
   const std::uint8_t* bytes_;
 };
 
-/// Counts the packets of one PID (ISO/IEC 13818-1, 2.4.3.3, continuity_counter).
+/// Counts the packets of one PID (ISO/IEC 13818-1, 2.4.3.3, continuity_counter). Packets that are
+/// not alike under one number are no duplicates: their multiplexer does not count.
 class TsContinuity {
  public:
   struct Step {
@@ -58,17 +69,20 @@ class TsContinuity {
   Step next(const TsPacket& packet) {
     if (!packet.hasPayload()) return {};
     const std::uint8_t count = packet.continuity();
+    const std::uint64_t fingerprint = packet.fingerprint();
     Step step;
     if (last_ && !packet.hasDiscontinuity()) {
-      step.isDuplicate = count == *last_;
-      if (!step.isDuplicate) step.lost = (count - *last_ - 1U) % 16;
+      step.isDuplicate = count == *last_ && fingerprint == fingerprint_;
+      if (count != *last_) step.lost = (count - *last_ - 1U) % 16;
     }
     last_ = count;
+    fingerprint_ = fingerprint;
     return step;
   }
 
  private:
   std::optional<std::uint8_t> last_;
+  std::uint64_t fingerprint_ = 0;
 };
 
 }  // namespace korr::txsub

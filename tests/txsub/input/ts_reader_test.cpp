@@ -314,6 +314,28 @@ TEST(TsReader, ALostPacketCostsTheRowsInIt) {
   EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("PID 0x0034")));
 }
 
+TEST(TsReader, DuplicatesCountOnceAndOtherPacketsOfTheSameNumberDoToo) {
+  const Bytes field = dvbField(300);
+  Bytes packets = TsBuilder().pes(kDvbPid, dvbPes(kTicks, field)).take();
+  const auto at = [&](std::size_t index) {
+    return packets.begin() + static_cast<std::ptrdiff_t>(index * TsBuilder::kPacketBytes);
+  };
+  Bytes doubled;
+  for (std::size_t i = 0; at(i) != packets.end(); ++i) {
+    for (int twice = 0; twice < 2; ++twice) doubled.insert(doubled.end(), at(i), at(i + 1));
+  }
+  Bytes uncounted = packets;
+  for (std::size_t i = 3; i < uncounted.size(); i += TsBuilder::kPacketBytes) uncounted[i] &= 0xF0;
+
+  for (const Bytes& pes : {doubled, uncounted}) {
+    TsBuilder stream;
+    stream.tables(program()).pcr(kVideoPid, 0).raw(pes);
+    const Reading reading(stream.bytes());
+    EXPECT_THAT(reading.of(kDvbPid), ElementsAre(Field(&InputSample::data, field)));
+    EXPECT_THAT(reading.logger.lines, IsEmpty());
+  }
+}
+
 TEST(TsReader, ATornPictureIsLeftOut) {
   TsBuilder stream;
   stream.tables(program()).pcr(kVideoPid, 0);
