@@ -1,0 +1,3 @@
+@echo off
+rem Registers the module in this folder. Run as administrator.
+regsvr32 "%~dp0TXSubtitleConverter.ax"

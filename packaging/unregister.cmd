@@ -1,0 +1,3 @@
+@echo off
+rem Takes the registration back. Run as administrator.
+regsvr32 /u "%~dp0TXSubtitleConverter.ax"
