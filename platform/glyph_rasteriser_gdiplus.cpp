@@ -1,14 +1,9 @@
-#include <windows.h>
-// GDI+ uses PROPID, which the lean windows.h leaves out.
-#include <objidl.h>
-
-#include <gdiplus.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <memory>
 
 #include "burn/glyph_rasteriser.h"
+#include "platform/gdiplus_session.h"
 #include "util/exception.h"
 #include "util/utf.h"
 
@@ -24,24 +19,11 @@ constexpr double kMaximumPixels = 4096;
 // A font of the family "Lucida Console", used when it lies in the working folder.
 constexpr const wchar_t* kPrivateFontFile = L"Lucon.ttf";
 
-class GdiplusSession {
- public:
-  GdiplusSession() {
-    const Gdiplus::GdiplusStartupInput input;
-    if (Gdiplus::GdiplusStartup(&token_, &input, nullptr) != Gdiplus::Ok)
-      throw RasteriserError("GDI+ does not start");
-  }
-  ~GdiplusSession() { Gdiplus::GdiplusShutdown(token_); }
-  GdiplusSession(const GdiplusSession&) = delete;
-  GdiplusSession& operator=(const GdiplusSession&) = delete;
-
- private:
-  ULONG_PTR token_ = 0;
-};
-
 class GdiplusGlyphRasteriser final : public IGlyphRasteriser {
  public:
-  GdiplusGlyphRasteriser() : privateFonts_(std::make_unique<Gdiplus::PrivateFontCollection>()) {
+  GdiplusGlyphRasteriser() {
+    if (!gdiplus_.isStarted()) throw RasteriserError("GDI+ does not start");
+    privateFonts_ = std::make_unique<Gdiplus::PrivateFontCollection>();
     privateFonts_->AddFontFile(kPrivateFontFile);  // may be absent
   }
 
@@ -140,7 +122,7 @@ class GdiplusGlyphRasteriser final : public IGlyphRasteriser {
     return mask;
   }
 
-  GdiplusSession gdiplus_;  // outlives everything below
+  platform::GdiplusSession gdiplus_;  // outlives everything below
   std::unique_ptr<Gdiplus::PrivateFontCollection> privateFonts_;
 };
 

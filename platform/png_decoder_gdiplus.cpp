@@ -1,9 +1,6 @@
-#include <objidl.h>
-#include <windows.h>
-
-#include <gdiplus/gdiplus.h>
-
 #include "platform/png_decoder.h"
+
+#include "platform/gdiplus_session.h"
 
 namespace korr::platform::inline v2_1 {
 
@@ -29,9 +26,8 @@ std::optional<DecodedPng> decode(IStream* stream) {
 }  // namespace
 
 std::optional<DecodedPng> decodePng(std::span<const std::uint8_t> png) {
-  ULONG_PTR token = 0;
-  const Gdiplus::GdiplusStartupInput input;
-  if (Gdiplus::GdiplusStartup(&token, &input, nullptr) != Gdiplus::Ok) return std::nullopt;
+  const GdiplusSession session;
+  if (!session.isStarted()) return std::nullopt;
   IStream* stream = nullptr;
   std::optional<DecodedPng> decoded;
   if (SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, &stream))) {
@@ -40,7 +36,6 @@ std::optional<DecodedPng> decodePng(std::span<const std::uint8_t> png) {
     decoded = decode(stream);
     stream->Release();
   }
-  Gdiplus::GdiplusShutdown(token);
   return decoded;
 }
 

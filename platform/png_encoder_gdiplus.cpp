@@ -1,14 +1,9 @@
 // PNG by GDI+.
-#include <windows.h>
-
-#include <objidl.h>  // GDI+ needs it, and a lean windows.h leaves it out
-
-#include <gdiplus/gdiplus.h>
-
 #include <memory>
 #include <string_view>
 #include <vector>
 
+#include "platform/gdiplus_session.h"
 #include "timed_text/png_encoder.h"
 
 namespace korr::encoding::subtitling::ttml::inline v2_1 {
@@ -16,24 +11,6 @@ namespace korr::encoding::subtitling::ttml::inline v2_1 {
 namespace {
 
 namespace gdi = Gdiplus::DllExports;
-
-// Runs GDI+ for as long as it lives. Where that fails, every call of GDI+ fails in its turn.
-class GdiplusSession {
- public:
-  GdiplusSession() {
-    const Gdiplus::GdiplusStartupInput input;
-    isStarted_ = Gdiplus::GdiplusStartup(&token_, &input, nullptr) == Gdiplus::Ok;
-  }
-  ~GdiplusSession() {
-    if (isStarted_) Gdiplus::GdiplusShutdown(token_);
-  }
-  GdiplusSession(const GdiplusSession&) = delete;
-  GdiplusSession& operator=(const GdiplusSession&) = delete;
-
- private:
-  ULONG_PTR token_ = 0;
-  bool isStarted_ = false;
-};
 
 struct ReleaseCom {
   void operator()(IUnknown* object) const { object->Release(); }
@@ -123,7 +100,7 @@ class GdiplusEncoder final : public IPngEncoder {
   }
 
  private:
-  GdiplusSession session_;
+  platform::GdiplusSession session_;
 };
 
 }  // namespace
