@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "core/byte_buffer.h"
 #include "core/media_time.h"
@@ -44,6 +45,15 @@ class ISubtitleConverter {
 
   /// Replaces the content of `out` by a document that does not depend on a time.
   virtual void initialDocument(ByteBuffer& out) = 0;
+};
+
+/// Writes caption data into an outgoing stream.
+class IClosedCaptionWriter {
+ public:
+  virtual ~IClosedCaptionWriter() = default;
+
+  /// `triplets`: cc_data triplets (CEA-708, 4.4.1) of the picture shown at `time`.
+  virtual void write(std::span<const std::uint8_t> triplets, MediaTime time) = 0;
 };
 
 }  // namespace korr::encoding::subtitling::inline v2_1
