@@ -159,7 +159,7 @@ Schedule schedule() {
                       {{"THE FERRY IS LATE", 0, 480}, {"BY AN HOUR.", 0, 525}}));
   english(4, clearingPage(10));
   english(5, textPage(DvbEncoder(), kStandard, 10,
-                      {{"- ANY NEWS FROM THE HARBOUR?", 1, 480}, {"- NOT YET.", 2, 525}}));
+                      {{"- ANY NEWS FROM PORT?", 1, 480}, {"- NOT YET.", 2, 525}}));
   english(8, clearingPage(10));
   english(9, boxedPage("THIS ONE ENDS BY ITSELF"));  // after two seconds
   english(13, sunset());

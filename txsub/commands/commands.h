@@ -13,5 +13,6 @@ ExitCode run(const ConvertOptions& options, Console& console);
 ExitCode run(const ProbeOptions& options, Console& console);
 ExitCode run(const ExtractOptions& options, Console& console);
 ExitCode run(const RenderOptions& options, Console& console);
+ExitCode run(const PreviewOptions& options, Console& console);
 
 }  // namespace korr::txsub

@@ -35,7 +35,7 @@ std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>
     return "txsub: " + std::string(error.what()) + "\nSee 'txsub --help'.\n";
   });
   std::vector<std::unique_ptr<ISubcommand>> subcommands;
-  for (const auto add : {addConvert, addProbe, addExtract, addRender}) {
+  for (const auto add : {addConvert, addProbe, addExtract, addRender, addPreview}) {
     subcommands.push_back(add(program));
   }
 

@@ -83,7 +83,14 @@ struct RenderOptions {
   std::string over;  ///< UTF-8; a PNG file under the subtitle, empty for none
 };
 
-using Command = std::variant<ConvertOptions, ProbeOptions, ExtractOptions, RenderOptions>;
+struct PreviewOptions {
+  InputOptions input;
+  std::string output;  ///< UTF-8
+  bool scan = false;
+};
+
+using Command =
+    std::variant<ConvertOptions, ProbeOptions, ExtractOptions, RenderOptions, PreviewOptions>;
 
 /// The options do not fit together or do not fit the input: ends the program with kUsage.
 class UsageError final : public util::TessaryException {

@@ -29,6 +29,7 @@ std::unique_ptr<ISubcommand> addConvert(CLI::App& program);
 std::unique_ptr<ISubcommand> addProbe(CLI::App& program);
 std::unique_ptr<ISubcommand> addExtract(CLI::App& program);
 std::unique_ptr<ISubcommand> addRender(CLI::App& program);
+std::unique_ptr<ISubcommand> addPreview(CLI::App& program);
 
 /// The options that every subcommand has.
 class InputArguments {

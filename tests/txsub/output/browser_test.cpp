@@ -1,16 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 
+#include "tests/txsub/browser.h"
 #include "tests/txsub/output/cue_builder.h"
-#include "tests/txsub/program_runner.h"
 #include "txsub/output/webvtt_file.h"
 
 namespace korr::txsub {
 namespace {
-
-constexpr const char* kBrowser = "/usr/bin/chromium";
 
 // A page that lets the browser parse a WebVTT file and writes down what it understood: a line for
 // each cue, or "error".
@@ -57,21 +54,7 @@ std::string unescaped(std::string text) {
 std::string parsedByBrowser(const std::string& vtt) {
   const TemporaryDirectory directory;
   const std::string page = directory.write("page.html", kPageStart + escaped(vtt) + kPageEnd);
-  ProgramCall call;
-  call.program = kBrowser;
-  call.arguments = {"--headless",
-                    "--no-sandbox",
-                    "--disable-gpu",
-                    "--disable-quic",
-                    "--no-first-run",
-                    "--disable-background-networking",
-                    "--disable-component-update",
-                    "--disable-sync",
-                    "--user-data-dir=" + directory.file("profile"),
-                    "--virtual-time-budget=3000",
-                    "--dump-dom",
-                    "file://" + page};
-  const std::string dom = runProgram(call).output;
+  const std::string dom = documentOf("file://" + page, directory);
   constexpr std::string_view kResult = "<pre id=\"result\">";
   const auto start = dom.rfind(kResult);
   if (start == std::string::npos) return "no page: " + dom;
@@ -80,7 +63,7 @@ std::string parsedByBrowser(const std::string& vtt) {
 }
 
 TEST(WebVttInABrowser, IsUnderstoodToTheLetter) {
-  if (!std::filesystem::exists(kBrowser)) GTEST_SKIP() << kBrowser << " is not installed";
+  if (!isBrowserInstalled()) GTEST_SKIP() << kBrowser << " is not installed";
   auto styled = captionRun(0, "both");
   styled.italic = true;
   styled.underline = true;

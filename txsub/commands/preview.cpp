@@ -1,0 +1,73 @@
+#include <algorithm>
+#include <map>
+
+#include "txsub/commands/commands.h"
+#include "txsub/input/open_input.h"
+#include "txsub/preview/preview_document.h"
+#include "txsub/services/service_pass.h"
+#include "txsub/services/service_session.h"
+
+namespace korr::txsub {
+
+namespace {
+
+using Tracks = std::map<const ServiceSession*, PreviewTrack*>;
+
+std::unique_ptr<ServiceSession> makeSession(const Service& service, const StreamInfo& stream,
+                                            std::unique_ptr<PreviewTrack> track, Console& console) {
+  ChainConfiguration configuration;
+  configuration.page = service.page;
+  configuration.pageOption = service.pageOption;
+  configuration.choosesPage = false;
+  return std::make_unique<CueSession>(service, configuration, stream.descriptors, std::move(track),
+                                      console);
+}
+
+std::string titleOf(const std::string& input) {
+  return input == "-" ? "standard input" : utf8FromPath(pathFromUtf8(input).filename());
+}
+
+}  // namespace
+
+ExitCode run(const PreviewOptions& options, Console& console) {
+  const auto input = openInput(options.input.path, {.pid = options.input.pid, .logger = &console});
+  PreviewDocument document;
+  Tracks tracks;  // owned by the sessions, which the pass owns
+  ServicePass pass(
+      *input.reader, ServicePass::Wanted::All,
+      [&](const StreamInfo& stream) {
+        return createServiceFinder(stream, {.scan = options.scan}, &console);
+      },
+      [&](const Service& service, const StreamInfo& stream) {
+        auto track = document.makeTrack();
+        PreviewTrack& kept = *track;
+        auto session = makeSession(service, stream, std::move(track), console);
+        tracks[session.get()] = &kept;
+        return session;
+      },
+      console);
+  pass.run();
+
+  MediaTime duration = 0;
+  bool isAnyShown = false;
+  for (const auto* session : pass.sessions()) {
+    PreviewTrack& track = *tracks.at(session);
+    if (track.isEmpty()) continue;
+    const Service& service = session->service();
+    const MediaTime start = input.reader->startTime(service.program).value_or(0);
+    const MediaTime end = input.reader->endTime(service.program).value_or(start);
+    if (end > start) duration = std::max(duration, end - start);
+    document.add(service, track, start);
+    isAnyShown = true;
+  }
+  if (!isAnyShown) {
+    console.error("no subtitles are shown in '" + options.input.path + "'");
+    return kFailed;
+  }
+  OutputFile file(options.output);
+  document.write(file, titleOf(options.input.path), duration);
+  file.commit();
+  return kDone;
+}
+
+}  // namespace korr::txsub
