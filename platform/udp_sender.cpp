@@ -100,7 +100,7 @@ class UdpSender final : public IUdpSender {
   }
 
  private:
-  [[no_unique_address]] Network network_;
+  [[maybe_unused, no_unique_address]] Network network_;
   Socket socket_ = kNoSocket;
 };
 
