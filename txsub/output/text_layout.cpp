@@ -18,6 +18,7 @@ constexpr double kSafeAreaStart = 10;
 constexpr double kSafeArea = 80;
 constexpr double kCaptionRows = 15;
 constexpr double kCaptionColumns = 32;
+constexpr std::int32_t kTeletextFirstRow = 0;
 constexpr double kTeletextRows = 25;
 constexpr double kTeletextColumns = 40;
 
@@ -199,10 +200,12 @@ TextLine lineOf(const model::TeletextText::TextRow& row) {
   return builder.take();
 }
 
+// Captions that keep rolling up leave the picture at its top.
 template <class Text>
-std::vector<TextLine> linesOf(const Text& text) {
+std::vector<TextLine> linesOf(const Text& text, std::int32_t firstRow) {
   std::vector<TextLine> lines;
   for (const auto& row : text.rows) {
+    if (row.number < firstRow) continue;
     auto line = lineOf(row);
     if (!line.spans.empty()) lines.push_back(std::move(line));
   }
@@ -235,7 +238,7 @@ const char* colourName(TextColour colour) {
 
 std::optional<TextScreen> layOut(const model::Subtitle& subtitle) {
   if (const auto* text = subtitle.captionText()) {
-    return TextScreen{.lines = linesOf(*text),
+    return TextScreen{.lines = linesOf(*text, kCaptionFirstRow),
                       .firstRow = kCaptionFirstRow,
                       .firstRowTop = kSafeAreaStart,
                       .rowHeight = kSafeArea / kCaptionRows,
@@ -244,8 +247,8 @@ std::optional<TextScreen> layOut(const model::Subtitle& subtitle) {
                       .columnCount = kCaptionColumns};
   }
   if (const auto* text = subtitle.teletextText()) {
-    return TextScreen{.lines = linesOf(*text),
-                      .firstRow = 0,
+    return TextScreen{.lines = linesOf(*text, kTeletextFirstRow),
+                      .firstRow = kTeletextFirstRow,
                       .firstRowTop = 0,
                       .rowHeight = 100 / kTeletextRows,
                       .firstColumnLeft = kSafeAreaStart,

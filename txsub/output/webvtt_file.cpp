@@ -1,5 +1,7 @@
 #include "txsub/output/webvtt_file.h"
 
+#include <algorithm>
+
 #include "txsub/output/cue_time.h"
 #include "txsub/output/text_group.h"
 
@@ -48,10 +50,11 @@ void appendSpan(std::string& out, const TextSpan& span) {
   if (!classes.empty()) out += "</c>";
 }
 
+// A row can hold more characters than the picture has columns, blanks first.
 std::string settings(const TextScreen& screen, const TextGroup& group) {
+  const double column = std::min(group.column, screen.columnCount);
   return "line:" + decimal(screen.topOf(group.lines.front().row)) +
-         "% position:" + decimal(screen.leftOf(group.column)) +
-         "% align:" + alignmentName(group.align);
+         "% position:" + decimal(screen.leftOf(column)) + "% align:" + alignmentName(group.align);
 }
 
 }  // namespace

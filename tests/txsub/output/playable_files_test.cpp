@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "tests/txsub/output/cue_builder.h"
 #include "txsub/output/cue_time.h"
 #include "txsub/output/srt_file.h"
@@ -22,6 +24,16 @@ TEST(WebVttFile, PlacesACaptionWhereItsRowAndColumnLie) {
   EXPECT_EQ(webVttCues(cue(1500, 3000, captions({captionRow(15, {captionRun(4, "HELLO")})}))),
             "00:00:01.500 --> 00:00:03.000 line:84.67% position:20% align:start\n"
             "HELLO\n"
+            "\n");
+}
+
+// Players ignore settings that are no percentage from 0 to 100, and show the text elsewhere.
+TEST(WebVttFile, NamesOnlyPlacesOnThePicture) {
+  auto subtitle = captions({captionRow(-2, {captionRun(0, "rolled away")}),
+                            captionRow(14, {captionRun(28, std::string(60, ' ') + "far")})});
+  EXPECT_EQ(webVttCues(cue(0, 1000, std::move(subtitle))),
+            "00:00:00.000 --> 00:00:01.000 line:79.33% position:90% align:start\n"
+            "far\n"
             "\n");
 }
 
