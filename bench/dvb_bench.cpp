@@ -8,8 +8,8 @@
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle {
 namespace {
 
-constexpr const char* kUpper = "THE TIDE WILL TURN AT NINE,";
-constexpr const char* kLower = "AND WE SHALL BE LATE HOME.";
+constexpr const char* kUpper = "THE TIDE WILL TURN,";
+constexpr const char* kLower = "WE SHALL BE LATE.";
 
 // Pages two seconds apart, as in a stream: the history lets go of old ones.
 class Pages {

@@ -24,7 +24,7 @@ constexpr std::uint16_t kPid = 0x200;
 std::string randomLine(std::mt19937& random) {
   constexpr std::array<const char*, 12> kWords{"THE",  "FERRY", "TIDE",    "TURNS", "AT",   "HALF",
                                                "PAST", "NINE,", "HARBOUR", "RAIN",  "HOME", "LATE"};
-  constexpr std::size_t kLongest = 28;
+  constexpr std::size_t kLongest = 20;
   std::string line;
   while (true) {
     const std::string word = kWords[random() % kWords.size()];

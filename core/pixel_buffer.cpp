@@ -1,6 +1,6 @@
 #include "core/pixel_buffer.h"
 
-#include <algorithm>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -13,18 +13,16 @@ PixelBuffer::PixelBuffer(std::uint32_t width, std::uint32_t height) {
   if (pixels > kMostPixels) throw std::bad_alloc();
   if (pixels == 0) return;
   size_ = static_cast<std::size_t>(pixels) * kBytesPerPixel;
+  rowBytes_ = std::size_t{width} * kBytesPerPixel;
   bytes_.reset(static_cast<std::uint8_t*>(std::calloc(size_, 1)));
   if (!bytes_) throw std::bad_alloc();
 }
 
-void PixelBuffer::addPaintedRows(RowRange rows) {
-  if (rows.first >= rows.end) return;
-  if (painted_.first == painted_.end) {
-    painted_ = rows;
-    return;
-  }
-  painted_.first = std::min(painted_.first, rows.first);
-  painted_.end = std::max(painted_.end, rows.end);
+void PixelBuffer::clear() {
+  if (!bytes_) return;
+  std::memset(bytes_.get() + painted_.first * rowBytes_, 0,
+              (painted_.end - painted_.first) * rowBytes_);
+  painted_ = {};
 }
 
 }  // namespace korr::encoding::subtitling::inline v2_1

@@ -1,6 +1,7 @@
 // The pixels of a bitmap subtitle.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -38,7 +39,18 @@ class PixelBuffer {
   RowRange paintedRows() const { return painted_; }
 
   /// Widens `paintedRows` to take in `rows`; the painter's duty before it writes there.
-  void addPaintedRows(RowRange rows);
+  void addPaintedRows(RowRange rows) {
+    if (rows.first >= rows.end) return;
+    if (painted_.first == painted_.end) {
+      painted_ = rows;
+      return;
+    }
+    painted_.first = std::min(painted_.first, rows.first);
+    painted_.end = std::max(painted_.end, rows.end);
+  }
+
+  /// Makes it transparent black again, at the cost of the painted rows.
+  void clear();
 
  private:
   struct Free {
@@ -46,6 +58,7 @@ class PixelBuffer {
   };
 
   std::size_t size_ = 0;
+  std::size_t rowBytes_ = 0;
   std::unique_ptr<std::uint8_t[], Free> bytes_;
   RowRange painted_;
 };

@@ -1,8 +1,5 @@
 #include "dvb_subtitle/canvas.h"
 
-#include <algorithm>
-#include <bit>
-
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 
 void Canvas::fill(std::uint32_t x, std::uint32_t y, std::uint32_t width, std::uint32_t height,
@@ -11,17 +8,16 @@ void Canvas::fill(std::uint32_t x, std::uint32_t y, std::uint32_t width, std::ui
   width = std::min(width, width_ - x);
   PixelBuffer::RowRange rows{y, y + std::min(height, height_ - y)};
   if (colour == Colour{}) {  // the other rows are so already
-    const auto painted = pixels_->paintedRows();
+    const auto painted = pixels_.paintedRows();
     rows.first = std::max(rows.first, painted.first);
     rows.end = std::min(rows.end, painted.end);
   }
   if (rows.first >= rows.end || width == 0) return;
-  pixels_->addPaintedRows(rows);
+  pixels_.addPaintedRows(rows);
 
   const auto pixel = std::bit_cast<std::uint32_t>(colour);
-  auto* const image = reinterpret_cast<std::uint32_t*>(pixels_->data());
-  for (std::uint32_t row = rows.first; row < rows.end; ++row)
-    std::fill_n(image + std::size_t{row} * width_ + x, width, pixel);
+  for (std::uint32_t line = rows.first; line < rows.end; ++line)
+    std::fill_n(row(line) + x, width, pixel);
   pixelsWritten_ += std::uint64_t{width} * (rows.end - rows.first);
 }
 

@@ -165,7 +165,8 @@ SubtitleBitmap DVBSubtitleRenderer::composePage(std::int32_t sequenceNumber) {
     throw SegmentError("Display of %u by %u pixels refused: more than %u pixels", display_.width,
                        display_.height, static_cast<unsigned>(kMostDisplayPixels));
   }
-  Canvas canvas(display_.width, display_.height);
+  auto pixels = pixelBuffers_.take(display_.width, display_.height);
+  Canvas canvas(display_.width, display_.height, *pixels);
   const Position window{static_cast<std::uint32_t>(display_.window.horizontalMinimum),
                         static_cast<std::uint32_t>(display_.window.verticalMinimum)};
   PagePainter painter(canvas, window, budget_);
@@ -182,7 +183,7 @@ SubtitleBitmap DVBSubtitleRenderer::composePage(std::int32_t sequenceNumber) {
           .height = display_.height,
           .aspectNumerator = aspect.numerator,
           .aspectDenominator = aspect.denominator,
-          .pixels = canvas.pixels(),
+          .pixels = std::move(pixels),
           .start = pageStart_,
           .end = pageEnd_,
           .pageState = sequenceNumber};

@@ -10,6 +10,7 @@
 #include "core/media_time.h"
 #include "core/subtitle.h"
 #include "dvb_subtitle/page_painter.h"
+#include "dvb_subtitle/pixel_buffer_pool.h"
 #include "dvb_subtitle/region.h"
 #include "dvb_subtitle/segments.h"
 #include "log/logger.h"
@@ -80,6 +81,7 @@ class DVBSubtitleRenderer {
   std::size_t objectBytes_ = 0;  // of all objects
   std::map<int, DVBClutSet> cluts_;
   PaintingBudget budget_;
+  PixelBufferPool pixelBuffers_;
 };
 
 }  // namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1

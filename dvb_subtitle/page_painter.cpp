@@ -123,8 +123,9 @@ void PagePainter::paintRun(const PixelRun& run, PixelDepth depth, Brush& brush) 
   constexpr std::uint32_t kNonModifyingCode = 1;
   if (run.length == 0 || run.length > kLongestRun) return;
   if (!brush.keepsCode1 || run.code != kNonModifyingCode) {
-    canvas_.fill(brush.origin.horizontal + brush.x, brush.origin.vertical + brush.line, run.length,
-                 1, lookUp(brush.cluts, brush.maps, brush.regionDepth, depth, run.code));
+    canvas_.paintRun(brush.origin.horizontal + brush.x, brush.origin.vertical + brush.line,
+                     run.length,
+                     lookUp(brush.cluts, brush.maps, brush.regionDepth, depth, run.code));
   }
   brush.x += run.length;
 }

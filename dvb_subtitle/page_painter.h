@@ -6,6 +6,7 @@
 
 #include "dvb_subtitle/canvas.h"
 #include "dvb_subtitle/clut.h"
+#include "dvb_subtitle/code_string.h"
 #include "dvb_subtitle/pixel_data.h"
 #include "dvb_subtitle/region.h"
 #include "util/bit_reader.h"

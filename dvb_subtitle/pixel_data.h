@@ -1,27 +1,13 @@
-// Pixel code strings to runs.
+// Pixel codes to colours.
 #pragma once
 
 #include <array>
 #include <cstdint>
-#include <optional>
 
 #include "dvb_subtitle/clut.h"
 #include "dvb_subtitle/region.h"
-#include "util/bit_reader.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
-
-/// Pixels of one code, left to right.
-struct PixelRun {
-  std::uint32_t code = 0;
-  std::uint32_t length = 0;  ///< 0 to 284
-
-  friend bool operator==(const PixelRun&, const PixelRun&) = default;
-};
-
-/// The next run of a pixel code string of `depth`; none at its end, where the reader then stands on
-/// the byte after it (EN 300 743, 7.2.5.2). A string that is cut off ends where it stops.
-std::optional<PixelRun> readRun(util::BitReader& reader, PixelDepth depth);
 
 /// Takes codes to a greater depth; a new one holds the defaults (EN 300 743, 10.4 to 10.6).
 struct MapTables {

@@ -50,8 +50,9 @@ void readClutEntry(BitReader& reader, DVBClutSet& cluts) {
 std::vector<std::uint8_t> readDataBlock(BitReader& reader, std::size_t length) {
   constexpr std::size_t kMostZeros = 32;
   const std::size_t present = std::min(length, reader.bitsLeft() / 8);
-  std::vector<std::uint8_t> block(present + std::min(length - present, kMostZeros));
-  for (std::size_t i = 0; i < present; ++i) block[i] = static_cast<std::uint8_t>(reader.read(8));
+  const auto bytes = reader.readBytes(present);
+  std::vector<std::uint8_t> block(bytes.begin(), bytes.end());
+  block.resize(present + std::min(length - present, kMostZeros));
   return block;
 }
 

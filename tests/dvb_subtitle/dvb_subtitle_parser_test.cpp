@@ -72,6 +72,25 @@ TEST_F(DvbSubtitleParserTest, PrefersTheLaterPageAndForgetsOldOnes) {
   EXPECT_EQ(shownAt(16), "BBB");
 }
 
+// Buffers are used again once nobody holds them: nothing of an old page may be left in a new one,
+// and nothing may happen to one that somebody kept.
+TEST_F(DvbSubtitleParserTest, PaintsEveryPageOnACleanDisplay) {
+  SubtitleBitmap kept;
+  for (std::uint64_t time = 10; time < 60; ++time) {
+    const auto row = static_cast<std::uint16_t>(time % 3);
+    feed(DvbEncoder()
+             .display(2, 3)
+             .page(DvbEncoder::kAcquisitionPoint, 5, {{1, 0, row}})
+             .region({.id = 1, .fill = true, .width = 2, .height = 1, .fillCode = 1}),
+         time);
+    std::vector<std::string> expected(3, "..");
+    expected[row] = "RR";
+    EXPECT_EQ(textOf(at(time)), expected);
+    if (time == 12) kept = at(time);
+  }
+  EXPECT_THAT(textOf(kept), ElementsAre("RR", "..", ".."));
+}
+
 TEST_F(DvbSubtitleParserTest, KeepsTheFirstPageOfAPayload) {
   feed(filled(1).page(DvbEncoder::kNormalCase, 9, {}).page(DvbEncoder::kNormalCase, 9, {{1, 0, 0}}),
        10);

@@ -5,6 +5,7 @@
 
 #include <random>
 
+#include "dvb_subtitle/code_string.h"
 #include "tests/support/bit_writer.h"
 #include "tests/support/dvb_encoder.h"
 
