@@ -95,8 +95,9 @@ class Conversion {
   std::unique_ptr<ServiceSession> makeCueSession(const Service& service, const StreamInfo& stream,
                                                  const ChainConfiguration& configuration);
   PlayableFormat formatFor(const Service& service) const;
-  std::string pathFor(const Service& service, std::string_view extension);
-  std::string expandedPath(const Service& service, std::string_view extension) const;
+  std::string pathFor(const Service& service, const StreamInfo& stream, std::string_view extension);
+  std::string expandedPath(const Service& service, const StreamInfo& stream,
+                           std::string_view extension) const;
   void reportStatistics(const ServicePass& pass);
   ExitCode report(const ServicePass& pass);
   void explainNothing(const ServicePass& pass);
@@ -151,7 +152,7 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
   }
   const bool isCertain = isReplay() || options_.query.page.has_value();
   return std::make_unique<SampleSession>(service, configuration, stream.descriptors,
-                                         pathFor(service, ".jsonl"), isCertain, console_);
+                                         pathFor(service, stream, ".jsonl"), isCertain, console_);
 }
 
 std::unique_ptr<ServiceSession> Conversion::makeCueSession(
@@ -164,10 +165,11 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
   auto origin = [this, program = service.program] {
     return options_.absolute ? MediaTime{0} : input_.reader->startTime(program).value_or(0);
   };
-  auto openFile = [this, service, format] {
+  // The stream's description is the pass's own, and may learn the service's name meanwhile.
+  auto openFile = [this, service, &stream, format] {
     return createPlayableFile({.format = format,
                                .type = service.type,
-                               .path = pathFor(service, extensionOf(format)),
+                               .path = pathFor(service, stream, extensionOf(format)),
                                .language = service.language,
                                .ebuTt = options_.ebuTt,
                                .pictures = options_.pictures});
@@ -184,9 +186,10 @@ PlayableFormat Conversion::formatFor(const Service& service) const {
   return playableFormat(options_.mode);
 }
 
-std::string Conversion::pathFor(const Service& service, std::string_view extension) {
+std::string Conversion::pathFor(const Service& service, const StreamInfo& stream,
+                                std::string_view extension) {
   if (!options_.all) return options_.output;
-  const std::string path = expandedPath(service, extension);
+  const std::string path = expandedPath(service, stream, extension);
   const fs::path directory = pathFromUtf8(path).parent_path();
   std::error_code error;
   if (!directory.empty()) fs::create_directories(directory, error);
@@ -205,7 +208,8 @@ std::string Conversion::pathFor(const Service& service, std::string_view extensi
 }
 
 // "DIR/0x0100-cc1.vtt", "DIR/0x0034-page-888-swe.vtt", or what the template says.
-std::string Conversion::expandedPath(const Service& service, std::string_view extension) const {
+std::string Conversion::expandedPath(const Service& service, const StreamInfo& stream,
+                                     std::string_view extension) const {
   if (!isTemplate(options_.output)) {
     return utf8FromPath(pathFromUtf8(options_.output) /
                         pathFromUtf8(fileName(service) + std::string(extension)));
@@ -213,7 +217,8 @@ std::string Conversion::expandedPath(const Service& service, std::string_view ex
   const std::string language = service.language.empty() ? "" : service.language + ' ';
   const auto expanded = expandTemplate(
       options_.output, {.feedIndex = feedIndexes_.at({service.streamId, service.page}),
-                        .serviceName = language + displayName(service),
+                        .serviceName = stream.serviceName.empty() ? language + displayName(service)
+                                                                  : stream.serviceName,
                         .customName = options_.customName});
   if (const auto* error = std::get_if<util::ExpansionError>(&expanded)) {
     throw UsageError(explain(*error, options_.output));

@@ -47,7 +47,8 @@ struct StreamInfo {
   /// The elementary stream's descriptors as the PMT carries them (tag, length, body), concatenated;
   /// empty when there are none.
   std::vector<std::uint8_t> descriptors;
-  std::string language;  ///< ISO 639-2 code where the container gives one beside descriptors
+  std::string language;     ///< ISO 639-2 code where the container gives one beside descriptors
+  std::string serviceName;  ///< of the program, UTF-8; empty until an SDT names it
 };
 
 /// Takes what a reader finds, on the thread that calls `read`.

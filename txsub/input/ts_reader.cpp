@@ -229,6 +229,7 @@ bool TsReader::detect(const TsPacket& packet, const PesHeader& header) {
   StreamInfo info;
   info.pid = pid;
   info.program = programOf(pid);
+  info.serviceName = tables_.serviceName(programOf(pid));
   addStream(info, *kind);
   updateRoles();
   if (roles_[pid] & kStream) takeStream(packet);
@@ -266,14 +267,17 @@ void TsReader::applyEntry(std::uint16_t program, const TsStreamEntry& entry) {
   info.pid = entry.pid;
   info.program = program;
   info.descriptors = entry.descriptors;
+  info.serviceName = tables_.serviceName(program);
 
   const auto& stream = streams_[entry.pid];
   if (!stream || stream->kind != *kind) return addStream(std::move(info), *kind);
-  const bool isSame =
-      stream->info.program == info.program && stream->info.descriptors == info.descriptors;
+  const bool isSame = stream->info.program == info.program &&
+                      stream->info.descriptors == info.descriptors &&
+                      stream->info.serviceName == info.serviceName;
   if (isSame) return;
   stream->info.program = info.program;
   stream->info.descriptors = info.descriptors;
+  stream->info.serviceName = info.serviceName;
   announce(*stream);
 }
 

@@ -1,18 +1,33 @@
 #include "txsub/input/ts_tables.h"
 
+#include <bitstream/dvb/si.h>
 #include <bitstream/mpeg/psi.h>
 
+#include <array>
 #include <utility>
+
+#include "txsub/input/dvb_text.h"
 
 namespace korr::txsub {
 namespace {
 
+constexpr std::array<std::uint16_t, 2> kWellKnownPids = {PAT_PID, SDT_PID};
 constexpr std::uint8_t kStuffingTableId = 0xFF;
 // More than any multiplex has; damage must not make more.
 constexpr std::size_t kMostPrograms = 1024;
 
 std::size_t sectionSize(const std::vector<std::uint8_t>& section) {
   return PSI_HEADER_SIZE + std::size_t{psi_get_length(section.data())};
+}
+
+std::uint8_t tableIdOn(std::uint16_t pid) {
+  if (pid == PAT_PID) return PAT_TABLE_ID;
+  return pid == SDT_PID ? SDT_TABLE_ID_ACTUAL : PMT_TABLE_ID;
+}
+
+const char* tableNameOn(std::uint16_t pid) {
+  if (pid == PAT_PID) return "PAT";
+  return pid == SDT_PID ? "SDT" : "PMT";
 }
 
 /// Whether a section has the long form that tables have, and its CRC is right.
@@ -38,6 +53,18 @@ std::optional<TsProgramMap> parseMap(std::vector<std::uint8_t>& section) {
     entry += next - entry;
   }
   return map;
+}
+
+/// The name in a service's descriptors; empty when none of them has one.
+std::string nameIn(std::uint8_t* descriptors) {
+  std::uint16_t number = 0;
+  while (std::uint8_t* const descriptor = descs_get_desc(descriptors, number++)) {
+    if (desc_get_tag(descriptor) != 0x48 || !desc48_validate(descriptor)) continue;
+    std::uint8_t size = 0;
+    const std::uint8_t* const name = desc48_get_service(descriptor, &size);
+    return dvbTextToUtf8({name, size});
+  }
+  return {};
 }
 
 }  // namespace
@@ -68,6 +95,10 @@ std::span<const std::uint8_t> TsSectionAssembler::append(std::span<const std::ui
   return payload;
 }
 
+TsTables::TsTables(TsReport& report) : report_(report) {
+  for (const std::uint16_t pid : kWellKnownPids) assemblers_[pid] = {};
+}
+
 bool TsTables::take(const TsPacket& packet) {
   Assembler& assembler = assemblers_.at(packet.pid());
   const auto step = assembler.continuity.next(packet);
@@ -85,18 +116,17 @@ bool TsTables::take(const TsPacket& packet) {
 }
 
 bool TsTables::takeSection(std::uint16_t pid, std::vector<std::uint8_t>& section) {
-  const std::uint8_t tableId = psi_get_tableid(section.data());
-  if (tableId != (pid == PAT_PID ? PAT_TABLE_ID : PMT_TABLE_ID)) return false;
+  if (psi_get_tableid(section.data()) != tableIdOn(pid)) return false;
   if (!isSound(section)) {
     Assembler& assembler = assemblers_.at(pid);
     if (!std::exchange(assembler.isDamageReported, true)) {
-      report_.warn("%s: a damaged %s; passed over", pidName(pid).c_str(),
-                   pid == PAT_PID ? "PAT" : "PMT");
+      report_.warn("%s: a damaged %s; passed over", pidName(pid).c_str(), tableNameOn(pid));
     }
     return false;
   }
   if (!psi_get_current(section.data())) return false;
-  return pid == PAT_PID ? takePat(section) : takePmt(pid, section);
+  if (pid == PAT_PID) return takePat(section);
+  return pid == SDT_PID ? takeSdt(section) : takePmt(pid, section);
 }
 
 bool TsTables::takePat(std::vector<std::uint8_t>& section) {
@@ -124,9 +154,9 @@ bool TsTables::updatePrograms() {
 
   std::erase_if(maps_, [&](const auto& map) { return !mapPids_.contains(map.first); });
   std::map<std::uint16_t, Assembler> assemblers;
-  assemblers[PAT_PID] = std::move(assemblers_[PAT_PID]);
+  for (const std::uint16_t pid : kWellKnownPids) assemblers[pid] = std::move(assemblers_[pid]);
   for (const auto& [program, pid] : mapPids_) {
-    if (pid != PAT_PID) assemblers[pid] = std::move(assemblers_[pid]);
+    if (!assemblers.contains(pid)) assemblers[pid] = std::move(assemblers_[pid]);
   }
   assemblers_ = std::move(assemblers);
   return true;
@@ -141,6 +171,26 @@ bool TsTables::takePmt(std::uint16_t pid, std::vector<std::uint8_t>& section) {
   if (current == *map) return false;
   current = std::move(*map);
   return true;
+}
+
+bool TsTables::takeSdt(std::vector<std::uint8_t>& section) {
+  if (!sdt_validate(section.data())) return false;
+  bool hasChanged = false;
+  std::uint8_t number = 0;
+  while (std::uint8_t* const service = sdt_get_service(section.data(), number++)) {
+    std::string name = nameIn(sdtn_get_descs(service));
+    const std::uint16_t program = sdtn_get_sid(service);
+    if (name.empty() || (names_.size() >= kMostPrograms && !names_.contains(program))) continue;
+    if (names_[program] == name) continue;
+    names_[program] = std::move(name);
+    hasChanged = true;
+  }
+  return hasChanged;
+}
+
+std::string TsTables::serviceName(std::uint16_t program) const {
+  const auto name = names_.find(program);
+  return name == names_.end() ? std::string() : name->second;
 }
 
 bool TsTables::areComplete() const {

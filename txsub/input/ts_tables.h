@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "txsub/input/ts_packet.h"
@@ -68,11 +69,11 @@ class TsSectionAssembler {
   bool inSection_ = false;
 };
 
-/// Follows the PAT and the PMTs that it names. Sections with a wrong CRC, and those that are not
-/// valid yet, count for nothing.
+/// Follows the PAT, the PMTs that it names, and the SDT. Sections with a wrong CRC, and those that
+/// are not valid yet, count for nothing.
 class TsTables {
  public:
-  explicit TsTables(TsReport& report) : report_(report) {}
+  explicit TsTables(TsReport& report);
 
   /// Whether packets of this PID carry tables.
   bool wants(std::uint16_t pid) const { return assemblers_.contains(pid); }
@@ -86,7 +87,10 @@ class TsTables {
   /// Whether there is a PAT, and the maps of all its programs.
   bool areComplete() const;
 
-  /// The PIDs of the PAT and the maps.
+  /// The name of a program in the SDT (EN 300 468, 5.2.3), UTF-8; empty when there is none.
+  std::string serviceName(std::uint16_t program) const;
+
+  /// The PIDs of the PAT, the SDT and the maps.
   std::vector<std::uint16_t> pids() const;
 
  private:
@@ -99,13 +103,15 @@ class TsTables {
   bool takeSection(std::uint16_t pid, std::vector<std::uint8_t>& section);
   bool takePat(std::vector<std::uint8_t>& section);
   bool takePmt(std::uint16_t pid, std::vector<std::uint8_t>& section);
+  bool takeSdt(std::vector<std::uint8_t>& section);
   bool updatePrograms();
 
   TsReport& report_;
-  std::map<std::uint16_t, Assembler> assemblers_{{std::uint16_t{0}, Assembler{}}};  // by PID
+  std::map<std::uint16_t, Assembler> assemblers_;                       // by PID
   std::map<std::uint8_t, std::map<std::uint16_t, std::uint16_t>> pat_;  // by section: map PIDs
   std::map<std::uint16_t, std::uint16_t> mapPids_;                      // by program
   std::map<std::uint16_t, TsProgramMap> maps_;                          // by program
+  std::map<std::uint16_t, std::string> names_;                          // by program
 };
 
 }  // namespace korr::txsub

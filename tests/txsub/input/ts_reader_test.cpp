@@ -15,6 +15,7 @@
 #include "tests/support/ts_builder.h"
 #include "tests/support/video_builder.h"
 #include "txsub/input/byte_source.h"
+#include "txsub/input/dvb_text.h"
 
 namespace korr::txsub {
 namespace {
@@ -453,6 +454,36 @@ TEST(TsReader, ReadsRealCaptures) {
   EXPECT_EQ(count("sample_TS_with_teletext.ts", 0x13F0), 153);
   EXPECT_EQ(count("sample_TS_with_graphics.ts", 0x29), 20);
   EXPECT_GT(count("sintel-captions.ts", 0x101), 0);
+}
+
+TEST(TsReader, NamesTheProgramOnceTheSdtHasCome) {
+  TsBuilder stream;
+  stream.tables(program()).pes(kTeletextPid, teletextPes(kTicks));
+  for (int i = 0; i < 1000; ++i) stream.nullPacket();  // far behind the other tables
+  stream.sdt(1, "Kanal \xCA\x41").pes(kTeletextPid, teletextPes(2 * kTicks));
+  RecordingListener listener;
+  TsReader reader(std::make_unique<MemorySource>(stream.bytes()), {});
+  while (reader.read(listener)) {
+  }
+  ASSERT_FALSE(listener.streams.empty());
+  EXPECT_EQ(listener.streams.front().serviceName, "");
+  EXPECT_EQ(listener.streams.back().serviceName, "Kanal Å");
+  EXPECT_EQ(listener.samples.size(), 2u);
+}
+
+TEST(DvbText, ReadsTheTablesThatNamesComeIn) {
+  const auto read = [](std::string_view text) {
+    return dvbTextToUtf8({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+  };
+  using namespace std::string_view_literals;
+  EXPECT_EQ(read(""), "");
+  EXPECT_EQ(read("\x86RTL\x87"), "RTL") << "emphasis is left out";
+  EXPECT_EQ(read("F\xC8ur S\xCFt \xE1 \xA4"), "Für Sť Æ €");
+  EXPECT_EQ(read("\x01\xBF\xD5\xE0\xD2\xEB\xD9"), "Первый");
+  EXPECT_EQ(read("\x10\x00\x01\xC5rs"sv), "Års");
+  EXPECT_EQ(read("\x11\x00T\x00V\x20\xAC"sv), "TV€");
+  EXPECT_EQ(read("\x15Čt"), "Čt");
+  EXPECT_EQ(read("\x05\xFF!"), "�!") << "a table that is not read";
 }
 
 }  // namespace
