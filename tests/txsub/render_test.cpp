@@ -71,6 +71,12 @@ TEST_F(RenderTest, DrawsTeletextAsAReceiverWould) {
   compareWithGolden(result.output, "teletext.png");
 }
 
+TEST_F(RenderTest, StretchesDvbPicturesOverTheFrame) {
+  const auto result = run({"samples/dvb.ts", "--pid", "0x200", "--at", "5", "--size", "360x202"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  compareWithGolden(result.output, "dvb.png");
+}
+
 TEST_F(RenderTest, DrawsOverAPictureInItsSize) {
   const auto blank = run({kCaptions, "--at", "0", "--size", "64x33"});
   const auto path = directory_.write("paper.png", blank.output);
