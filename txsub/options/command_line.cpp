@@ -28,6 +28,7 @@ NoCommand explain(const CLI::App& program, const CLI::ParseError& error) {
 
 std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>& arguments) {
   CLI::App program{"Subtitles of broadcast recordings as WebVTT, SRT and TTML.", "txsub"};
+  program.allow_windows_style_options(false);  // a path may begin with a slash
   program.set_version_flag("--version", std::string("txsub ") + kVersion);
   program.require_subcommand(1);
   program.footer(std::string(kProgramExamples) + "\n\n" + std::string(exitCodes()));
