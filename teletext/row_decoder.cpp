@@ -61,8 +61,8 @@ class RowDecoder {
   }
 
   void append(std::optional<GlyphText> glyph, std::uint32_t column) {
-    if (const auto enhanced = context_.enhancements.at(context_.row, column)) glyph = enhanced;
     if (!glyph) return;  // the page's set has no such character
+    if (const auto enhanced = context_.enhancements.at(context_.row, column)) glyph = enhanced;
     if (run_.glyphs.empty()) run_.column = column;
     run_.glyphs.push_back(*glyph);
   }

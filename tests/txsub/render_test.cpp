@@ -108,6 +108,22 @@ TEST_F(RenderTest, WritesRawFramesOfTheWholeRecording) {
   EXPECT_TRUE(isBlank(26)) << "13 s: between two captions";
 }
 
+TEST_F(RenderTest, WritesNoFramesForABreakInTime) {
+  const auto sample = [&](const char* data, const char* start) {
+    return std::string(R"({"data": ")") + data + R"(", "start": )" + start + R"(, "stop": )" +
+           start + "}\n";
+  };
+  // RCL, PAC, "Hi", EOC at 1 s; EDM 100 days later; its next time a second after that.
+  const auto path = directory_.write(
+      "break.jsonl", std::string(R"({"stream": "captions"})") + "\n" +
+                         sample("/JQg/JRw/Mjp/JQv", "10000000") +
+                         sample("/JQs", "864010000000000") + sample("/ICA", "864020000000000"));
+  const auto result = run({path, "--page", "1", "--frames", "1", "--size", "34x15"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_GT(result.output.size(), 34u * 15 * 4);
+  EXPECT_LT(result.output.size(), 100u * 34 * 15 * 4);
+}
+
 TEST_F(RenderTest, FeedsVideoTools) {
   if (std::system("command -v ffmpeg >/dev/null") != 0) GTEST_SKIP() << "no ffmpeg here";
   ProgramCall call;

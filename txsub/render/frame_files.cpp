@@ -55,20 +55,32 @@ RawFramesFile::RawFramesFile(const std::string& path, subtitling::SubtitleInputT
 }
 
 void RawFramesFile::write(const Cue& cue) {
-  writeUntil(cue.start, blank_);
+  writeBlankUntil(cue.start);
   std::fill(frame_.pixels.begin(), frame_.pixels.end(), 0);
   painter_.paint(frame_, cue.subtitle);
   writeUntil(cue.stop, frame_.rgba());
 }
 
 void RawFramesFile::finish() {
-  writeUntil(duration_(), blank_);
+  writeBlankUntil(duration_());
   file_.commit();
 }
 
-// Frame n shows the time n / framesPerSecond_.
+void RawFramesFile::writeBlankUntil(MediaTime end) {
+  constexpr MediaTime kDay = 24 * 3600 * subtitling::kSecond;
+  if (end > end_ && end - end_ > kDay) {
+    leftOut_ += end - end_;
+    end_ = end;
+  }
+  writeUntil(end, blank_);
+}
+
+// Frame n shows the time n / framesPerSecond_, but for what is left out.
 void RawFramesFile::writeUntil(MediaTime end, const std::vector<std::uint8_t>& rgba) {
-  const double seconds = static_cast<double>(end) / static_cast<double>(subtitling::kSecond);
+  if (end <= end_) return;
+  end_ = end;
+  const double seconds =
+      static_cast<double>(end - leftOut_) / static_cast<double>(subtitling::kSecond);
   for (; static_cast<double>(written_) / framesPerSecond_ < seconds; ++written_)
     file_.write(asText(rgba));
 }

@@ -35,7 +35,8 @@ class StillFile final : public IPlayableFile {
 /// recording; transparent where no subtitle is.
 class RawFramesFile final : public IPlayableFile {
  public:
-  /// `framesPerSecond` above 0; `duration` tells the recording's once it has been read.
+  /// A gap of more than a day is a break in time: no frames are written for it. `framesPerSecond`
+  /// above 0; `duration` tells the recording's once it has been read.
   RawFramesFile(const std::string& path, encoding::subtitling::SubtitleInputType type,
                 std::uint32_t width, std::uint32_t height, double framesPerSecond,
                 std::function<MediaTime()> duration);
@@ -45,6 +46,7 @@ class RawFramesFile final : public IPlayableFile {
   void finish() override;
 
  private:
+  void writeBlankUntil(MediaTime end);
   void writeUntil(MediaTime end, const std::vector<std::uint8_t>& rgba);
 
   OutputFile file_;
@@ -53,6 +55,8 @@ class RawFramesFile final : public IPlayableFile {
   double framesPerSecond_;
   std::function<MediaTime()> duration_;
   std::vector<std::uint8_t> blank_;
+  MediaTime end_ = 0;          // of what has been written
+  MediaTime leftOut_ = 0;      // of the recording's time, in breaks
   std::uint64_t written_ = 0;  // frames
 };
 
