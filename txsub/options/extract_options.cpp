@@ -11,37 +11,20 @@ constexpr const char* kExamples =
     "  txsub extract news.ts -o report.jsonl\n"
     "  txsub extract mux.ts --pid 0x1f4 -o teletext.jsonl";
 
-class ExtractSubcommand final : public ISubcommand {
- public:
-  explicit ExtractSubcommand(CLI::App& program)
-      : command_(
-            program.add_subcommand("extract", "Record what the filter's input pin would receive")) {
-    input_.addTo(*command_);
-    command_
-        ->add_option("-o,--output", options_.output,
-                     "The .jsonl file to write; '-' for standard output")
-        ->type_name("FILE")
-        ->required();
-    command_->footer(footer(kExamples));
-  }
-
-  bool isCalled() const override { return command_->parsed(); }
-
-  Command settle() override {
-    options_.input = input_.settle();
-    return options_;
-  }
-
- private:
-  CLI::App* command_;
-  InputArguments input_;
-  ExtractOptions options_;
-};
+void addOptions(CLI::App& command, ExtractOptions& options) {
+  command
+      .add_option("-o,--output", options.output,
+                  "The .jsonl file to write; '-' for standard output")
+      ->type_name("FILE")
+      ->required();
+}
 
 }  // namespace
 
 std::unique_ptr<ISubcommand> addExtract(CLI::App& program) {
-  return std::make_unique<ExtractSubcommand>(program);
+  return std::make_unique<PlainSubcommand<ExtractOptions>>(
+      program, "extract", "Record what the filter's input pin would receive", kExamples,
+      addOptions);
 }
 
 }  // namespace korr::txsub

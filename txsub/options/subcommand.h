@@ -63,6 +63,32 @@ std::string footer(std::string_view examples);
 /// The exit codes, as every help ends.
 std::string_view exitCodes();
 
+/// A subcommand whose options need no settling against each other.
+template <class Options>
+class PlainSubcommand final : public ISubcommand {
+ public:
+  /// `addOptions` adds the subcommand's own.
+  PlainSubcommand(CLI::App& program, const char* name, const char* purpose, const char* examples,
+                  void (*addOptions)(CLI::App& command, Options& options))
+      : command_(program.add_subcommand(name, purpose)) {
+    input_.addTo(*command_);
+    addOptions(*command_, options_);
+    command_->footer(footer(examples));
+  }
+
+  bool isCalled() const override { return command_->parsed(); }
+
+  Command settle() override {
+    options_.input = input_.settle();
+    return options_;
+  }
+
+ private:
+  CLI::App* command_;
+  InputArguments input_;
+  Options options_;
+};
+
 /// A wrong value or combination, in the words that the user reads.
 CLI::ValidationError usageError(const std::string& option, const std::string& message);
 
