@@ -1,6 +1,8 @@
 #include "txsub/input/ts_tables.h"
 
-#include <bitstream/dvb/si.h>
+// Not all of dvb/si.h: its times need functions that Windows lacks.
+#include <bitstream/dvb/si/desc_48.h>
+#include <bitstream/dvb/si/sdt.h>
 #include <bitstream/mpeg/psi.h>
 
 #include <array>
