@@ -2,6 +2,8 @@
 
 #include <wrl/client.h>
 
+#include "platform/directshow/memory_allocator.h"
+
 using Microsoft::WRL::ComPtr;
 
 CBaseInputPin::CBaseInputPin(const TCHAR* objectName, CBaseFilter* filter, CCritSec* lock,
@@ -35,8 +37,7 @@ HRESULT CBaseInputPin::GetAllocator(IMemAllocator** allocator) {
   *allocator = nullptr;
   const CAutoLock lock(m_pLock);
   if (!m_pAllocator) {
-    const HRESULT result = CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER,
-                                            IID_PPV_ARGS(&m_pAllocator));
+    const HRESULT result = CMemAllocator::create(&m_pAllocator);
     if (FAILED(result)) return result;
   }
   m_pAllocator->AddRef();

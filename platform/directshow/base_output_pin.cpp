@@ -2,6 +2,8 @@
 
 #include <wrl/client.h>
 
+#include "platform/directshow/memory_allocator.h"
+
 using Microsoft::WRL::ComPtr;
 
 CBaseOutputPin::CBaseOutputPin(const TCHAR* objectName, CBaseFilter* filter, CCritSec* lock,
@@ -57,8 +59,7 @@ HRESULT CBaseOutputPin::DecideAllocator(IMemInputPin* pin, IMemAllocator** alloc
   if (SUCCEEDED(result)) result = useAllocator(pin, candidate.Get(), wanted);
   if (FAILED(result)) {
     candidate.Reset();
-    result = CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER,
-                              IID_PPV_ARGS(&candidate));
+    result = CMemAllocator::create(&candidate);
     if (SUCCEEDED(result)) result = useAllocator(pin, candidate.Get(), wanted);
   }
   if (SUCCEEDED(result)) *allocator = candidate.Detach();

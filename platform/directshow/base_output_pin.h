@@ -24,7 +24,7 @@ class CBaseOutputPin : public CBasePin {
   HRESULT Active() override;
   HRESULT Inactive() override;
 
-  /// Settles the allocator: the downstream pin's, or else one of the platform's.
+  /// Settles the allocator: the downstream pin's, or else a CMemAllocator.
   virtual HRESULT DecideAllocator(IMemInputPin* pin, IMemAllocator** allocator);
 
   /// Sets the properties of `allocator`; `wanted` holds what the downstream pin asks for.

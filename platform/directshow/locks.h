@@ -6,7 +6,7 @@
 /// A lock that its owning thread may take again.
 class CCritSec {
  public:
-  CCritSec() { InitializeCriticalSection(&section_); }
+  CCritSec() { InitializeCriticalSectionAndSpinCount(&section_, kSpins); }
   ~CCritSec() { DeleteCriticalSection(&section_); }
   CCritSec(const CCritSec&) = delete;
   CCritSec& operator=(const CCritSec&) = delete;
@@ -15,6 +15,9 @@ class CCritSec {
   void Unlock() { LeaveCriticalSection(&section_); }
 
  private:
+  // Streaming threads hold locks for a few microseconds, less than falling asleep costs.
+  static constexpr DWORD kSpins = 1000;
+
   CRITICAL_SECTION section_;
 };
 

@@ -9,4 +9,5 @@
 #include "platform/directshow/class_factory.h"
 #include "platform/directshow/locks.h"
 #include "platform/directshow/media_type.h"
+#include "platform/directshow/memory_allocator.h"
 #include "platform/directshow/unknown.h"
