@@ -61,7 +61,9 @@ void ReplayStatistics::noteDelivered(txsub::MediaTime stop) {
 
 std::string ReplayStatistics::summary() const {
   const std::scoped_lock lock(mutex_);
-  const double elapsed = std::chrono::duration<double>(Clock::now() - started_).count();
+  const auto now = Clock::now();
+  const auto began = pushedAt_.empty() ? now : pushedAt_.front();
+  const double elapsed = std::chrono::duration<double>(now - began).count();
   std::array<char, 400> text{};
   std::snprintf(text.data(), text.size(),
                 "%zu samples in, %zu out, %.3f s (CPU %.3f s); Receive median %.1f us, 99 %% "

@@ -25,13 +25,12 @@ class ReplayStatistics {
   /// A document up to `stop` has come out.
   void noteDelivered(txsub::MediaTime stop);
 
-  /// One line: samples, time and CPU, how long Receive took, how long a document took from the
+  /// One line: samples, time since the first one and CPU, how long Receive took, how long a document took from the
   /// sample that caused it, and how many samples waited meanwhile.
   std::string summary() const;
 
  private:
   std::unordered_map<txsub::MediaTime, std::size_t> completions_;  // unit time to sample
-  Clock::time_point started_ = Clock::now();
   mutable std::mutex mutex_;
   std::vector<Clock::time_point> pushedAt_;
   std::vector<double> receiveMicroseconds_;
