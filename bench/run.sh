@@ -18,7 +18,9 @@ printf '%-24s %8s %8s %8s %8s %10s %8s\n' file MB "cat s" "txsub s" GB/s "times 
 for file in "$inputs"/*.ts; do
   cat "$file" >/dev/null
   read -r cat_seconds _ < <(best cat "$file")
-  read -r seconds peak < <(best $build/txsub convert --quiet "$file")
+  mode=webvtt
+  case $file in */dvb.ts) mode=ttml ;; esac  # pictures
+  read -r seconds peak < <(best $build/txsub convert --quiet --mode $mode "$file")
   bytes=$(stat -c %s "$file")
   awk -v name="$(basename "$file")" -v bytes="$bytes" -v cat="$cat_seconds" -v ours="$seconds" \
       -v peak="$peak" 'BEGIN {
