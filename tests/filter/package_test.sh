@@ -39,7 +39,12 @@ wine "$setup" /S
 isRegistered || fail "the installer did not register"
 grep -q "Program Files" "$scratch/key" || fail "the installer registered something else"
 folder="$WINEPREFIX/drive_c/Program Files/Tessary Subtitle Converter"
-wine "$folder/uninstall.exe" /S '_?=C:\Program Files\Tessary Subtitle Converter'
+wine "$folder/uninstall.exe" /S
+# It goes on as a copy of itself, which the call does not wait for.
+for _ in $(seq 60); do
+  [ -e "$folder" ] || break
+  sleep 0.5
+done
 isRegistered && fail "the uninstaller did not unregister"
 [ -e "$folder/TXSubtitleConverter.ax" ] && fail "the uninstaller left the module behind"
 exit 0
