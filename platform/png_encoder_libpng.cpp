@@ -1,11 +1,16 @@
-// PNG by libpng, for pictures of few colours above all: subtitles have a dozen.
+// PNG by libpng, for pictures of few colours above all: subtitles have a dozen. The image data is
+// compressed here: libpng takes it row by row, which costs as much again where most rows are blank.
 #include <png.h>
+#include <zlib.h>
 
+#include <algorithm>
 #include <array>
 #include <csetjmp>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "timed_text/png_encoder.h"
@@ -68,10 +73,11 @@ struct PackedImage {
   std::uint32_t height = 0;
   int bitDepth = 8;
   int colourType = PNG_COLOR_TYPE_RGBA;
-  std::vector<png_color> colours;   // with a palette only
-  std::vector<png_byte> alphas;     // one per colour
-  std::vector<std::uint8_t> bytes;  // what `rows` points into; not used for RGBA
-  std::vector<const std::uint8_t*> rows;
+  std::vector<png_color> colours;  // with a palette only
+  std::vector<png_byte> alphas;    // one per colour
+  PixelBuffer::RowRange painted;   // all bytes of the other rows are zero
+  std::size_t rowBytes = 0;        // the filter type's byte included
+  ByteBuffer rows;                 // the painted ones
 };
 
 // One byte a pixel, the pixel's number in `palette`. False when 256 colours are not enough.
@@ -90,14 +96,6 @@ bool indexRow(const std::uint8_t* row, std::uint32_t width, Palette& palette, st
   return true;
 }
 
-// Two pixels a byte, the left one in the upper half (ISO/IEC 15948, 7.2). In place.
-void packNibbles(std::uint8_t* row, std::uint32_t width) {
-  for (std::uint32_t x = 0; x < width; x += 2) {
-    const int right = x + 1 < width ? row[x + 1] : 0;
-    row[x / 2] = static_cast<std::uint8_t>(row[x] << 4 | right);
-  }
-}
-
 void setPalette(PackedImage& packed, const Palette& palette) {
   packed.colourType = PNG_COLOR_TYPE_PALETTE;
   packed.bitDepth = palette.size() <= 16 ? 4 : 8;
@@ -110,28 +108,41 @@ void setPalette(PackedImage& packed, const Palette& palette) {
   }
 }
 
-// Only the painted rows are looked at; all others share one transparent row.
+// Two pixels a byte, the left one in the upper half (ISO/IEC 15948, 7.2).
+void packNibbles(const std::uint8_t* indices, std::uint32_t width, std::uint8_t* out) {
+  for (std::uint32_t x = 0; x + 1 < width; x += 2)
+    *out++ = static_cast<std::uint8_t>(indices[x] << 4 | indices[x + 1]);
+  if (width % 2 != 0) *out = static_cast<std::uint8_t>(indices[width - 1] << 4);
+}
+
+// Room for the painted rows; their first byte says that no filter is used.
+void makeRows(PackedImage& packed, std::size_t bitsPerPixel) {
+  packed.rowBytes = 1 + (packed.width * bitsPerPixel + 7) / 8;
+  packed.rows.assign((packed.painted.end - packed.painted.first) * packed.rowBytes, 0);
+}
+
+// Only the painted rows are looked at.
 bool packWithPalette(const RgbaImage& image, PackedImage& packed) {
   Palette palette;
-  const auto painted = image.paintedRows;
-  const std::size_t paintedCount = painted.end - painted.first;
-  packed.bytes.resize((paintedCount + 1) * image.width);
-  std::uint8_t* const blankRow = packed.bytes.data() + paintedCount * image.width;
-  packed.rows.assign(image.height, blankRow);
-  if (paintedCount < image.height) {
-    static_assert(kTransparentBlack == 0);
-    palette.indexOf(kTransparentBlack);  // takes number 0, which fills the blank row already
+  if (packed.painted.end - packed.painted.first < image.height) {
+    palette.indexOf(kTransparentBlack);  // number 0, of which blank rows consist
   }
-  for (std::uint32_t y = painted.first; y < painted.end; ++y) {
-    std::uint8_t* const row = packed.bytes.data() + std::size_t{y - painted.first} * image.width;
+  ByteBuffer indices((packed.painted.end - packed.painted.first) * std::size_t{image.width});
+  std::uint8_t* row = indices.data();
+  for (std::uint32_t y = packed.painted.first; y < packed.painted.end; ++y, row += image.width) {
     if (!indexRow(image.row(y), image.width, palette, row)) return false;
-    packed.rows[y] = row;
   }
   setPalette(packed, palette);
-  if (packed.bitDepth == 4) {
-    for (std::uint32_t y = painted.first; y < painted.end; ++y) {
-      packNibbles(packed.bytes.data() + std::size_t{y - painted.first} * image.width, image.width);
+  makeRows(packed, static_cast<std::size_t>(packed.bitDepth));
+  std::uint8_t* out = packed.rows.data();
+  row = indices.data();
+  for (std::uint32_t y = packed.painted.first; y < packed.painted.end; ++y, row += image.width) {
+    if (packed.bitDepth == 4) {
+      packNibbles(row, image.width, out + 1);
+    } else {
+      std::copy_n(row, image.width, out + 1);
     }
+    out += packed.rowBytes;
   }
   return true;
 }
@@ -140,10 +151,81 @@ PackedImage pack(const RgbaImage& image) {
   PackedImage packed;
   packed.width = image.width;
   packed.height = image.height;
+  packed.painted = image.paintedRows;
   if (packWithPalette(image, packed)) return packed;
-  packed.bytes.clear();
-  for (std::uint32_t y = 0; y < image.height; ++y) packed.rows[y] = image.row(y);
+  makeRows(packed, kBytesPerPixel * 8);
+  std::uint8_t* out = packed.rows.data();
+  for (std::uint32_t y = packed.painted.first; y < packed.painted.end; ++y) {
+    std::copy_n(image.row(y), image.width * kBytesPerPixel, out + 1);
+    out += packed.rowBytes;
+  }
   return packed;
+}
+
+// A zlib stream into a buffer that grows.
+class Deflater {
+ public:
+  Deflater() : out_(kFirstSize) {
+    if (deflateInit(&stream_, kCompressionLevel) != Z_OK) throw std::bad_alloc();
+    offerRoom();
+  }
+  ~Deflater() { deflateEnd(&stream_); }
+  Deflater(const Deflater&) = delete;
+  Deflater& operator=(const Deflater&) = delete;
+
+  // How to look for matches in what is written from now on.
+  void setStrategy(int strategy) {
+    while (deflateParams(&stream_, kCompressionLevel, strategy) == Z_BUF_ERROR) grow();
+  }
+
+  void write(std::span<const std::uint8_t> bytes) {
+    stream_.next_in = const_cast<std::uint8_t*>(bytes.data());  // zlib only reads
+    stream_.avail_in = static_cast<uInt>(bytes.size());
+    while (deflate(&stream_, Z_NO_FLUSH), stream_.avail_in != 0) grow();
+  }
+
+  ByteBuffer finish() {
+    while (deflate(&stream_, Z_FINISH) != Z_STREAM_END) grow();
+    out_.resize(stream_.total_out);
+    return std::move(out_);
+  }
+
+ private:
+  static constexpr std::size_t kFirstSize = 16 * 1024;
+
+  void grow() {
+    out_.resize(2 * out_.size());
+    offerRoom();
+  }
+
+  void offerRoom() {
+    stream_.next_out = out_.data() + stream_.total_out;
+    stream_.avail_out = static_cast<uInt>(out_.size() - stream_.total_out);
+  }
+
+  ByteBuffer out_;
+  z_stream stream_{};
+};
+
+// Blank rows need no search for matches: what repeats there is the byte before. That halves the
+// time of a usual subtitle, and codes of their own for the blank rows make it smaller, too.
+ByteBuffer compress(const PackedImage& image) {
+  static constexpr std::array<std::uint8_t, 16 * 1024> kBlank{};
+  Deflater deflater;
+  const auto writeBlankRows = [&](std::uint32_t count) {
+    if (count == 0) return;
+    deflater.setStrategy(Z_RLE);
+    for (std::size_t left = count * image.rowBytes; left > 0;) {
+      const auto part = std::span(kBlank).first(std::min(left, kBlank.size()));
+      deflater.write(part);
+      left -= part.size();
+    }
+  };
+  writeBlankRows(image.painted.first);
+  deflater.setStrategy(Z_DEFAULT_STRATEGY);
+  deflater.write(image.rows);
+  writeBlankRows(image.height - image.painted.end);
+  return deflater.finish();
 }
 
 // libpng is C: an exception must not pass through it, so memory that runs out is its error.
@@ -169,11 +251,12 @@ void onWarning(png_structp, png_const_charp) {
 }
 
 // Comes back twice where libpng fails, so nothing here may need a destructor.
-bool write(png_structp png, png_infop info, const PackedImage& image, ByteBuffer& out) {
+bool write(png_structp png, png_infop info, const PackedImage& image, const ByteBuffer& compressed,
+           ByteBuffer& out) {
+  constexpr const png_byte kImageData[] = "IDAT";
+  constexpr const png_byte kImageEnd[] = "IEND";
   if (setjmp(png_jmpbuf(png))) return false;
   png_set_write_fn(png, &out, appendToBuffer, flushNothing);
-  png_set_compression_level(png, kCompressionLevel);
-  png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
   png_set_IHDR(png, info, image.width, image.height, image.bitDepth, image.colourType,
                PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   if (image.colourType == PNG_COLOR_TYPE_PALETTE) {
@@ -182,8 +265,8 @@ bool write(png_structp png, png_infop info, const PackedImage& image, ByteBuffer
     png_set_tRNS(png, info, image.alphas.data(), colours, nullptr);
   }
   png_write_info(png, info);
-  for (const std::uint8_t* row : image.rows) png_write_row(png, row);
-  png_write_end(png, nullptr);
+  png_write_chunk(png, kImageData, compressed.data(), compressed.size());
+  png_write_chunk(png, kImageEnd, nullptr, 0);
   return true;
 }
 
@@ -192,11 +275,12 @@ class LibpngEncoder final : public IPngEncoder {
   std::optional<ByteBuffer> encode(const RgbaImage& image) override {
     if (image.width == 0 || image.height == 0) return std::nullopt;
     const PackedImage packed = pack(image);
+    const ByteBuffer compressed = compress(packed);
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, onError, onWarning);
     if (!png) throw std::bad_alloc();
     png_infop info = png_create_info_struct(png);
     ByteBuffer out;
-    const bool isWritten = info && write(png, info, packed, out);
+    const bool isWritten = info && write(png, info, packed, compressed, out);
     png_destroy_write_struct(&png, &info);
     if (!isWritten) return std::nullopt;
     return out;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "platform/png_decoder.h"
@@ -61,20 +62,30 @@ TEST_F(PngEncoder, KeepsColourAndAlphaAtEveryDepth) {
   }
 }
 
-TEST_F(PngEncoder, ReadsOnlyTheRowsThatWerePainted) {
-  PixelBuffer pixels(5, 4);
-  pixels.addPaintedRows({1, 3});
-  for (std::size_t i = 20; i < 60; ++i) pixels.data()[i] = static_cast<std::uint8_t>(i);
-  const RgbaImage image{.pixels = pixels.data(),
-                        .width = 5,
-                        .height = 4,
-                        .stride = 20,
-                        .paintedRows = pixels.paintedRows()};
-  const auto png = encoder_->encode(image);
-  ASSERT_TRUE(png);
-  const auto decoded = platform::decodePng(*png);
-  ASSERT_TRUE(decoded);
-  EXPECT_TRUE(std::ranges::equal(decoded->rgba, pixels.bytes()));
+TEST_F(PngEncoder, PutsBlankRowsAroundThoseThatWerePainted) {
+  constexpr std::uint32_t kWidth = 321;
+  constexpr std::uint32_t kHeight = 300;
+  for (const std::size_t colours : {5u, 200u, 40'000u}) {
+    for (const PixelBuffer::RowRange painted :
+         {PixelBuffer::RowRange{}, {0, 90}, {100, 190}, {210, kHeight}, {0, kHeight}}) {
+      SCOPED_TRACE(testing::Message()
+                   << colours << " colours, rows " << painted.first << " to " << painted.end);
+      PixelBuffer pixels(kWidth, kHeight);
+      pixels.addPaintedRows(painted);
+      const std::size_t rowBytes = std::size_t{kWidth} * 4;
+      std::ranges::copy(picture((painted.end - painted.first) * kWidth, colours),
+                        pixels.data() + painted.first * rowBytes);
+      const auto png = encoder_->encode({.pixels = pixels.data(),
+                                         .width = kWidth,
+                                         .height = kHeight,
+                                         .stride = rowBytes,
+                                         .paintedRows = pixels.paintedRows()});
+      ASSERT_TRUE(png);
+      const auto decoded = platform::decodePng(*png);
+      ASSERT_TRUE(decoded);
+      EXPECT_TRUE(std::ranges::equal(decoded->rgba, pixels.bytes()));
+    }
+  }
 }
 
 TEST_F(PngEncoder, TakesARectangleOutOfALargerPicture) {
