@@ -17,7 +17,7 @@ void Canvas::fill(std::uint32_t x, std::uint32_t y, std::uint32_t width, std::ui
 
   const auto pixel = std::bit_cast<std::uint32_t>(colour);
   for (std::uint32_t line = rows.first; line < rows.end; ++line)
-    std::fill_n(row(line) + x, width, pixel);
+    std::fill_n(pixelsOfRow(line) + x, width, pixel);
   pixelsWritten_ += std::uint64_t{width} * (rows.end - rows.first);
 }
 

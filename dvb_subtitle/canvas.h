@@ -19,24 +19,47 @@ class Canvas {
   Canvas(std::uint32_t width, std::uint32_t height, PixelBuffer& pixels)
       : width_(width), height_(height), pixels_(pixels) {}
 
-  /// Paints `length` pixels to the right from (x, y) on.
-  void paintRun(std::uint32_t x, std::uint32_t y, std::uint32_t length, Colour colour) {
-    if (x >= width_ || y >= height_) return;
-    const auto painted = pixels_.paintedRows();
-    if (y < painted.first || y >= painted.end) {
-      if (colour == Colour{}) return;  // the row is so already
-      pixels_.addPaintedRows({y, y + 1});
+  /// One row, to paint runs on.
+  class Row {
+   public:
+    /// Paints `length` pixels to the right from `x` on.
+    void paintRun(std::uint32_t x, std::uint32_t length, Colour colour) {
+      if (x >= width_) return;
+      if (!isPainted_) {
+        if (colour == Colour{}) return;  // the row is so already
+        canvas_.pixels_.addPaintedRows({y_, y_ + 1});
+        isPainted_ = true;
+      }
+      length = std::min(length, width_ - x);
+      const auto pixel = std::bit_cast<std::uint32_t>(colour);
+      if (length == 1) {  // as most runs of text are
+        pixels_[x] = pixel;
+      } else {
+        std::fill_n(pixels_ + x, length, pixel);
+      }
+      canvas_.pixelsWritten_ += length;
     }
-    length = std::min(length, width_ - x);
-    const auto pixel = std::bit_cast<std::uint32_t>(colour);
-    std::uint32_t* const first = row(y) + x;
-    if (length == 1) {  // as most runs of text are
-      *first = pixel;
-    } else {
-      std::fill_n(first, length, pixel);
+
+   private:
+    friend Canvas;
+
+    Row(Canvas& canvas, std::uint32_t y) : canvas_(canvas), y_(y) {
+      if (y >= canvas.height_) return;  // cut off: no pixels
+      const auto painted = canvas.pixels_.paintedRows();
+      isPainted_ = y >= painted.first && y < painted.end;
+      width_ = canvas.width_;
+      pixels_ = canvas.pixelsOfRow(y);
     }
-    pixelsWritten_ += length;
-  }
+
+    Canvas& canvas_;
+    std::uint32_t y_;
+    bool isPainted_ = false;
+    std::uint32_t width_ = 0;
+    std::uint32_t* pixels_ = nullptr;
+  };
+
+  /// Row `y`, which others must not paint on meanwhile.
+  Row row(std::uint32_t y) { return {*this, y}; }
 
   /// Paints from (x, y) on, `width` to the right and `height` down.
   void fill(std::uint32_t x, std::uint32_t y, std::uint32_t width, std::uint32_t height,
@@ -46,7 +69,7 @@ class Canvas {
   std::uint64_t pixelsWritten() const { return pixelsWritten_; }
 
  private:
-  std::uint32_t* row(std::uint32_t y) {
+  std::uint32_t* pixelsOfRow(std::uint32_t y) {
     return reinterpret_cast<std::uint32_t*>(pixels_.data()) + std::size_t{y} * width_;
   }
 

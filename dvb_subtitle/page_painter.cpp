@@ -26,6 +26,18 @@ void readMap(BitReader& reader, unsigned entryBits, std::array<std::uint8_t, Siz
   for (auto& entry : map) entry = static_cast<std::uint8_t>(reader.read(entryBits));
 }
 
+const Colour* coloursOf(const DVBClutSet& cluts, PixelDepth depth) {
+  switch (depth) {
+    case PixelDepth::TwoBit:
+      return cluts.twoBit.data();
+    case PixelDepth::FourBit:
+      return cluts.fourBit.data();
+    case PixelDepth::EightBit:
+      return cluts.eightBit.data();
+  }
+  return nullptr;
+}
+
 Colour fillColour(const DVBRegion& region, const DVBClutSet& cluts) {
   switch (region.depth) {
     case PixelDepth::TwoBit:
@@ -75,6 +87,38 @@ void PagePainter::paintObject(const DVBObject& object, Position inRegion, const 
   paintField(object.bottomField.empty() ? object.topField : object.bottomField, 1, brush);
 }
 
+// Most of a page's time is spent here. So the reader and the place are copies, which the compiler
+// can keep in registers while pixels are written.
+template <PixelDepth Depth, typename ColourOf>
+void PagePainter::paintRuns(BitReader& reader, Brush& brush, ColourOf colourOf) {
+  constexpr std::uint32_t kNonModifyingCode = 1;
+  BitReader runs = reader;
+  Canvas::Row row = canvas_.row(brush.origin.vertical + brush.line);
+  const bool keepsCode1 = brush.keepsCode1;
+  std::uint32_t x = brush.origin.horizontal + brush.x;
+  while (const auto run = readRun(runs, Depth)) {
+    if (run->length == 0 || run->length > kLongestRun) continue;
+    if (!keepsCode1 || run->code != kNonModifyingCode) {
+      row.paintRun(x, run->length, colourOf(run->code));
+    }
+    x += run->length;
+  }
+  brush.x = x - brush.origin.horizontal;
+  reader = runs;
+}
+
+template <PixelDepth Depth>
+void PagePainter::paintString(BitReader& reader, Brush& brush) {
+  if (brush.regionDepth == Depth) {  // as nearly always
+    const Colour* const colours = coloursOf(brush.cluts, Depth);
+    paintRuns<Depth>(reader, brush, [colours](std::uint32_t code) { return colours[code]; });
+  } else {
+    paintRuns<Depth>(reader, brush, [&brush](std::uint32_t code) {
+      return lookUp(brush.cluts, brush.maps, brush.regionDepth, Depth, code);
+    });
+  }
+}
+
 // The pixel-data sub-blocks of one field, every other line of the object (EN 300 743, 7.2.5.1).
 void PagePainter::paintField(std::span<const std::uint8_t> field, std::uint32_t firstLine,
                              Brush& brush) {
@@ -86,13 +130,13 @@ void PagePainter::paintField(std::span<const std::uint8_t> field, std::uint32_t 
     const std::uint32_t dataType = reader.read(8);
     switch (static_cast<DataType>(dataType)) {
       case DataType::TwoBitString:
-        paintString(reader, PixelDepth::TwoBit, brush);
+        paintString<PixelDepth::TwoBit>(reader, brush);
         break;
       case DataType::FourBitString:
-        paintString(reader, PixelDepth::FourBit, brush);
+        paintString<PixelDepth::FourBit>(reader, brush);
         break;
       case DataType::EightBitString:
-        paintString(reader, PixelDepth::EightBit, brush);
+        paintString<PixelDepth::EightBit>(reader, brush);
         break;
       case DataType::TwoToFourBitMap:
         readMap(reader, 4, brush.maps.twoToFourBit);
@@ -113,21 +157,6 @@ void PagePainter::paintField(std::span<const std::uint8_t> field, std::uint32_t 
   }
   budget_.spendOnPixels(canvas_.pixelsWritten() - before);
   budget_.spendOnCodeStrings(field.size());
-}
-
-void PagePainter::paintString(BitReader& reader, PixelDepth depth, Brush& brush) {
-  while (const auto run = readRun(reader, depth)) paintRun(*run, depth, brush);
-}
-
-void PagePainter::paintRun(const PixelRun& run, PixelDepth depth, Brush& brush) {
-  constexpr std::uint32_t kNonModifyingCode = 1;
-  if (run.length == 0 || run.length > kLongestRun) return;
-  if (!brush.keepsCode1 || run.code != kNonModifyingCode) {
-    canvas_.paintRun(brush.origin.horizontal + brush.x, brush.origin.vertical + brush.line,
-                     run.length,
-                     lookUp(brush.cluts, brush.maps, brush.regionDepth, depth, run.code));
-  }
-  brush.x += run.length;
 }
 
 }  // namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1

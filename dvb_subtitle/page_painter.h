@@ -47,8 +47,10 @@ class PagePainter {
   struct Brush;
 
   void paintField(std::span<const std::uint8_t> field, std::uint32_t firstLine, Brush& brush);
-  void paintString(util::BitReader& reader, PixelDepth depth, Brush& brush);
-  void paintRun(const PixelRun& run, PixelDepth depth, Brush& brush);
+  template <PixelDepth Depth>
+  void paintString(util::BitReader& reader, Brush& brush);
+  template <PixelDepth Depth, typename ColourOf>
+  void paintRuns(util::BitReader& reader, Brush& brush, ColourOf colourOf);
 
   Canvas& canvas_;
   Position window_;
