@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
   try {
     const auto page = static_cast<std::uint32_t>(std::stoul(argv[2], nullptr, 16));
     const auto recording = streaming::direct_show::host::readRecording(argv[1], nullptr);
-    std::printf("%.3f\n", replay(recording, page, argv[3]).count());
+    std::printf("%.4f\n", replay(recording, page, argv[3]).count());
   } catch (const std::exception& error) {
     std::fprintf(stderr, "chain_replay: %s\n", error.what());
     return 1;

@@ -1,8 +1,9 @@
 // The filter's messages on their way to the host.
 #pragma once
 
+#include <streams.h>
+
 #include "log/logger.h"
-#include "platform/directshow/locks.h"
 #include "sdk/include/TXSubtitleConverter.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {

@@ -1,7 +1,7 @@
 // An input pin whose media type may change in mid-stream.
 #pragma once
 
-#include "platform/directshow/streams.h"
+#include <streams.h>
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 

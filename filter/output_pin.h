@@ -1,7 +1,7 @@
 // The filter's output: offers the type of the configured mode, with room for many small documents.
 #pragma once
 
-#include "platform/directshow/streams.h"
+#include <streams.h>
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 

@@ -2,14 +2,15 @@
 #pragma once
 
 #include <dshow.h>
+#include <streams.h>
 #include <wrl/client.h>
 
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <optional>
 
-#include "filter/handle.h"
-#include "platform/directshow/locks.h"
+#include "filter/counting_semaphore.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 
@@ -21,8 +22,6 @@ class SampleQueue {
     std::uint32_t generation = 0;                 ///< how often the queue had been drained
   };
 
-  SampleQueue();
-
   /// Takes a reference on `sample`; null marks the end of the stream.
   void push(IMediaSample* sample);
 
@@ -31,20 +30,20 @@ class SampleQueue {
   std::optional<Entry> take();
 
   /// Whether `entry` has not been overtaken by a drain since it was pushed.
-  bool isCurrent(const Entry& entry);
+  bool isCurrent(const Entry& entry) const { return entry.generation == generation_; }
 
   /// Empties the queue, but for one entry whose count the worker has taken and which it will find
   /// not to be current.
   void drain();
 
-  /// Signalled while there is something to take; a wait takes one count off.
-  HANDLE semaphore() const { return semaphore_.get(); }
+  /// Counts what there is to take.
+  CountingSemaphore& semaphore() { return semaphore_; }
 
  private:
-  Handle semaphore_;
+  CountingSemaphore semaphore_;
   CCritSec lock_;  // upstream pushes, the worker takes, state changes drain
   std::deque<Entry> entries_;
-  std::uint32_t generation_ = 0;
+  std::atomic<std::uint32_t> generation_ = 0;  // written under the lock
 };
 
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

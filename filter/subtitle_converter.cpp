@@ -172,7 +172,8 @@ HRESULT CSubtitleConverter::convert(IMediaSample& sample) {
   if (FAILED(result)) return result;
   if (!chain_) result = startChain();
   if (FAILED(result) || !chain_) return result;
-  return chain_->framer().push(std::make_shared<const MediaSampleItem>(&sample));
+  return chain_->framer().push(std::allocate_shared<const MediaSampleItem>(
+      std::pmr::polymorphic_allocator<>(&itemMemory_), &sample));
 }
 
 // A sample that carries a media type changes the connection's. What the chain was built on may be

@@ -1,9 +1,12 @@
 // The filter: one subtitle stream in, timed text out.
 #pragma once
 
+#include <streams.h>
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <memory_resource>
 #include <string>
 #include <vector>
 
@@ -14,7 +17,6 @@
 #include "filter/sample_queue.h"
 #include "filter/up_stream_pin.h"
 #include "filter/worker.h"
-#include "platform/directshow/streams.h"
 #include "sdk/include/TXSubtitleConverter.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
@@ -103,6 +105,7 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   SampleQueue queue_;
   ForwardingLogger logger_;
   std::atomic<std::uint64_t> opaqueValue_ = 0;
+  std::pmr::unsynchronized_pool_resource itemMemory_;             // what the chain's framer holds
   std::unique_ptr<encoding::subtitling::ConversionChain> chain_;  // may be absent
   CCritSec streamLock_;  // the worker against state changes: guards the chain and what feeds it
   std::atomic<std::shared_ptr<const Configuration>> configuration_;

@@ -4,21 +4,21 @@
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 
-Worker::Worker(HANDLE semaphore, std::function<void()> job)
+Worker::Worker(CountingSemaphore& semaphore, std::function<void()> job)
     : stopEvent_(CreateEventW(nullptr, FALSE, FALSE, nullptr)),
-      thread_([this, semaphore, job = std::move(job)] { run(semaphore, job); }) {
+      thread_([this, &semaphore, job = std::move(job)] { run(semaphore, job); }) {
 }
 
 Worker::~Worker() {
+  isStopping_ = true;
   SetEvent(stopEvent_.get());
   thread_.join();
 }
 
-void Worker::run(HANDLE semaphore, const std::function<void()>& job) {
+void Worker::run(CountingSemaphore& semaphore, const std::function<void()>& job) {
   // Downstream filters are called on this thread and may want COM.
   const HRESULT initialised = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-  const HANDLE either[] = {stopEvent_.get(), semaphore};
-  while (WaitForMultipleObjects(2, either, FALSE, INFINITE) == WAIT_OBJECT_0 + 1) job();
+  while (!isStopping_ && semaphore.acquireUnless(stopEvent_.get())) job();
   if (SUCCEEDED(initialised)) CoUninitialize();
 }
 

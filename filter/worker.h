@@ -1,9 +1,11 @@
 // The filter's one thread.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <thread>
 
+#include "filter/counting_semaphore.h"
 #include "filter/handle.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
@@ -13,15 +15,16 @@ namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline 
 class Worker {
  public:
   /// `semaphore` is not owned. `job` must not throw.
-  Worker(HANDLE semaphore, std::function<void()> job);
+  Worker(CountingSemaphore& semaphore, std::function<void()> job);
   ~Worker();
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
  private:
-  void run(HANDLE semaphore, const std::function<void()>& job);
+  void run(CountingSemaphore& semaphore, const std::function<void()>& job);
 
   Handle stopEvent_;
+  std::atomic<bool> isStopping_ = false;  // as the event, for a worker that does not sleep
   std::thread thread_;
 };
 

@@ -1,11 +1,11 @@
 // A renderer that hands what it receives to its host.
 #pragma once
 
+#include <streams.h>
+
 #include <cstdint>
 #include <functional>
 #include <span>
-
-#include "platform/directshow/streams.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
 

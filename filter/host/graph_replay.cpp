@@ -14,7 +14,8 @@ using namespace filters::mqs_subtitle_converter;  // NOLINT(google-build-using-n
 
 namespace {
 
-constexpr long kInputBuffers = 32;
+// More than the filter asks for, so that neither thread waits for the other at every sample.
+constexpr long kInputBuffers = 128;
 constexpr long kForever = -1;  // milliseconds
 
 // qedit.dll; mingw's headers have the interfaces only.
@@ -120,6 +121,7 @@ class Replay {
     require(graph_->QueryInterface(IID_IMediaEvent, &events), "reach the graph's events");
     long event = 0;
     require(events->WaitForCompletion(kForever, &event), "wait for the end of the stream");
+    if (settings_.statistics) settings_.statistics->noteEnd();
     require(control_->Stop(), "stop the graph");
   }
 
@@ -181,9 +183,12 @@ class Replay {
     for (std::size_t i = 0; i < recording_.samples.size(); ++i) {
       ComPtr<IMediaSample> filled;
       require(source_->fill(recording_.samples[i], &filled), "get a buffer");
-      const auto began = ReplayStatistics::Clock::now();
-      require(source_->deliver(filled.Get()), "deliver a sample");
-      if (settings_.statistics) settings_.statistics->notePushed(i, began);
+      const auto deliver = [&] { require(source_->deliver(filled.Get()), "deliver a sample"); };
+      if (settings_.statistics) {
+        settings_.statistics->timePush(i, deliver);
+      } else {
+        deliver();
+      }
     }
   }
 

@@ -1,7 +1,8 @@
 // A source filter that a host pushes samples through.
 #pragma once
 
-#include "platform/directshow/streams.h"
+#include <streams.h>
+
 #include "txsub/input/media_reader.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {

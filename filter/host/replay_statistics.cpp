@@ -36,40 +36,38 @@ double quantile(std::vector<double> values, double share) {
 
 ReplayStatistics::ReplayStatistics(const Recording& recording) {
   for (const auto& [time, sample] : unitCompletions(recording)) completions_.emplace(time, sample);
-  pushedAt_.reserve(recording.samples.size());
+  pushedAt_.resize(recording.samples.size());
+  receiveMicroseconds_.reserve(recording.samples.size());
 }
 
 void ReplayStatistics::notePushed(std::size_t sample, Clock::time_point began) {
   const auto now = Clock::now();
-  const std::scoped_lock lock(mutex_);
-  pushedAt_.resize(sample + 1);
-  pushedAt_[sample] = began;
   receiveMicroseconds_.push_back(std::chrono::duration<double, std::micro>(now - began).count());
+  pushedAt_[sample] = began;
 }
 
 void ReplayStatistics::noteDelivered(txsub::MediaTime stop) {
   const auto now = Clock::now();
-  const std::scoped_lock lock(mutex_);
   ++delivered_;
+  const std::size_t pushed = pushed_;
   // Segments within an interval end where no unit is.
   const auto completion = completions_.find(stop);
-  if (completion == completions_.end() || completion->second >= pushedAt_.size()) return;
+  if (completion == completions_.end() || completion->second >= pushed) return;
+  depths_.push_back(static_cast<double>(pushed - 1 - completion->second));
+  if (!isTimed(completion->second)) return;
   const auto waited = now - pushedAt_[completion->second];
   latencyMilliseconds_.push_back(std::chrono::duration<double, std::milli>(waited).count());
-  depths_.push_back(static_cast<double>(pushedAt_.size() - 1 - completion->second));
 }
 
 std::string ReplayStatistics::summary() const {
-  const std::scoped_lock lock(mutex_);
-  const auto now = Clock::now();
-  const auto began = pushedAt_.empty() ? now : pushedAt_.front();
-  const double elapsed = std::chrono::duration<double>(now - began).count();
+  const auto began = pushed_ == 0 ? end_ : pushedAt_.front();
+  const double elapsed = std::chrono::duration<double>(end_ - began).count();
   std::array<char, 400> text{};
   std::snprintf(text.data(), text.size(),
-                "%zu samples in, %zu out, %.3f s (CPU %.3f s); Receive median %.1f us, 99 %% "
+                "%zu samples in, %zu out, %.4f s (CPU %.3f s); Receive median %.1f us, 99 %% "
                 "%.1f us; latency median %.3f ms, 99 %% %.3f ms; samples waiting median %.0f, most "
                 "%.0f",
-                pushedAt_.size(), delivered_, elapsed, cpuSeconds(),
+                pushed_.load(), delivered_, elapsed, cpuSeconds(),
                 quantile(receiveMicroseconds_, 0.5), quantile(receiveMicroseconds_, 0.99),
                 quantile(latencyMilliseconds_, 0.5), quantile(latencyMilliseconds_, 0.99),
                 quantile(depths_, 0.5), quantile(depths_, 1));

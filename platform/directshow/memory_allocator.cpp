@@ -4,13 +4,17 @@
 #include <optional>
 
 #include "platform/directshow/media_type.h"
+#include "platform/spin.h"
 
 namespace {
 
-/// Holds a lock for the length of a scope.
+/// Holds a lock for the length of a scope. Others only hold it for moments.
 class Guard {
  public:
-  explicit Guard(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
+  explicit Guard(SRWLOCK& lock) : lock_(lock) {
+    if (!korr::platform::spinUntil([&] { return TryAcquireSRWLockExclusive(&lock_) != FALSE; }))
+      AcquireSRWLockExclusive(&lock_);
+  }
   ~Guard() { ReleaseSRWLockExclusive(&lock_); }
   Guard(const Guard&) = delete;
   Guard& operator=(const Guard&) = delete;
@@ -34,6 +38,9 @@ class CMemAllocator::Sample final : public IMediaSample {
       : allocator_(allocator), bytes_(bytes), size_(size) {}
   Sample(const Sample&) = delete;
   Sample& operator=(const Sample&) = delete;
+
+  /// The one behind in a list of free samples.
+  Sample* next = nullptr;
 
   /// Counts the caller's reference.
   void goOut() {
@@ -179,8 +186,10 @@ HRESULT CMemAllocator::SetProperties(ALLOCATOR_PROPERTIES* wanted, ALLOCATOR_PRO
   if (FAILED(result)) return result;
   const Guard guard(lock_);
   if (isCommitted_) return VFW_E_ALREADY_COMMITTED;
-  if (free_.size() != samples_.size()) return VFW_E_BUFFERS_OUTSTANDING;
-  free_.clear();
+  if (available_ != samples_.size()) return VFW_E_BUFFERS_OUTSTANDING;
+  free_ = nullptr;
+  returned_ = nullptr;
+  available_ = 0;
   samples_.clear();
   properties_ = *wanted;
   *granted = properties_;
@@ -220,8 +229,12 @@ void CMemAllocator::makeSamples() {
   for (samples.reserve(count); samples.size() < count; next += stride) {
     samples.push_back(std::make_unique<Sample>(this, next + prefix, properties_.cbBuffer));
   }
-  free_.reserve(count);  // so that giving back never allocates
-  for (const auto& sample : samples) free_.push_back(sample.get());
+  for (const auto& sample : samples) {
+    sample->next = free_;
+    free_ = sample.get();
+  }
+  available_ = count;
+  manyAvailable_ = count - count / 4;
   samples_.swap(samples);
   memory_.swap(memory);
 }
@@ -237,25 +250,45 @@ HRESULT CMemAllocator::GetBuffer(IMediaSample** sample, REFERENCE_TIME*, REFEREN
                                  DWORD flags) {
   if (!sample) return E_POINTER;
   *sample = nullptr;
-  const Guard guard(lock_);
-  while (isCommitted_ && free_.empty()) {
-    if (flags & AM_GBF_NOWAIT) return VFW_E_TIMEOUT;
-    SleepConditionVariableSRW(&isFree_, &lock_, INFINITE, 0);
+  if (!(flags & AM_GBF_NOWAIT) && available_ == 0) {
+    // Not for the first one back: who takes each at once disturbs who gives back.
+    korr::platform::spinUntil([this] { return available_ >= manyAvailable_ || !isCommitted_; });
   }
-  if (!isCommitted_) return VFW_E_NOT_COMMITTED;
-  Sample* const next = free_.back();
-  free_.pop_back();
-  next->goOut();
-  *sample = next;
+  const Guard guard(lock_);
+  Sample* taken = isCommitted_ ? takeFree() : nullptr;
+  if (!taken && isCommitted_ && (flags & AM_GBF_NOWAIT)) return VFW_E_TIMEOUT;
+  ++waiting_;  // before the next look, so that nobody who gives back later fails to wake
+  while (isCommitted_ && !taken) {
+    taken = takeFree();
+    if (!taken) SleepConditionVariableSRW(&isFree_, &lock_, INFINITE, 0);
+  }
+  --waiting_;
+  if (!taken) return VFW_E_NOT_COMMITTED;
+  taken->goOut();
+  *sample = taken;
   return S_OK;
+}
+
+// Null when all are out. Under the lock.
+CMemAllocator::Sample* CMemAllocator::takeFree() {
+  if (!free_) free_ = returned_.exchange(nullptr);
+  Sample* const taken = free_;
+  if (!taken) return nullptr;
+  free_ = taken->next;
+  --available_;
+  return taken;
 }
 
 HRESULT CMemAllocator::ReleaseBuffer(IMediaSample* sample) {
   if (!sample) return E_POINTER;
-  {
-    const Guard guard(lock_);
-    free_.push_back(static_cast<Sample*>(sample));
+  const auto returned = static_cast<Sample*>(sample);
+  returned->next = returned_;
+  while (!returned_.compare_exchange_weak(returned->next, returned)) {
   }
-  WakeConditionVariable(&isFree_);
+  ++available_;
+  if (waiting_ != 0) {
+    const Guard guard(lock_);
+    WakeConditionVariable(&isFree_);
+  }
   return S_OK;
 }

@@ -1,6 +1,7 @@
 // Samples in memory.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -44,12 +45,20 @@ class CMemAllocator final : public CUnknown, public IMemAllocator {
   CMemAllocator();
 
   void makeSamples();
+  Sample* takeFree();
 
-  SRWLOCK lock_ = SRWLOCK_INIT;  // over everything below
+  // Samples come back without the lock, on a stack that a taker empties at once when it has used up
+  // what it took before: whoever gives back and whoever takes seldom meet.
+  std::atomic<Sample*> returned_ = nullptr;
+  std::atomic<std::size_t> available_ = 0;
+  std::atomic<std::size_t> manyAvailable_ = 0;
+  std::atomic<int> waiting_ = 0;  // threads that need to be woken
+
+  SRWLOCK lock_ = SRWLOCK_INIT;  // over what follows, and over taking
   CONDITION_VARIABLE isFree_ = CONDITION_VARIABLE_INIT;
-  bool isCommitted_ = false;
+  std::atomic<bool> isCommitted_ = false;  // written under the lock
   ALLOCATOR_PROPERTIES properties_ = {};
   std::vector<BYTE> memory_;
   std::vector<std::unique_ptr<Sample>> samples_;
-  std::vector<Sample*> free_;  // the last one back goes out first: its memory is warm
+  Sample* free_ = nullptr;  // the last one back goes out first: its memory is warm
 };

@@ -1,13 +1,12 @@
 // The rules of COM and DirectShow that filters get wrong most often, on a filter with two pins.
 #include <gtest/gtest.h>
+#include <streams.h>
 #include <wrl/client.h>
 
 #include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
-
-#include "platform/directshow/streams.h"
 
 using Microsoft::WRL::ComPtr;
 
