@@ -6,8 +6,8 @@
 #include <cmath>
 #include <random>
 
-#include "timed_text/base64.h"
 #include "timed_text/converter_to_ttml.h"
+#include "util/base64.h"
 
 namespace korr::encoding::subtitling::ttml {
 namespace {
@@ -111,7 +111,7 @@ BENCHMARK_CAPTURE(convert, text, FixedContainer(text()))->Unit(benchmark::kMicro
 
 void base64(benchmark::State& state) {
   const ByteBuffer bytes(static_cast<std::size_t>(state.range(0)), 0x5A);
-  for (auto _ : state) benchmark::DoNotOptimize(encodeBase64(bytes));
+  for (auto _ : state) benchmark::DoNotOptimize(util::encodeBase64(bytes));
   state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(base64)->Arg(4'200);

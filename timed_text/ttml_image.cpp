@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "timed_text/base64.h"
 #include "timed_text/element_stack.h"
+#include "util/base64.h"
 
 namespace korr::encoding::subtitling::ttml::inline v2_1 {
 
@@ -28,7 +28,7 @@ void writeMetadata(ElementStack& head, const std::string& imageId, const ByteBuf
   head.setAttribute("xml:id", imageId);
   head.setAttribute("imagetype", "PNG");
   head.setAttribute("encoding", "Base64");
-  head.addText(encodeBase64(*png));
+  head.addText(util::encodeBase64(*png));
 }
 
 // One region as large as the picture.

@@ -4,7 +4,6 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
-#include "timed_text/base64.h"
 #include "util/base64.h"
 #include "util/exception.h"
 
@@ -14,7 +13,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 using Bytes = std::vector<std::uint8_t>;
-using encoding::subtitling::ttml::encodeBase64;
 using util::TessaryException;
 
 struct StreamName {
@@ -120,19 +118,19 @@ InputSample parseSample(std::string_view line) {
 
 std::string formatHeader(const RecordHeader& header) {
   Json object{{"stream", streamName(header.type)}};
-  if (header.format) object["format"] = encodeBase64(*header.format);
+  if (header.format) object["format"] = util::encodeBase64(*header.format);
   return asLine(object);
 }
 
 std::string formatSample(const InputSample& sample) {
-  Json object{{"data", encodeBase64(sample.data)}};
+  Json object{{"data", util::encodeBase64(sample.data)}};
   if (sample.times) {
     object["start"] = sample.times->start;
     object["stop"] = sample.times->stop;
   }
   object["sync"] = sample.sync;
   object["discontinuity"] = sample.discontinuity;
-  if (sample.format) object["format"] = encodeBase64(*sample.format);
+  if (sample.format) object["format"] = util::encodeBase64(*sample.format);
   return asLine(object);
 }
 
@@ -141,7 +139,7 @@ std::string formatDelivered(const DeliveredBuffer& buffer) {
                      {"stop", buffer.stop},
                      {"sync", buffer.sync},
                      {"discontinuity", buffer.discontinuity},
-                     {"data", encodeBase64(buffer.data)}});
+                     {"data", util::encodeBase64(buffer.data)}});
 }
 
 std::string formatEndOfStream() {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "timed_text/base64.h"
 #include "txsub/output/language_tag.h"
+#include "util/base64.h"
 
 namespace korr::txsub {
 
@@ -91,7 +91,7 @@ std::string TtmlImageFile::storePicture(const SubtitleBitmap& bitmap, const Pict
 
 void TtmlImageFile::embed(const std::string& id, const PictureSet::ByteBuffer& png) {
   file_.write("      <smpte:image xml:id=\"" + id + "\" imagetype=\"PNG\" encoding=\"Base64\">");
-  file_.write(encoding::subtitling::ttml::encodeBase64(png));
+  file_.write(util::encodeBase64(png));
   file_.write("</smpte:image>\n");
 }
 

@@ -2,10 +2,10 @@
 
 #include <string_view>
 
-#include "timed_text/base64.h"
 #include "txsub/output/text_layout.h"
 #include "txsub/preview/preview_template.h"
 #include "txsub/record_format.h"
+#include "util/base64.h"
 
 namespace korr::txsub {
 
@@ -84,7 +84,7 @@ void PreviewTrack::onCue(const Cue& cue) {
     const auto area = visibleArea(*bitmap);
     if (!area) return;
     const auto picture = pictureSet_.add(*bitmap, *area);
-    if (picture.isNew) pictures_.push_back(encoding::subtitling::ttml::encodeBase64(picture.png));
+    if (picture.isNew) pictures_.push_back(util::encodeBase64(picture.png));
     timed.content = contentOf(*bitmap, *area, picture.number - 1);
   } else {
     const auto screen = layOut(*cue.subtitle);

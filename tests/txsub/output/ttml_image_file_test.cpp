@@ -2,8 +2,8 @@
 
 #include "tests/txsub/output/cue_builder.h"
 #include "tests/txsub/output/text_of_file.h"
-#include "timed_text/base64.h"
 #include "timed_text/png_encoder.h"
+#include "util/base64.h"
 
 namespace korr::txsub {
 namespace {
@@ -54,7 +54,7 @@ std::vector<Cue> recording() {
 std::string pngBase64(const SubtitleBitmap& bitmap) {
   const auto png = encoding::subtitling::ttml::createPngEncoder()->encode(
       encoding::subtitling::ttml::imageOf(bitmap));
-  return encoding::subtitling::ttml::encodeBase64(*png);
+  return util::encodeBase64(*png);
 }
 
 constexpr auto kDvb = SubtitleInputType::DvbSubtitle;
@@ -105,8 +105,7 @@ TEST(TtmlImageFile, PutsPicturesIntoFilesBesideTheDocument) {
       << document;
   const std::string png = directory.read("Ünter & über-0001.png");
   const encoding::subtitling::ByteBuffer bytes(png.begin(), png.end());
-  EXPECT_EQ(encoding::subtitling::ttml::encodeBase64(bytes),
-            pngBase64(display(3, 2, {0, 0, 3, 2, 80})));
+  EXPECT_EQ(util::encodeBase64(bytes), pngBase64(display(3, 2, {0, 0, 3, 2, 80})));
 }
 
 TEST(TtmlImageFile, ScalesADisplayOfAnotherSizeToTheFirst) {
@@ -147,8 +146,7 @@ TEST(PictureFolder, HoldsWholeDisplaysAndTheirTimes) {
 )");
   const std::string png = directory.read("pictures/0002.png");
   const encoding::subtitling::ByteBuffer bytes(png.begin(), png.end());
-  EXPECT_EQ(encoding::subtitling::ttml::encodeBase64(bytes),
-            pngBase64(*cues[2].subtitle->bitmap()));
+  EXPECT_EQ(util::encodeBase64(bytes), pngBase64(*cues[2].subtitle->bitmap()));
   EXPECT_EQ(directory.read("pictures/0004.png"), "");
 }
 
