@@ -2,13 +2,12 @@
 // delivers.
 #include <objbase.h>
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <map>
 
 #include "filter/host/graph_replay.h"
 #include "platform/terminal.h"
-#include "txsub/options/options.h"
+#include "txsub/options/subcommand.h"
 #include "txsub/output/output_file.h"
 #include "txsub/record_format.h"
 
@@ -48,6 +47,7 @@ std::variant<Arguments, int> parse(const std::vector<std::string>& line) {
       "Replays recorded samples through the filter in a DirectShow graph:\n"
       "txgraph IN.jsonl [OPTIONS] -o OUT.jsonl",
       "txgraph"};
+  txsub::introduce(program);
   program.allow_extras();
   program.add_option("--module", arguments.module,
                      "The module's file (default: the registered module)");
@@ -60,19 +60,20 @@ std::variant<Arguments, int> parse(const std::vector<std::string>& line) {
                    "Deliver when samples are due instead of as fast as possible");
   program.add_flag("--stats", arguments.stats, "Say how fast it went");
   program.footer(kFooter);
+
+  CLI::App rest;
+  rest.allow_windows_style_options(false);  // a path may begin with a slash
+  const auto convert = txsub::addConvert(rest);
   try {
+    // CLI11 takes the arguments last first, without the program's name.
     program.parse(std::vector<std::string>(line.rbegin(), line.rend() - 1));
+    auto convertLine = program.remaining_for_passthrough();
+    convertLine.insert(convertLine.end(), {"samples", "--as", "convert"});
+    rest.parse(std::move(convertLine));
+    arguments.convert = std::get<txsub::ConvertOptions>(convert->settle());
   } catch (const CLI::ParseError& error) {
     return program.exit(error) == 0 ? txsub::kDone : txsub::kUsage;
   }
-  std::vector<std::string> convertLine = {"txgraph", "convert", "--as", "samples"};
-  for (auto& argument : program.remaining()) convertLine.push_back(std::move(argument));
-  auto parsed = txsub::parseCommandLine(convertLine);
-  if (const auto* nothing = std::get_if<txsub::NoCommand>(&parsed)) {
-    std::fputs(nothing->text.c_str(), stderr);
-    return nothing->exitCode;
-  }
-  arguments.convert = std::get<txsub::ConvertOptions>(std::get<txsub::Command>(parsed));
   return arguments;
 }
 

@@ -26,15 +26,19 @@ NoCommand explain(const CLI::App& program, const CLI::ParseError& error) {
 
 }  // namespace
 
+void introduce(CLI::App& program) {
+  program.set_version_flag("--version", program.get_name() + ' ' + kVersion);
+  program.failure_message([](const CLI::App* app, const CLI::Error& error) {
+    return app->get_name() + ": " + error.what() + "\nSee '" + app->get_name() + " --help'.\n";
+  });
+}
+
 std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>& arguments) {
   CLI::App program{"Subtitles of broadcast recordings as WebVTT, SRT and TTML.", "txsub"};
   program.allow_windows_style_options(false);  // a path may begin with a slash
-  program.set_version_flag("--version", std::string("txsub ") + kVersion);
+  introduce(program);
   program.require_subcommand(1);
   program.footer(std::string(kProgramExamples) + "\n\n" + std::string(exitCodes()));
-  program.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return "txsub: " + std::string(error.what()) + "\nSee 'txsub --help'.\n";
-  });
   std::vector<std::unique_ptr<ISubcommand>> subcommands;
   for (const auto add : {addConvert, addProbe, addExtract, addRender, addPreview}) {
     subcommands.push_back(add(program));

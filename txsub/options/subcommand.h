@@ -31,6 +31,9 @@ std::unique_ptr<ISubcommand> addExtract(CLI::App& program);
 std::unique_ptr<ISubcommand> addRender(CLI::App& program);
 std::unique_ptr<ISubcommand> addPreview(CLI::App& program);
 
+/// Gives a program its --version, and its name to what it says of wrong usage.
+void introduce(CLI::App& program);
+
 /// The options that every subcommand has.
 class InputArguments {
  public:
