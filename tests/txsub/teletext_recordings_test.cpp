@@ -87,6 +87,16 @@ TEST(TeletextRecording, FollowsALanguage) {
   EXPECT_THAT(absent.output, IsEmpty());
 }
 
+TEST(TeletextRecording, TellsThePageThatAReplayFollows) {
+  const TemporaryDirectory directory;
+  const std::string samples = directory.file("samples.jsonl");
+  run({"extract", kSample, "-o", samples});
+  const auto result = run({"convert", samples, "--language", "swe", "--verbose", "--stats"});
+  EXPECT_THAT(result.output, HasSubstr("Ålen är färsk i dag."));
+  EXPECT_THAT(result.errors, HasSubstr("converting page 199 of PID 0x0000\n"));
+  EXPECT_THAT(result.errors, HasSubstr(", page 199 of PID 0x0000: 100 samples"));
+}
+
 TEST(TeletextRecording, ListsPagesThatNoDescriptorNamesWhenScanned) {
   EXPECT_THAT(run({"probe", kSample}).output, Not(HasSubstr("777")));
   const auto scanned = run({"probe", kSample, "--scan"}).output;

@@ -51,8 +51,9 @@ HostCounters ChainHost::counters() const {
 }
 
 void ChainHost::start() {
+  page_ = choosePage();
   const ConversionChain::Settings settings{.inputType = type_,
-                                           .page = page(),
+                                           .page = page_,
                                            .durationMs = configuration_.durationMs,
                                            .mode = configuration_.mode,
                                            .pageOption = configuration_.pageOption,
@@ -65,7 +66,7 @@ void ChainHost::start() {
   }
 }
 
-std::uint32_t ChainHost::page() const {
+std::uint32_t ChainHost::choosePage() const {
   if (type_ != SubtitleInputType::Teletext || !configuration_.choosesPage) {
     return configuration_.page;
   }

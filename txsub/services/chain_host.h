@@ -60,13 +60,16 @@ class ChainHost {
   /// drops at its end.
   void flush(MediaTime end);
 
+  /// What the chain follows: the configured page, or the one of the language.
+  std::uint32_t page() const { return page_; }
+
   /// Of all chains so far.
   HostCounters counters() const;
 
  private:
   void checkFormat(const InputSample& sample);
   void start();
-  std::uint32_t page() const;
+  std::uint32_t choosePage() const;
   template <class Action>
   void guarded(Action action);
 
@@ -76,7 +79,8 @@ class ChainHost {
   std::vector<std::uint8_t> sampleFormat_;  // the last one that came with a sample
   Wiring wiring_;
   std::unique_ptr<encoding::subtitling::ConversionChain> chain_;
-  HostCounters past_;  // without what the present chain has counted
+  std::uint32_t page_ = 0;  // of the chain
+  HostCounters past_;       // without what the present chain has counted
 };
 
 }  // namespace korr::txsub

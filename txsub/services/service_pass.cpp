@@ -116,7 +116,7 @@ void ServicePass::choose(ServiceSession* chosen) {
     stream.finder.reset();
     if (stream.sessions.empty()) reader_.unselect(id);
   }
-  console_.detail("converting " + describe(chosen->service()));
+  console_.detail("converting " + chosen->description());
   chosen_->open();
 }
 

@@ -23,6 +23,10 @@ class ServiceSession {
 
   const Service& service() const { return service_; }
 
+  /// What the chain follows, for messages. A replay finds the page of a language in the format
+  /// blocks, as the filter does, so it may differ from the service's.
+  std::string description() const;
+
   virtual void push(const InputSample& sample, const SharedSample& shared) = 0;
 
   /// Whether the service has shown anything, or is wanted all the same.
@@ -48,6 +52,7 @@ class ServiceSession {
 
  private:
   virtual void openOutput() = 0;
+  virtual std::uint32_t page() const { return service_.page; }
 
   Service service_;
   bool isOpen_ = false;
@@ -69,6 +74,7 @@ class CueSession final : public ServiceSession {
 
  private:
   void openOutput() override { output_->open(); }
+  std::uint32_t page() const override { return host_.page(); }
 
   MediaTime segment_;
   MediaTime lastTime_ = 0;  // of the samples so far
@@ -98,6 +104,7 @@ class SampleSession final : public ServiceSession {
   class WatchedWriter;
 
   void openOutput() override { recorder_.open(path_); }
+  std::uint32_t page() const override { return host_.page(); }
 
   std::string path_;
   bool hasShown_;
