@@ -2,11 +2,10 @@
 
 #include "filter/media_sample_item.h"
 #include "filter/media_types.h"
-#include "teletext/teletext_descriptor.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 
-namespace teletext = encoding::subtitling::teletext::lib_teletext;
+using encoding::subtitling::ChainConfiguration;
 using encoding::subtitling::ConversionChain;
 using log::Level;
 
@@ -40,7 +39,7 @@ CSubtitleConverter::CSubtitleConverter(IUnknown* outer, HRESULT* result)
           this, &filterLock_, result, std::make_shared<CSubtitleConverterInputPin>(this))),
       outputPin_(std::make_unique<CSubtitleConverterOutputPin>(this, result)),
       outputSink_(std::make_unique<UpStreamPin>(outputPin_.get())),
-      configuration_(std::make_shared<const Configuration>()),
+      configuration_(std::make_shared<const ChainConfiguration>()),
       worker_(queue_.semaphore(), [this] { processNext(); }) {
 }
 
@@ -66,14 +65,14 @@ HRESULT CSubtitleConverter::SetConfiguration(std::uint32_t mode, std::uint32_t p
                                              std::uint8_t hearingImpaired, std::uint32_t pageOption,
                                              std::uint8_t ttmlOption) {
   return atComBoundary(logger_, [&] {
-    configuration_ = std::make_shared<const Configuration>(
-        Configuration{.mode = static_cast<encoding::subtitling::ConversionMode>(mode),
-                      .page = page,
-                      .durationMs = durationMs,
-                      .language = language ? language : "",
-                      .hearingImpaired = hearingImpaired != 0,
-                      .pageOption = pageOption,
-                      .ttmlOption = ttmlOption != 0});
+    configuration_ = std::make_shared<const ChainConfiguration>(
+        ChainConfiguration{.mode = static_cast<encoding::subtitling::ConversionMode>(mode),
+                           .page = page,
+                           .durationMs = durationMs,
+                           .language = language ? language : "",
+                           .hearingImpaired = hearingImpaired != 0,
+                           .pageOption = pageOption,
+                           .ttmlOption = ttmlOption != 0});
     outputPin_->IncrementTypeVersion();
     return S_OK;
   });
@@ -210,26 +209,10 @@ HRESULT CSubtitleConverter::startChain() {
   const auto inputType = classifyInput(type);
   if (!inputType) return E_FAIL;
 
-  const auto configuration = configuration_.load();
-  const std::uint32_t page = *inputType == SubtitleInputType::Teletext
-                                 ? followedPage(*configuration, type)
-                                 : configuration->page;
-  chain_ = std::make_unique<ConversionChain>(
-      *outputSink_,
-      ConversionChain::Settings{.inputType = *inputType,
-                                .page = page,
-                                .durationMs = configuration->durationMs,
-                                .mode = configuration->mode,
-                                .pageOption = configuration->pageOption,
-                                .ttmlOption = configuration->ttmlOption},
-      &logger_);
+  const auto settings = encoding::subtitling::chainSettings(*configuration_.load(), *inputType,
+                                                            formatOf(type), &logger_);
+  chain_ = std::make_unique<ConversionChain>(*outputSink_, settings, &logger_);
   return S_OK;
-}
-
-std::uint32_t CSubtitleConverter::followedPage(const Configuration& configuration,
-                                               const AM_MEDIA_TYPE& type) {
-  return teletext::choosePage(formatOf(type), configuration.language, configuration.hearingImpaired,
-                              configuration.page, &logger_);
 }
 
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

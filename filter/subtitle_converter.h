@@ -7,10 +7,9 @@
 #include <cstdint>
 #include <memory>
 #include <memory_resource>
-#include <string>
 #include <vector>
 
-#include "core/conversion_chain.h"
+#include "core/chain_configuration.h"
 #include "filter/forwarding_logger.h"
 #include "filter/input_pin.h"
 #include "filter/output_pin.h"
@@ -75,17 +74,6 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   log::ILogger& logger() { return logger_; }
 
  private:
-  /// Immutable once set, so that it can be read without a lock while the host sets another.
-  struct Configuration {
-    encoding::subtitling::ConversionMode mode = encoding::subtitling::ConversionMode::Ttml;
-    std::uint32_t page = 0;
-    std::uint32_t durationMs = 2000;
-    std::string language;
-    bool hearingImpaired = false;
-    std::uint32_t pageOption = 0;
-    bool ttmlOption = false;
-  };
-
   CSubtitleConverter(IUnknown* outer, HRESULT* result);
 
   // Worker.
@@ -96,7 +84,6 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   // Under the stream lock.
   HRESULT checkFormat(IMediaSample& sample);
   HRESULT startChain();
-  std::uint32_t followedPage(const Configuration& configuration, const AM_MEDIA_TYPE& type);
 
   CCritSec filterLock_;
   std::unique_ptr<CTessaryInputPin<CSubtitleConverterInputPin>> inputPin_;
@@ -108,7 +95,8 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   std::pmr::unsynchronized_pool_resource itemMemory_;             // what the chain's framer holds
   std::unique_ptr<encoding::subtitling::ConversionChain> chain_;  // may be absent
   CCritSec streamLock_;  // the worker against state changes: guards the chain and what feeds it
-  std::atomic<std::shared_ptr<const Configuration>> configuration_;
+  // Immutable once set, so that it can be read without a lock while the host sets another.
+  std::atomic<std::shared_ptr<const encoding::subtitling::ChainConfiguration>> configuration_;
   std::vector<std::uint8_t> teletextFormat_;  // of the last sample that carried one
   Worker worker_;                             // last: ends before anything that it uses
 };

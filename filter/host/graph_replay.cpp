@@ -206,16 +206,6 @@ class Replay {
 
 }  // namespace
 
-txsub::ChainConfiguration configurationOf(const txsub::ConvertOptions& options) {
-  return {.mode = txsub::chainMode(options.mode),
-          .page = options.query.page.value_or(0),
-          .durationMs = options.durationMs,
-          .language = options.query.language,
-          .hearingImpaired = options.query.hearingImpaired,
-          .pageOption = options.query.pageOption.value_or(0),
-          .ttmlOption = options.ebuTt};
-}
-
 void replay(const Recording& recording, const ReplaySettings& settings,
             const std::function<void(const ReceivedSample&)>& onSample) {
   Replay(recording, settings, onSample).run();

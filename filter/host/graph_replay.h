@@ -4,12 +4,11 @@
 #include <functional>
 #include <string>
 
+#include "core/chain_configuration.h"
 #include "filter/host/collecting_sink.h"
 #include "filter/host/recording.h"
 #include "filter/host/replay_statistics.h"
 #include "sdk/include/TXSubtitleConverter.h"
-#include "txsub/options/options.h"
-#include "txsub/services/chain_host.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
 
@@ -18,14 +17,11 @@ enum class SinkKind {
   Grabber,     ///< the platform's SampleGrabber before its NullRenderer
 };
 
-/// The configuration interface's settings as txsub's options give them.
-txsub::ChainConfiguration configurationOf(const txsub::ConvertOptions& options);
-
 struct ReplaySettings {
   std::string module;  ///< a file (UTF-8); empty: the registered module
   SinkKind sink = SinkKind::Collecting;
   bool useClock = false;  ///< deliver when samples are due, not as fast as possible
-  txsub::ChainConfiguration configuration;
+  encoding::subtitling::ChainConfiguration configuration;
   filters::mqs_subtitle_converter::ILogger* logger = nullptr;
   ReplayStatistics* statistics = nullptr;  ///< may be null
 };

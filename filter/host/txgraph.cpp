@@ -105,7 +105,7 @@ void run(const Arguments& arguments) {
   const host::ReplaySettings settings = {.module = arguments.module,
                                          .sink = arguments.sink,
                                          .useClock = arguments.useClock,
-                                         .configuration = host::configurationOf(arguments.convert),
+                                         .configuration = txsub::configurationOf(arguments.convert),
                                          .logger = &logger,
                                          .statistics = arguments.stats ? &statistics : nullptr};
 

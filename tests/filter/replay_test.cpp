@@ -17,6 +17,7 @@
 #include <sstream>
 
 #include "filter/host/graph_replay.h"
+#include "txsub/options/options.h"
 #include "txsub/record_format.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {

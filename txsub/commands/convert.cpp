@@ -17,17 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-ChainConfiguration configurationOf(const ConvertOptions& options) {
-  return {.mode = chainMode(options.mode),
-          .page = options.query.page.value_or(0),
-          .durationMs = options.durationMs,
-          .language = options.query.language,
-          .hearingImpaired = options.query.hearingImpaired,
-          .pageOption = options.query.pageOption.value_or(0),
-          .ttmlOption = options.ebuTt,
-          .choosesPage = true};
-}
-
 bool isOneFile(const std::string& input, const std::string& output) {
   if (input == "-" || output == "-") return false;
   std::error_code none;
@@ -89,6 +78,9 @@ class Conversion {
 
  private:
   bool isReplay() const { return input_.format == InputFormat::RecordedSamples; }
+  FormatBlock formatBlockOf(const StreamInfo& stream) const {
+    return isReplay() ? FormatBlock(stream.descriptors) : std::nullopt;
+  }
 
   std::unique_ptr<IServiceFinder> makeFinder(const StreamInfo& stream);
   std::unique_ptr<ServiceSession> makeSession(const Service& service, const StreamInfo& stream);
@@ -145,13 +137,12 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
   if (!isReplay()) {
     configuration.page = service.page;
     configuration.pageOption = service.pageOption;
-    configuration.choosesPage = false;
   }
   if (options_.kind != OutputKind::Samples) {
     return makeCueSession(service, stream, configuration);
   }
   const bool isCertain = isReplay() || options_.query.page.has_value();
-  return std::make_unique<SampleSession>(service, configuration, stream.descriptors,
+  return std::make_unique<SampleSession>(service, configuration, formatBlockOf(stream),
                                          pathFor(service, stream, ".jsonl"), isCertain, console_);
 }
 
@@ -174,7 +165,7 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
                                .ebuTt = options_.ebuTt,
                                .pictures = options_.pictures});
   };
-  return std::make_unique<CueSession>(service, configuration, stream.descriptors,
+  return std::make_unique<CueSession>(service, configuration, formatBlockOf(stream),
                                       std::make_unique<CueTrack>(origin, openFile), console_);
 }
 

@@ -13,13 +13,12 @@ namespace {
 
 using Tracks = std::map<const ServiceSession*, PreviewTrack*>;
 
-std::unique_ptr<ServiceSession> makeSession(const Service& service, const StreamInfo& stream,
+std::unique_ptr<ServiceSession> makeSession(const Service& service,
                                             std::unique_ptr<PreviewTrack> track, Console& console) {
   ChainConfiguration configuration;
   configuration.page = service.page;
   configuration.pageOption = service.pageOption;
-  configuration.choosesPage = false;
-  return std::make_unique<CueSession>(service, configuration, stream.descriptors, std::move(track),
+  return std::make_unique<CueSession>(service, configuration, std::nullopt, std::move(track),
                                       console);
 }
 
@@ -38,10 +37,10 @@ ExitCode run(const PreviewOptions& options, Console& console) {
       [&](const StreamInfo& stream) {
         return createServiceFinder(stream, {.scan = options.scan}, &console);
       },
-      [&](const Service& service, const StreamInfo& stream) {
+      [&](const Service& service, const StreamInfo&) {
         auto track = document.makeTrack();
         PreviewTrack& kept = *track;
-        auto session = makeSession(service, stream, std::move(track), console);
+        auto session = makeSession(service, std::move(track), console);
         tracks[session.get()] = &kept;
         return session;
       },

@@ -71,10 +71,8 @@ Findings probe(const ProbeOptions& options, Console& console) {
         ChainConfiguration configuration;
         configuration.page = service.page;
         configuration.pageOption = service.pageOption;
-        configuration.choosesPage = false;
-        auto session =
-            std::make_unique<CueSession>(service, configuration, std::vector<std::uint8_t>{},
-                                         std::make_unique<TallyOutput>(*tally), console);
+        auto session = std::make_unique<CueSession>(service, configuration, std::nullopt,
+                                                    std::make_unique<TallyOutput>(*tally), console);
         tallies[session.get()] = std::move(tally);
         return session;
       },

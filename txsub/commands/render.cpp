@@ -22,7 +22,7 @@ class Rendering {
   ExitCode run();
 
  private:
-  std::unique_ptr<ServiceSession> makeSession(const Service& service, const StreamInfo& stream);
+  std::unique_ptr<ServiceSession> makeSession(const Service& service);
   std::unique_ptr<IPlayableFile> openFile(const Service& service) const;
 
   MediaTime start(std::uint32_t program) const {
@@ -44,10 +44,7 @@ ExitCode Rendering::run() {
       [this](const StreamInfo& stream) {
         return createServiceFinder(stream, options_.query, &console_);
       },
-      [this](const Service& service, const StreamInfo& stream) {
-        return makeSession(service, stream);
-      },
-      console_);
+      [this](const Service& service, const StreamInfo&) { return makeSession(service); }, console_);
   pass.run();
   if (!pass.sessions().empty()) return kDone;
   console_.error("no subtitles to draw are shown in '" + options_.input.path +
@@ -55,14 +52,12 @@ ExitCode Rendering::run() {
   return kFailed;
 }
 
-std::unique_ptr<ServiceSession> Rendering::makeSession(const Service& service,
-                                                       const StreamInfo& stream) {
+std::unique_ptr<ServiceSession> Rendering::makeSession(const Service& service) {
   ChainConfiguration configuration;
   configuration.page = service.page;
   configuration.pageOption = service.pageOption;
-  configuration.choosesPage = false;
   return std::make_unique<CueSession>(
-      service, configuration, stream.descriptors,
+      service, configuration, std::nullopt,
       std::make_unique<CueTrack>([this, program = service.program] { return start(program); },
                                  [this, service] { return openFile(service); }),
       console_);

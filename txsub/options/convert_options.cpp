@@ -11,6 +11,7 @@ namespace korr::txsub {
 
 namespace {
 
+using encoding::subtitling::ChainConfiguration;
 using encoding::subtitling::ConversionMode;
 
 constexpr const char* kExamples =
@@ -230,6 +231,16 @@ ConversionMode chainMode(TextMode mode) {
       break;
   }
   return ConversionMode::Ttml;
+}
+
+ChainConfiguration configurationOf(const ConvertOptions& options) {
+  return {.mode = chainMode(options.mode),
+          .page = options.query.page.value_or(0),
+          .durationMs = options.durationMs,
+          .language = options.query.language,
+          .hearingImpaired = options.query.hearingImpaired,
+          .pageOption = options.query.pageOption.value_or(0),
+          .ttmlOption = options.ebuTt};
 }
 
 PlayableFormat playableFormat(TextMode mode) {

@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "core/chain_configuration.h"
 #include "core/modes.h"
 #include "txsub/console.h"
 #include "txsub/output/playable_file.h"
@@ -109,6 +110,9 @@ std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>
 
 /// The conversion mode of the chain that makes documents of a mode.
 encoding::subtitling::ConversionMode chainMode(TextMode mode);
+
+/// What the configuration interface would be set to.
+encoding::subtitling::ChainConfiguration configurationOf(const ConvertOptions& options);
 
 PlayableFormat playableFormat(TextMode mode);
 

@@ -2,7 +2,6 @@
 
 #include <exception>
 
-#include "teletext/teletext_descriptor.h"
 #include "txsub/output/output_file.h"
 
 namespace korr::txsub {
@@ -10,7 +9,7 @@ namespace korr::txsub {
 using encoding::subtitling::ConversionChain;
 
 ChainHost::ChainHost(const ChainConfiguration& configuration, SubtitleInputType type,
-                     std::vector<std::uint8_t> format, Wiring wiring)
+                     FormatBlock format, Wiring wiring)
     : configuration_(configuration),
       type_(type),
       format_(std::move(format)),
@@ -41,7 +40,7 @@ void ChainHost::checkFormat(const InputSample& sample) {
   past_ = counters();
   chain_.reset();
   sampleFormat_ = *sample.format;
-  format_ = *sample.format;
+  if (format_) format_ = *sample.format;
 }
 
 HostCounters ChainHost::counters() const {
@@ -51,28 +50,15 @@ HostCounters ChainHost::counters() const {
 }
 
 void ChainHost::start() {
-  page_ = choosePage();
-  const ConversionChain::Settings settings{.inputType = type_,
-                                           .page = page_,
-                                           .durationMs = configuration_.durationMs,
-                                           .mode = configuration_.mode,
-                                           .pageOption = configuration_.pageOption,
-                                           .ttmlOption = configuration_.ttmlOption};
+  const auto settings =
+      encoding::subtitling::chainSettings(configuration_, type_, format_, &wiring_.console);
+  page_ = settings.page;
   if (wiring_.makeWriter) {
     chain_ = std::make_unique<ConversionChain>(wiring_.sink, settings, &wiring_.console,
                                                wiring_.makeWriter);
   } else {
     chain_ = std::make_unique<ConversionChain>(wiring_.sink, settings, &wiring_.console);
   }
-}
-
-std::uint32_t ChainHost::choosePage() const {
-  if (type_ != SubtitleInputType::Teletext || !configuration_.choosesPage) {
-    return configuration_.page;
-  }
-  return encoding::subtitling::teletext::lib_teletext::choosePage(
-      format_, configuration_.language, configuration_.hearingImpaired, configuration_.page,
-      &wiring_.console);
 }
 
 template <class Action>

@@ -5,28 +5,19 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
-#include "core/conversion_chain.h"
+#include "core/chain_configuration.h"
 #include "txsub/console.h"
 #include "txsub/input/media_reader.h"
 
 namespace korr::txsub {
 
-/// What the filter's configuration interface sets, with its defaults.
-struct ChainConfiguration {
-  encoding::subtitling::ConversionMode mode = encoding::subtitling::ConversionMode::Ttml;
-  std::uint32_t page = 0;
-  std::uint32_t durationMs = 2000;
-  std::string language;
-  bool hearingImpaired = false;
-  std::uint32_t pageOption = 0;
-  bool ttmlOption = false;
-  /// Whether the teletext page of the language is looked up in the stream's descriptors, as the
-  /// filter does; not where the page has been chosen already.
-  bool choosesPage = true;
-};
+using encoding::subtitling::ChainConfiguration;
+
+/// The format block of a stream's media type, in which the teletext page of the language is looked
+/// up, as in the filter. Nothing where the page has been chosen already.
+using FormatBlock = std::optional<std::vector<std::uint8_t>>;
 
 /// What passed through the chains of one host.
 struct HostCounters {
@@ -50,9 +41,9 @@ class ChainHost {
     Console& console;
   };
 
-  /// Builds the first chain. `format`: the format block of the stream's media type.
-  ChainHost(const ChainConfiguration& configuration, SubtitleInputType type,
-            std::vector<std::uint8_t> format, Wiring wiring);
+  /// Builds the first chain.
+  ChainHost(const ChainConfiguration& configuration, SubtitleInputType type, FormatBlock format,
+            Wiring wiring);
 
   void push(const InputSample& sample, const SharedSample& shared);
 
@@ -69,13 +60,12 @@ class ChainHost {
  private:
   void checkFormat(const InputSample& sample);
   void start();
-  std::uint32_t choosePage() const;
   template <class Action>
   void guarded(Action action);
 
   ChainConfiguration configuration_;
   SubtitleInputType type_;
-  std::vector<std::uint8_t> format_;        // of the stream's media type
+  FormatBlock format_;
   std::vector<std::uint8_t> sampleFormat_;  // the last one that came with a sample
   Wiring wiring_;
   std::unique_ptr<encoding::subtitling::ConversionChain> chain_;

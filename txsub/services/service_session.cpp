@@ -67,8 +67,7 @@ std::string ServiceSession::description() const {
 }
 
 CueSession::CueSession(const Service& service, const ChainConfiguration& configuration,
-                       std::vector<std::uint8_t> format, std::unique_ptr<ICueOutput> output,
-                       Console& console)
+                       FormatBlock format, std::unique_ptr<ICueOutput> output, Console& console)
     : ServiceSession(service),
       segment_(configuration.durationMs * encoding::subtitling::kMillisecond),
       output_(std::move(output)),
@@ -110,8 +109,7 @@ class SampleSession::WatchedWriter final : public ISubtitleConverter {
 };
 
 SampleSession::SampleSession(const Service& service, const ChainConfiguration& configuration,
-                             std::vector<std::uint8_t> format, std::string path, bool isCertain,
-                             Console& console)
+                             FormatBlock format, std::string path, bool isCertain, Console& console)
     : ServiceSession(service),
       path_(std::move(path)),
       hasShown_(isCertain),

@@ -61,9 +61,8 @@ class ServiceSession {
 /// Cues, with all that the subtitles hold.
 class CueSession final : public ServiceSession {
  public:
-  CueSession(const Service& service, const ChainConfiguration& configuration,
-             std::vector<std::uint8_t> format, std::unique_ptr<ICueOutput> output,
-             Console& console);
+  CueSession(const Service& service, const ChainConfiguration& configuration, FormatBlock format,
+             std::unique_ptr<ICueOutput> output, Console& console);
 
   void push(const InputSample& sample, const SharedSample& shared) override;
   bool hasShown() const override { return recorder_.hasShown(); }
@@ -87,9 +86,8 @@ class CueSession final : public ServiceSession {
 /// even when it shows nothing.
 class SampleSession final : public ServiceSession {
  public:
-  SampleSession(const Service& service, const ChainConfiguration& configuration,
-                std::vector<std::uint8_t> format, std::string path, bool isCertain,
-                Console& console);
+  SampleSession(const Service& service, const ChainConfiguration& configuration, FormatBlock format,
+                std::string path, bool isCertain, Console& console);
 
   void push(const InputSample& sample, const SharedSample& shared) override {
     host_.push(sample, shared);
