@@ -68,7 +68,7 @@ class CTessaryInputPin final : public CInputPinWithDynamicMediaType {
   HRESULT STDMETHODCALLTYPE EndOfStream() override {
     return atComBoundary(policy_->logger(), [this] {
       const CAutoLock lock(&receiveLock_);
-      policy_->intake(nullptr);
+      if (!IsFlushing()) policy_->intake(nullptr);
       return S_OK;
     });
   }

@@ -62,6 +62,15 @@ CFactoryTemplate g_Templates[] = {{.m_Name = CSubtitleConverter::kName,
                                    .m_pAMovieSetup_Filter = &kFilter}};
 int g_cTemplates = 1;
 
+#ifdef TESSARY_PLATFORM_BASECLASSES
+// The platform's base classes learn from their entry point which module they are in.
+extern "C" BOOL WINAPI DllEntryPoint(HINSTANCE module, ULONG reason, LPVOID reserved);
+
+BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved) {
+  return DllEntryPoint(module, reason, reserved);
+}
+#endif
+
 STDAPI DllRegisterServer() {
   return AMovieDllRegisterServer2(TRUE);
 }

@@ -24,6 +24,16 @@ class CSubtitleConverterOutputPin final : public CBaseOutputPin {
   HRESULT GetMediaType(int position, CMediaType* type) override;
   HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* wanted) override;
 
+  /// Lets go of whoever waits for a buffer: there are none until `resumeWaits`.
+  void endWaits() {
+    if (m_pAllocator) m_pAllocator->Decommit();
+  }
+
+  /// There are buffers again. Not while stopped.
+  void resumeWaits() {
+    if (m_pAllocator) m_pAllocator->Commit();
+  }
+
   /// Passes quality messages on to the upstream filter.
   HRESULT STDMETHODCALLTYPE Notify(IBaseFilter* self, Quality quality) override;
 

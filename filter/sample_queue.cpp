@@ -16,14 +16,21 @@ std::optional<SampleQueue::Entry> SampleQueue::take() {
   return front;
 }
 
-void SampleQueue::drain() {
-  std::deque<Entry> drained;  // ends after the lock: releasing a sample may call anywhere
+void SampleQueue::outdate() {
   const CAutoLock lock(&lock_);
   ++generation_;
-  while (semaphore_.tryAcquire() && !entries_.empty()) {
-    drained.push_back(std::move(entries_.front()));
-    entries_.pop_front();
+}
+
+// One entry at a time: stopping must not need memory, and the end of a sample may call anywhere, so
+// it comes after the lock.
+void SampleQueue::drain() {
+  while (takeCounted()) {
   }
+}
+
+std::optional<SampleQueue::Entry> SampleQueue::takeCounted() {
+  const CAutoLock lock(&lock_);
+  return semaphore_.tryAcquire() ? take() : std::nullopt;
 }
 
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

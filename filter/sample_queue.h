@@ -19,7 +19,7 @@ class SampleQueue {
  public:
   struct Entry {
     Microsoft::WRL::ComPtr<IMediaSample> sample;  ///< null: end of stream
-    std::uint32_t generation = 0;                 ///< how often the queue had been drained
+    std::uint32_t generation = 0;                 ///< how often the queue had been outdated
   };
 
   /// Takes a reference on `sample`; null marks the end of the stream.
@@ -29,17 +29,21 @@ class SampleQueue {
   /// count taken off the semaphore.
   std::optional<Entry> take();
 
-  /// Whether `entry` has not been overtaken by a drain since it was pushed.
+  /// Whether `entry` has not been outdated since it was pushed.
   bool isCurrent(const Entry& entry) const { return entry.generation == generation_; }
 
-  /// Empties the queue, but for one entry whose count the worker has taken and which it will find
-  /// not to be current.
+  /// What has been pushed so far is not current any more.
+  void outdate();
+
+  /// Empties the queue, but for one entry whose count the worker has taken.
   void drain();
 
   /// Counts what there is to take.
   CountingSemaphore& semaphore() { return semaphore_; }
 
  private:
+  std::optional<Entry> takeCounted();
+
   CountingSemaphore semaphore_;
   CCritSec lock_;  // upstream pushes, the worker takes, state changes drain
   std::deque<Entry> entries_;

@@ -88,10 +88,10 @@ HRESULT CSubtitleConverter::Stop() {
     // Decommits the output's allocator, so a worker that waits for a buffer goes on.
     const HRESULT result = CBaseFilter::Stop();
     if (FAILED(result)) return result;
-    // First the queue: the worker must not build a new chain for what is left of it.
+    outputSink_->setFlushing(true);
+    queue_.outdate();  // or the worker would build a new chain for what is left of it
+    destroyChain();
     queue_.drain();
-    const CAutoLock lock(&streamLock_);
-    chain_.reset();
     return S_OK;
   });
 }
@@ -121,17 +121,28 @@ void CSubtitleConverter::intake(IMediaSample* sample) {
 
 void CSubtitleConverter::beginFlush() {
   outputSink_->setFlushing(true);
+  queue_.outdate();
   queue_.drain();
+  outputPin_->endWaits();
   outputPin_->DeliverBeginFlush();
 }
 
 void CSubtitleConverter::endFlush() {
-  {
-    const CAutoLock lock(&streamLock_);  // waits for the worker, whom downstream has let go
-    chain_.reset();
-  }
+  // A sample may have passed the pin before the flush and been queued after it began.
+  queue_.outdate();
+  destroyChain();
+  queue_.drain();
   outputPin_->DeliverEndFlush();
+  const CAutoLock lock(&filterLock_);  // against a stop in between
+  if (IsStopped()) return;
+  outputPin_->resumeWaits();
   outputSink_->setFlushing(false);
+}
+
+// Waits for the worker to be done with what it is at.
+void CSubtitleConverter::destroyChain() {
+  const CAutoLock lock(&streamLock_);
+  chain_.reset();
 }
 
 void CSubtitleConverter::newSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {

@@ -76,6 +76,8 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
  private:
   CSubtitleConverter(IUnknown* outer, HRESULT* result);
 
+  void destroyChain();
+
   // Worker.
   void processNext();
   HRESULT process(const SampleQueue::Entry& entry);

@@ -115,6 +115,38 @@ TEST(Faults, FlushesWhileTheSinkBlocks) {
   bench.finish();
 }
 
+TEST(Faults, FlushesWhileTheSinkHoldsEveryBuffer) {
+  GraphTestBench bench({.mode = ConversionMode::Ttml});
+  std::vector<ComPtr<IMediaSample>> kept;
+  std::atomic<std::size_t> count = 0;
+  bench.onReceive = [&](IMediaSample& sample) {
+    kept.emplace_back(&sample);
+    count = kept.size();
+    return S_OK;
+  };
+  ASSERT_GE(bench.run(), 0);
+  std::jthread upstream([&](const std::stop_token& token) {
+    pushCaptions(bench, [&] { return token.stop_requested(); });
+  });
+  while (count < 128) std::this_thread::sleep_for(1ms);
+  std::this_thread::sleep_for(20ms);  // and now the worker waits for the 129th
+  EXPECT_EQ(bench.source->beginFlush(), S_OK);
+  upstream.request_stop();
+  upstream.join();
+  EXPECT_EQ(bench.source->endOfStream(), S_OK);  // late, so it is of before the flush
+  EXPECT_EQ(bench.source->endFlush(), S_OK);
+  kept.clear();
+  std::atomic<int> delivered = 0;
+  bench.onReceive = [&](IMediaSample&) {
+    ++delivered;
+    return S_OK;
+  };
+  bench.push(captionText(1, "Hello"));
+  bench.push(captionSample(4, kNoCaption));
+  bench.finish();
+  EXPECT_GT(delivered, 0);
+}
+
 TEST(Faults, LogsASinkThatRefusesAndGoesOn) {
   GraphTestBench bench({});
   bench.onReceive = [](IMediaSample&) { return VFW_E_SAMPLE_REJECTED; };
