@@ -49,6 +49,19 @@ TEST(DvbRecordings, BecomePicturesWithTheirTimes) {
   EXPECT_EQ(timesIn(directory.file("fra")).size(), 2U);
 }
 
+std::string fileText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(DvbRecordings, BecomePicturesWithThePageOfThePreview) {
+  const TemporaryDirectory directory;
+  ASSERT_EQ(convert({"samples/dvb.ts", "-o", directory.file("eng/")}).exitCode, 0);
+  ProgramCall preview;
+  preview.arguments = {"preview", "samples/dvb.ts", "--pid", "0x200", "-o", "-"};
+  EXPECT_EQ(fileText(directory.file("eng/index.html")), runProgram(preview).output);
+}
+
 // The last page ends by its time-out although nothing follows that would end it.
 TEST(DvbRecordings, EndAPageThatTimesOut) {
   const TemporaryDirectory directory;

@@ -87,6 +87,17 @@ TEST_F(PreviewTest, ShowsPicturesWhereTheyLie) {
   EXPECT_THAT(shown("dvb.ts", "q=ferry"), HasSubstr("there is no text to search"));
 }
 
+TEST_F(PreviewTest, ShowsWhatAPictureFolderHolds) {
+  ProgramCall call;
+  call.arguments = {"convert", "--quiet", "samples/dvb.ts", "-o", directory_.file("eng/")};
+  EXPECT_EQ(runProgram(call).exitCode, 0);
+  const std::string document =
+      documentOf("file://" + directory_.file("eng/index.html") + "#t=13", directory_);
+  EXPECT_THAT(document, HasSubstr(">dvb.ts</h1>"));
+  EXPECT_THAT(document, HasSubstr(">0:00:12.000 – 0:00:16.000<"));
+  EXPECT_EQ(count(document, "<img"), 6U) << "one on the stage and each on its card";
+}
+
 TEST(Preview, SaysThatThereIsNothingToShow) {
   ProgramCall call;
   call.arguments = {"preview", "-", "-o", "-"};

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -7,6 +8,7 @@
 #include "txsub/input/open_input.h"
 #include "txsub/output/cue_track.h"
 #include "txsub/output/output_template.h"
+#include "txsub/preview/preview_document.h"
 #include "txsub/services/service_pass.h"
 #include "txsub/services/service_session.h"
 #include "txsub/services/session_statistics.h"
@@ -156,14 +158,21 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
   auto origin = [this, program = service.program] {
     return options_.absolute ? MediaTime{0} : input_.reader->startTime(program).value_or(0);
   };
+  auto duration = [this, origin, program = service.program]() -> MediaTime {
+    const MediaTime start = origin();
+    return std::max(input_.reader->endTime(program).value_or(0), start) - start;
+  };
   // The stream's description is the pass's own, and may learn the service's name meanwhile.
-  auto openFile = [this, service, &stream, format] {
+  auto openFile = [this, service, &stream, format, duration] {
     return createPlayableFile({.format = format,
                                .type = service.type,
                                .path = pathFor(service, stream, extensionOf(format)),
                                .language = service.language,
                                .ebuTt = options_.ebuTt,
-                               .pictures = options_.pictures});
+                               .pictures = options_.pictures,
+                               .title = pageTitle(options_.input.path),
+                               .service = service,
+                               .duration = duration});
   };
   return std::make_unique<CueSession>(service, configuration, formatBlockOf(stream),
                                       std::make_unique<CueTrack>(origin, openFile), console_);

@@ -22,10 +22,6 @@ std::unique_ptr<ServiceSession> makeSession(const Service& service,
                                       console);
 }
 
-std::string titleOf(const std::string& input) {
-  return input == "-" ? "standard input" : utf8FromPath(pathFromUtf8(input).filename());
-}
-
 }  // namespace
 
 ExitCode run(const PreviewOptions& options, Console& console) {
@@ -64,7 +60,7 @@ ExitCode run(const PreviewOptions& options, Console& console) {
     return kFailed;
   }
   OutputFile file(options.output);
-  document.write(file, titleOf(options.input.path), duration);
+  document.write(file, pageTitle(options.input.path), duration);
   file.commit();
   return kDone;
 }

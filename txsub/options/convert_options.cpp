@@ -22,7 +22,7 @@ constexpr const char* kExamples =
     "  txsub convert news.ts --page CC3 -o news.srt   the third caption service as SRT\n"
     "  txsub convert film.ts --page 888 -o film.vtt   teletext page 888\n"
     "  txsub convert film.ts -o film.ttml             DVB pictures in one TTML document\n"
-    "  txsub convert film.ts -o pictures/             DVB pictures as PNG files\n"
+    "  txsub convert film.ts -o pictures/             DVB pictures as PNG files with a page\n"
     "  txsub convert mux.ts --all -o subtitles        every service, one file each\n"
     "  txsub convert mux.ts --all -o 'subs/${serviceName}-${feedIndex}.vtt'\n"
     "                                                 the same under names of your own\n"
@@ -114,7 +114,8 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
   command_
       ->add_option("--as", kind_,
                    "file: one that players show; samples: exactly what the filter would deliver; "
-                   "pictures: a directory of PNG files with their times in index.json")
+                   "pictures: a directory of PNG files with their times in index.json and a page "
+                   "that shows them, index.html")
       ->transform(CLI::CheckedTransformer(kKinds, CLI::ignore_case).description(""))
       ->type_name("KIND");
   service_.addTo(*command_);

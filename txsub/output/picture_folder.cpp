@@ -20,8 +20,11 @@ fs::path makeDirectory(const std::string& path) {
 
 }  // namespace
 
-PictureFolder::PictureFolder(const std::string& path)
-    : files_(makeDirectory(path), ""), index_(utf8FromPath(pathFromUtf8(path) / "index.json")) {
+PictureFolder::PictureFolder(const PlayableRequest& request)
+    : request_(request),
+      files_(makeDirectory(request.path), ""),
+      index_(utf8FromPath(pathFromUtf8(request.path) / "index.json")),
+      page_(utf8FromPath(pathFromUtf8(request.path) / "index.html")) {
   index_.write("{\"pictures\": [");
 }
 
@@ -36,11 +39,18 @@ void PictureFolder::write(const Cue& cue) {
                                         {"stop", cueTimeText(stop, '.')}};
   index_.write((isFirst_ ? "\n  " : ",\n  ") + entry.dump());
   isFirst_ = false;
+  // Both files say the same of when a picture is shown.
+  using encoding::subtitling::kMillisecond;
+  track_->onCue(
+      {.start = start * kMillisecond, .stop = stop * kMillisecond, .subtitle = cue.subtitle});
 }
 
 void PictureFolder::finish() {
   index_.write("\n]}\n");
+  preview_.add(request_.service, *track_, 0);
+  preview_.write(page_, request_.title, request_.duration ? request_.duration() : 0);
   index_.commit();
+  page_.commit();
 }
 
 }  // namespace korr::txsub

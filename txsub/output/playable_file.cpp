@@ -17,7 +17,7 @@ std::unique_ptr<IPlayableFile> createPlayableFile(const PlayableRequest& request
     case PlayableFormat::Srt:
       return std::make_unique<SrtFile>(request.path);
     case PlayableFormat::Pictures:
-      return std::make_unique<PictureFolder>(request.path);
+      return std::make_unique<PictureFolder>(request);
     case PlayableFormat::Ttml:
       break;
   }

@@ -1,16 +1,18 @@
 // Files that players show: the cues of one service under one roof.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "core/modes.h"
 #include "txsub/output/cue.h"
+#include "txsub/services/service.h"
 
 namespace korr::txsub {
 
-/// Pictures: a directory of PNG files.
+/// Pictures: a directory of PNG files and a page that shows them.
 enum class PlayableFormat { WebVtt, Srt, Ttml, Pictures };
 
 /// Where a TTML document keeps its pictures: in itself or in files beside it.
@@ -25,6 +27,11 @@ struct PlayableRequest {
   std::string language = "";  ///< ISO 639-2 of the service; empty when unknown
   bool ebuTt = false;         ///< TTML of text: EBU-TT-D
   PictureStorage pictures = PictureStorage::Embedded;  ///< TTML of pictures
+
+  // For the page beside pictures:
+  std::string title = {};                    ///< what the recording is called
+  Service service = {};                      ///< what is shown
+  std::function<MediaTime()> duration = {};  ///< of the recording, asked at the end; may be empty
 };
 
 /// One file in the making. Throws OutputError.

@@ -106,6 +106,10 @@ Json PreviewTrack::takeCues(MediaTime origin) {
   return cues;
 }
 
+std::string pageTitle(const std::string& input) {
+  return input == "-" ? "standard input" : utf8FromPath(pathFromUtf8(input).filename());
+}
+
 std::unique_ptr<PreviewTrack> PreviewDocument::makeTrack() {
   return std::make_unique<PreviewTrack>(pictures_, pictureSet_);
 }

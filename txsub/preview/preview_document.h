@@ -44,6 +44,9 @@ class PreviewTrack final : public ICueOutput {
   std::vector<TimedContent> cues_;
 };
 
+/// What a page calls the recording of this path, which may be "-".
+std::string pageTitle(const std::string& input);
+
 /// Tracks and their pictures on the way into one self-contained HTML file.
 class PreviewDocument {
  public:

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "tests/txsub/output/cue_builder.h"
 #include "tests/txsub/output/text_of_file.h"
 #include "timed_text/png_encoder.h"
@@ -148,6 +150,34 @@ TEST(PictureFolder, HoldsWholeDisplaysAndTheirTimes) {
   const encoding::subtitling::ByteBuffer bytes(png.begin(), png.end());
   EXPECT_EQ(util::encodeBase64(bytes), pngBase64(*cues[2].subtitle->bitmap()));
   EXPECT_EQ(directory.read("pictures/0004.png"), "");
+}
+
+TEST(PictureFolder, HasAPageThatTellsTheSameTimes) {
+  const TemporaryDirectory directory;
+  const auto file = createPlayableFile({.format = PlayableFormat::Pictures,
+                                        .type = kDvb,
+                                        .path = directory.file("pictures"),
+                                        .title = "</script>.ts",
+                                        .duration = [] { return MediaTime{80'000'000}; }});
+  Cue last = shown(5000, 6000, display(720, 576, {100, 500, 3, 2, 80}));
+  last.start += 6000;  // 0.6 ms
+  for (const Cue& cue : recording()) file->write(cue);
+  file->write(last);
+  EXPECT_EQ(directory.read("pictures/index.html"), "") << "not before it is complete";
+  file->finish();
+  const std::string page = directory.read("pictures/index.html");
+  constexpr std::string_view kData = "id=\"data\">";
+  const auto begin = page.find(kData) + kData.size();
+  const auto data =
+      nlohmann::json::parse(page.substr(begin, page.find("</script>", begin) - begin));
+  EXPECT_EQ(data.at("input"), "</script>.ts");
+  EXPECT_EQ(data.at("duration"), 8.0);
+  std::vector<double> starts;
+  for (const auto& cue : data.at("services").at(0).at("cues")) starts.push_back(cue.at("start"));
+  EXPECT_EQ(starts, (std::vector<double>{1, 3, 4.5, 5.001}));
+  const auto index = nlohmann::json::parse(directory.read("pictures/index.json"));
+  EXPECT_EQ(index.at("pictures").back().at("start"), "00:00:05.001");
+  EXPECT_EQ(data.at("pictures").size(), 2U) << "cropped, the first two are one";
 }
 
 }  // namespace
