@@ -41,7 +41,7 @@ TEST(DvbRecordings, BecomePicturesWithTheirTimes) {
   EXPECT_THAT(timesIn(directory.file("eng")),
               ElementsAre("00:00:00.000-00:00:03.000", "00:00:04.000-00:00:07.000",
                           "00:00:08.000-00:00:10.000", "00:00:12.000-00:00:16.000",
-                          "00:00:16.000-00:00:18.000"));
+                          "00:00:16.000-00:00:20.000"));
   EXPECT_EQ(
       convert({"samples/dvb.ts", "--pid", "0x201", "--as", "pictures", "-o", directory.file("fra")})
           .exitCode,
@@ -62,30 +62,102 @@ TEST(DvbRecordings, BecomePicturesWithThePageOfThePreview) {
   EXPECT_EQ(fileText(directory.file("eng/index.html")), runProgram(preview).output);
 }
 
-// The last page ends by its time-out although nothing follows that would end it.
+// Pages that are one small region each, as they come in.
+class DvbRecording {
+ public:
+  explicit DvbRecording(const std::vector<std::uint16_t>& pids) {
+    for (const std::uint16_t pid : pids) {
+      program_.streams.push_back(
+          {.pid = pid, .descriptors = {0x59, 8, 'e', 'n', 'g', 0x10, 0, 1, 0, 1}});
+    }
+    program_.streams.push_back({.pid = kSound, .type = 0x03});
+    program_.pcrPid = pids.front();
+  }
+
+  DvbRecording& page(std::uint16_t pid, std::uint64_t second, std::uint8_t timeOut) {
+    const auto field =
+        test_support::DvbEncoder()
+            .page(test_support::DvbEncoder::kAcquisitionPoint, timeOut, {{1, 10, 10}})
+            .region({.id = 1, .fill = true, .width = 9, .height = 9, .fillCode = timeOut})
+            .bytes();
+    const std::uint64_t pts = ticks(second);
+    const auto packet = test_support::pesPacket({.streamId = 0xBD, .pts = pts}, field);
+    stream_.tables(program_).pes(pid, packet, pts);
+    return *this;
+  }
+
+  DvbRecording& sound(std::uint64_t second) {
+    stream_.pes(kSound,
+                test_support::pesPacket({.streamId = 0xC0, .pts = ticks(second)}, {{0xFF}}));
+    return *this;
+  }
+
+  DvbRecording& clock(std::uint64_t second) {
+    stream_.pcr(program_.pcrPid, ticks(second));
+    return *this;
+  }
+
+  std::string write(const TemporaryDirectory& directory) const {
+    const auto& bytes = stream_.bytes();
+    return directory.write("pages.ts", std::string(bytes.begin(), bytes.end()));
+  }
+
+ private:
+  static constexpr std::uint16_t kSound = 0x300;
+
+  static std::uint64_t ticks(std::uint64_t second) { return (10 + second) * 90'000; }
+
+  test_support::TsProgram program_;
+  test_support::TsBuilder stream_;
+};
+
 TEST(DvbRecordings, EndAPageThatTimesOut) {
   const TemporaryDirectory directory;
-  test_support::TsBuilder stream;
-  const test_support::TsProgram program{.pcrPid = 0x200, .streams = {{.pid = 0x200}}};
-  const auto page = [](std::uint8_t timeOut) {
-    return test_support::DvbEncoder()
-        .page(test_support::DvbEncoder::kAcquisitionPoint, timeOut, {{1, 10, 10}})
-        .region({.id = 1, .fill = true, .width = 9, .height = 9, .fillCode = timeOut})
-        .bytes();
-  };
-  const auto send = [&](std::uint64_t second, const test_support::Bytes& field) {
-    const std::uint64_t pts = (10 + second) * 90'000;
-    stream.tables(program).pes(0x200,
-                               test_support::pesPacket({.streamId = 0xBD, .pts = pts}, field), pts);
-  };
-  send(0, page(3));
-  send(10, page(2));
-  for (std::uint64_t second = 11; second < 30; ++second) stream.pcr(0x200, (10 + second) * 90'000);
-  const auto& bytes = stream.bytes();
-  const std::string path = directory.write("short.ts", std::string(bytes.begin(), bytes.end()));
-  ASSERT_EQ(convert({path, "--as", "pictures", "-o", directory.file("pictures")}).exitCode, 0);
+  DvbRecording recording({0x200});
+  recording.page(0x200, 0, 3).page(0x200, 10, 2);
+  for (std::uint64_t second = 11; second < 30; ++second) recording.clock(second);
+  ASSERT_EQ(
+      convert({recording.write(directory), "--as", "pictures", "-o", directory.file("pictures")})
+          .exitCode,
+      0);
   EXPECT_THAT(timesIn(directory.file("pictures")),
               ElementsAre("00:00:00.000-00:00:03.000", "00:00:10.000-00:00:12.000"));
+}
+
+// Whatever the segments are, and wherever other streams end.
+TEST(DvbRecordings, KeepTheLastPageUntilItTimesOut) {
+  const TemporaryDirectory directory;
+  const std::string path = DvbRecording({0x200, 0x201})
+                               .sound(0)
+                               .page(0x200, 0, 8)
+                               .page(0x201, 1, 9)
+                               .page(0x201, 5, 20)
+                               .sound(6)
+                               .write(directory);
+  for (const std::string duration : {"0", "500", "2000", "60000"}) {
+    const std::string all = directory.file(duration);
+    ASSERT_EQ(
+        convert({path, "--all", "--as", "pictures", "--duration", duration, "-o", all}).exitCode,
+        0);
+    EXPECT_THAT(timesIn(all + "/0x0200-dvb-subtitles-eng"),
+                ElementsAre("00:00:00.000-00:00:08.000"))
+        << duration;
+    EXPECT_THAT(timesIn(all + "/0x0201-dvb-subtitles-eng"),
+                ElementsAre("00:00:01.000-00:00:05.000", "00:00:05.000-00:00:25.000"))
+        << duration;
+  }
+  const auto ttml = convert({path, "--mode", "ttml", "--duration", "0"});
+  EXPECT_THAT(ttml.output, HasSubstr("end=\"00:00:08.000\""));
+}
+
+TEST(DvbRecordings, AreDrawnToTheirEndOnly) {
+  const TemporaryDirectory directory;
+  ProgramCall call;
+  call.arguments = {
+      "render",   DvbRecording({0x200}).sound(0).page(0x200, 0, 8).sound(3).write(directory),
+      "--frames", "1",
+      "--size",   "36x20"};
+  EXPECT_EQ(runProgram(call).output.size(), 3U * 36 * 20 * 4);
 }
 
 TEST(DvbRecordings, AreRefusedAsTextUnlessForSamples) {
@@ -109,7 +181,9 @@ TEST(DvbRecordings, FromBroadcastGiveTheirPages) {
   ASSERT_EQ(convert({graphics, "--pid", "0x29", "--as", "pictures", "-o", directory.file("ten")})
                 .exitCode,
             0);
-  EXPECT_EQ(timesIn(directory.file("ten")).size(), 10U);
+  const auto times = timesIn(directory.file("ten"));
+  ASSERT_EQ(times.size(), 10U);
+  EXPECT_EQ(times.back(), "00:00:31.650-00:01:01.650");
   const std::string bars = std::string(captures) + "/sample_TS_dvbsub_at_video_start.ts";
   EXPECT_EQ(convert({bars, "--as", "pictures", "-o", directory.file("bars")}).exitCode, 0);
 }

@@ -78,6 +78,12 @@ void SubtitleRecorder::finish() {
   if (open_) listener_.onCue(*std::exchange(open_, std::nullopt));
 }
 
+std::optional<MediaTime> SubtitleRecorder::pictureEnd() const {
+  const auto* bitmap = current_ ? current_->bitmap() : nullptr;
+  if (!bitmap) return {};
+  return bitmap->end;
+}
+
 std::unique_ptr<IOutputBuffer> SubtitleRecorder::getBuffer() {
   return std::make_unique<IntervalBuffer>();
 }

@@ -28,6 +28,9 @@ class SubtitleRecorder final : public encoding::subtitling::IOutputSink {
   /// Whether the last subtitle has something to see and has been shown for no time yet.
   bool isWaiting() const { return current_ && (!open_ || open_->subtitle != current_); }
 
+  /// When the page of the last subtitle times out, if that is a picture with something to see.
+  std::optional<MediaTime> pictureEnd() const;
+
   /// Whether any subtitle with something to see has come.
   bool hasShown() const { return hasShown_; }
 

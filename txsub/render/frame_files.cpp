@@ -1,5 +1,6 @@
 #include "txsub/render/frame_files.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <string_view>
@@ -58,7 +59,9 @@ void RawFramesFile::write(const Cue& cue) {
   writeBlankUntil(cue.start);
   std::fill(frame_.pixels.begin(), frame_.pixels.end(), 0);
   painter_.paint(frame_, cue.subtitle);
-  writeUntil(cue.stop, frame_.rgba());
+  // The last picture may stay past the end of the recording.
+  const MediaTime end = duration_();
+  writeUntil(end > cue.start ? std::min(cue.stop, end) : cue.stop, frame_.rgba());
 }
 
 void RawFramesFile::finish() {

@@ -26,10 +26,12 @@ void ChainHost::push(const InputSample& sample, const SharedSample& shared) {
   });
 }
 
+void ChainHost::completeUnit() {
+  if (chain_) guarded([&] { chain_->framer().endOfStream(); });
+}
+
 void ChainHost::flush(MediaTime end) {
-  if (!chain_) return;
-  guarded([&] { chain_->framer().endOfStream(); });
-  guarded([&] { chain_->builder().flush(end); });
+  if (chain_) guarded([&] { chain_->builder().flush(end); });
 }
 
 // The first block that comes with a sample rebuilds the chain even when it equals the stream's own:

@@ -47,8 +47,10 @@ class ChainHost {
 
   void push(const InputSample& sample, const SharedSample& shared);
 
-  /// Completes the unit in the framer and delivers the last document up to `end`; what the filter
-  /// drops at its end.
+  /// Nothing follows: completes the unit in the framer.
+  void completeUnit();
+
+  /// Delivers the last document up to `end`; what the filter drops at its end.
   void flush(MediaTime end);
 
   /// What the chain follows: the configured page, or the one of the language.

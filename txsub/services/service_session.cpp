@@ -83,9 +83,11 @@ void CueSession::push(const InputSample& sample, const SharedSample& shared) {
   host_.push(sample, shared);
 }
 
-// A subtitle that comes with the very last sample has no end of its own: it stays for a segment.
+// A picture stays until its page times out, wherever the recording ends. A text that comes with the
+// very last sample has no end of its own: it stays for a segment.
 void CueSession::endInput(MediaTime end) {
-  host_.flush(std::max(end, lastTime_));
+  host_.completeUnit();
+  host_.flush(recorder_.pictureEnd().value_or(std::max(end, lastTime_)));
   if (recorder_.isWaiting()) host_.flush(lastTime_ + segment_);
   recorder_.finish();
 }
