@@ -4,6 +4,8 @@
 #include <array>
 #include <iterator>
 
+#include "txsub/input/dvb_data_field.h"
+
 namespace korr::txsub {
 namespace {
 
@@ -74,6 +76,7 @@ std::vector<std::uint8_t> dvbSubtitleDataField(std::span<const std::uint8_t> sam
   const bool bareSegments = !sample.empty() && sample.front() == kSyncByte;
   if (bareSegments) field = {0x20, 0x00};  // data_identifier, subtitle_stream_id
   append(field, sample);
+  field.resize(upToEndMarker(field).size());
   if (bareSegments && field.back() != kEndMarker) field.push_back(kEndMarker);
   return field;
 }

@@ -22,7 +22,8 @@ std::optional<std::size_t> nalLengthBytes(VideoCodec codec,
 std::optional<std::span<const std::uint8_t>> takeLengthPrefixedUnit(
     std::span<const std::uint8_t>& rest, std::size_t lengthBytes);
 
-/// A PES data field (EN 300 743, 7.1) out of a sample that may hold the bare segments.
+/// A PES data field (EN 300 743, 7.1) out of a sample that may hold the bare segments, without what
+/// follows its end.
 std::vector<std::uint8_t> dvbSubtitleDataField(std::span<const std::uint8_t> sample);
 
 /// A PES data field (EN 300 472, 4.3) out of a sample that may hold the bare data units.

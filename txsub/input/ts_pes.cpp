@@ -90,18 +90,6 @@ std::optional<VideoCodec> videoCodecOf(Bytes payload) {
   return {};
 }
 
-Bytes upToEndMarker(Bytes payload) {
-  constexpr std::uint8_t kSyncByte = 0x0F;
-  constexpr std::uint8_t kEndMarker = 0xFF;
-  constexpr std::size_t kSegmentHeader = 6;
-  std::size_t at = 2;  // data_identifier, subtitle_stream_id
-  while (at + kSegmentHeader <= payload.size() && payload[at] == kSyncByte) {
-    at += kSegmentHeader + (std::size_t{payload[at + 4]} << 8 | payload[at + 5]);
-  }
-  if (at >= payload.size() || payload[at] != kEndMarker) return payload;
-  return payload.first(at + 1);
-}
-
 void PesAssembler::begin() {
   bytes_.clear();
   announcedSize_ = 0;

@@ -41,10 +41,6 @@ bool looksLikeDvbSubtitle(std::span<const std::uint8_t> payload);
 /// The codec whose headers begin this payload of a video stream.
 std::optional<VideoCodec> videoCodecOf(std::span<const std::uint8_t> payload);
 
-/// The DVB subtitle data field up to and including end_of_PES_data_field_marker; all of `payload`
-/// when it has none where one should be.
-std::span<const std::uint8_t> upToEndMarker(std::span<const std::uint8_t> payload);
-
 /// Joins the payloads of one PID to one PES packet at a time, of at most 64 kB.
 class PesAssembler {
  public:

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "txsub/input/caption_sample.h"
+#include "txsub/input/dvb_data_field.h"
 
 namespace korr::txsub {
 namespace {

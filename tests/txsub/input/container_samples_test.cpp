@@ -26,6 +26,20 @@ TEST(NalLengths, NeverReachPastTheSample) {
   EXPECT_FALSE(takeLengthPrefixedUnit(rest, 2));
 }
 
+TEST(DvbTrack, SamplesEndAtTheirEndMarker) {
+  const Bytes segments{0x0F, 0x80, 0, 1, 0, 2, 0xFF, 0xFF};  // the body looks like the marker
+  const auto sample = [&](Bytes before, const Bytes& after) {
+    before.insert(before.end(), segments.begin(), segments.end());
+    before.insert(before.end(), after.begin(), after.end());
+    return before;
+  };
+  const Bytes field = sample({0x20, 0x00}, {0xFF});
+  EXPECT_EQ(dvbSubtitleDataField(sample({0x20, 0x00}, {0xFF, 0x00, 0x47})), field);
+  EXPECT_EQ(dvbSubtitleDataField(sample({}, {0xFF, 0xFF, 0x00})), field);
+  EXPECT_EQ(dvbSubtitleDataField(sample({0x20, 0x00}, {0xFF})), field);
+  EXPECT_EQ(dvbSubtitleDataField(sample({0x20, 0x00}, {0x00})), sample({0x20, 0x00}, {0x00}));
+}
+
 TEST(TeletextTrack, PagesAndLanguagesMakeADescriptor) {
   EXPECT_EQ(teletextDescriptor("ger,fre", Bytes{0x09, 0x50, 0x10, 0x88}),
             (Bytes{0x56, 10, 'g', 'e', 'r', 0x09, 0x50, 'f', 'r', 'e', 0x10, 0x88}));
