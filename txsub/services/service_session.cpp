@@ -79,8 +79,19 @@ CueSession::CueSession(const Service& service, const ChainConfiguration& configu
 }
 
 void CueSession::push(const InputSample& sample, const SharedSample& shared) {
-  if (sample.times) lastTime_ = std::max(lastTime_, sample.times->start);
-  host_.push(sample, shared);
+  if (!sample.times) return host_.push(sample, shared);
+  const MediaTime start = sample.times->start;
+  lastTime_ = std::max(lastTime_, start);
+  const MediaTime chainTime = chainTimeOf(start);
+  if (chainTime == start) return host_.push(sample, shared);
+  InputSample moved = sample;
+  moved.times->start = chainTime;
+  host_.push(moved, share(moved));
+}
+
+// The chain takes time 0 for "nothing yet" and would show nothing of what comes then.
+MediaTime CueSession::chainTimeOf(MediaTime start) const {
+  return std::max<MediaTime>(start, 1);
 }
 
 // A picture stays until its page times out, wherever the recording ends. A text that comes with the

@@ -74,6 +74,7 @@ class CueSession final : public ServiceSession {
  private:
   void openOutput() override { output_->open(); }
   std::uint32_t page() const override { return host_.page(); }
+  MediaTime chainTimeOf(MediaTime start) const;
 
   MediaTime segment_;
   MediaTime lastTime_ = 0;  // of the samples so far

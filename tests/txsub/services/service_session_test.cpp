@@ -1,0 +1,98 @@
+#include "txsub/services/service_session.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/dvb_encoder.h"
+#include "tests/support/teletext_encoder.h"
+
+namespace korr::txsub {
+namespace {
+
+using encoding::subtitling::kMillisecond;
+using encoding::subtitling::kSecond;
+using test_support::Bytes;
+using test_support::DvbEncoder;
+
+// "start-stop" of each cue, in milliseconds.
+using CueTimes = std::vector<std::string>;
+
+class CueTimesOutput final : public ICueOutput {
+ public:
+  explicit CueTimesOutput(CueTimes& times) : times_(times) {}
+
+  void onCue(const Cue& cue) override {
+    times_.push_back(std::to_string(cue.start / kMillisecond) + '-' +
+                     std::to_string(cue.stop / kMillisecond));
+  }
+  void open() override {}
+  void flush() override {}
+  void commit() override {}
+
+ private:
+  CueTimes& times_;
+};
+
+struct Unit {
+  MediaTime time = 0;
+  Bytes data;
+};
+
+CueTimes cuesOf(SubtitleInputType type, std::uint32_t page, const std::vector<Unit>& units) {
+  CueTimes times;
+  Console console;
+  Service service;
+  service.type = type;
+  ChainConfiguration configuration;
+  configuration.page = page;
+  CueSession session(service, configuration, std::nullopt, std::make_unique<CueTimesOutput>(times),
+                     console);
+  for (const Unit& unit : units) {
+    InputSample sample;
+    sample.data = unit.data;
+    sample.times = InputSample::Times{.start = unit.time, .stop = unit.time};
+    sample.sync = true;
+    session.push(sample, share(sample));
+  }
+  session.endInput(units.back().time);
+  return times;
+}
+
+CueTimes picturesOf(const std::vector<Unit>& units) {
+  return cuesOf(SubtitleInputType::DvbSubtitle, 0, units);
+}
+
+DvbEncoder page(std::uint8_t timeOut) {
+  return DvbEncoder().page(DvbEncoder::kAcquisitionPoint, timeOut, {{1, 10, 10}});
+}
+
+DvbEncoder& addRegion(DvbEncoder& field) {
+  return field.region({.id = 1, .fill = true, .width = 9, .height = 9, .fillCode = 1});
+}
+
+Bytes wholePage(std::uint8_t timeOut) {
+  DvbEncoder field = page(timeOut);
+  return addRegion(field).bytes();
+}
+
+TEST(CueSession, ShowsWhatComesAtTimeZero) {
+  const Bytes popOn{0xFC, 0x94, 0x20, 0xFC, 0x94, 0x70, 0xFC, 0xC8, 0xE9, 0xFC, 0x94, 0x2F};
+  const Bytes erase{0xFC, 0x94, 0x2C};
+  EXPECT_EQ(cuesOf(SubtitleInputType::ClosedCaption, 1, {{0, popOn}, {3 * kSecond, erase}}),
+            CueTimes{"0-3000"});
+
+  const auto first = test_support::headerPacket({.page = 0x888});
+  const auto next = test_support::headerPacket({.page = 0x8FE});
+  const auto row = test_support::rowPacket(0x888, 20, "\x0B\x0BHi\x0A\x0A");
+  const std::vector<test_support::TeletextPacket> shown{first, row, next};
+  const std::vector<test_support::TeletextPacket> cleared{first, next};
+  EXPECT_EQ(cuesOf(SubtitleInputType::Teletext, 0x888,
+                   {{0, test_support::teletextDataField(shown)},
+                    {3 * kSecond, test_support::teletextDataField(cleared)}}),
+            CueTimes{"0-3000"});
+
+  EXPECT_EQ(picturesOf({{0, wholePage(9)}, {3 * kSecond, wholePage(2)}}),
+            (CueTimes{"0-3000", "3000-5000"}));
+}
+
+}  // namespace
+}  // namespace korr::txsub
