@@ -50,6 +50,13 @@ bool showsNothing(const Subtitle& subtitle) {
   return isEmpty(subtitle) || (subtitle.bitmap() && isTransparent(*subtitle.bitmap()));
 }
 
+// Whether no stream could have meant it: times come in ticks of 90 kHz, but the parts of a display
+// set reach the chain closer together.
+bool isPassing(const Cue& cue) {
+  constexpr MediaTime kTick = encoding::subtitling::fromTicks90k(1);
+  return cue.subtitle->bitmap() && cue.stop - cue.start < kTick;
+}
+
 }  // namespace
 
 class SubtitleRecorder::Writer final : public ISubtitleConverter {
@@ -75,7 +82,8 @@ std::unique_ptr<ISubtitleConverter> SubtitleRecorder::makeWriter(ISubtitleContai
 }
 
 void SubtitleRecorder::finish() {
-  if (open_) listener_.onCue(*std::exchange(open_, std::nullopt));
+  if (open_ && !isPassing(*open_)) listener_.onCue(*open_);
+  open_.reset();
 }
 
 std::optional<MediaTime> SubtitleRecorder::pictureEnd() const {

@@ -82,16 +82,23 @@ void CueSession::push(const InputSample& sample, const SharedSample& shared) {
   if (!sample.times) return host_.push(sample, shared);
   const MediaTime start = sample.times->start;
   lastTime_ = std::max(lastTime_, start);
-  const MediaTime chainTime = chainTimeOf(start);
+  const MediaTime chainTime = chainTimeOf(sample);
   if (chainTime == start) return host_.push(sample, shared);
   InputSample moved = sample;
   moved.times->start = chainTime;
   host_.push(moved, share(moved));
 }
 
-// The chain takes time 0 for "nothing yet" and would show nothing of what comes then.
-MediaTime CueSession::chainTimeOf(MediaTime start) const {
-  return std::max<MediaTime>(start, 1);
+// The chain takes time 0 for "nothing yet" and would show nothing of what comes then. Nor does it
+// show a unit that is no later than the last, but a DVB display set may come in parts of one time.
+MediaTime CueSession::chainTimeOf(const InputSample& sample) {
+  const MediaTime start = sample.times->start;
+  const bool beginsPart = service().type == SubtitleInputType::DvbSubtitle && sample.sync;
+  if (!beginsPart) return std::max<MediaTime>(start, 1);
+  const bool isNew = start < partTime_ || start > chainTime_;
+  partTime_ = start;
+  chainTime_ = isNew ? start : chainTime_ + 1;
+  return chainTime_;
 }
 
 // A picture stays until its page times out, wherever the recording ends. A text that comes with the

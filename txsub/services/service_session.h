@@ -74,10 +74,12 @@ class CueSession final : public ServiceSession {
  private:
   void openOutput() override { output_->open(); }
   std::uint32_t page() const override { return host_.page(); }
-  MediaTime chainTimeOf(MediaTime start) const;
+  MediaTime chainTimeOf(const InputSample& sample);
 
   MediaTime segment_;
-  MediaTime lastTime_ = 0;  // of the samples so far
+  MediaTime lastTime_ = 0;   // of the samples so far
+  MediaTime partTime_ = 0;   // of the last DVB sample that began a unit
+  MediaTime chainTime_ = 0;  // what the chain was told instead
   std::unique_ptr<ICueOutput> output_;
   SubtitleRecorder recorder_{*output_};
   ChainHost host_;

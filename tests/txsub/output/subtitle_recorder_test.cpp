@@ -83,19 +83,19 @@ TEST_F(RecorderTest, MakesNoCueOfNothingAndTwoOfAnInterruptedOne) {
 }
 
 TEST_F(RecorderTest, EndsAPictureWhenItsPageTimesOut) {
-  show(0, 100, bitmap(7, 0, 30));
-  deliver(100, 200);
+  show(0, 1000, bitmap(7, 0, 300));
+  deliver(1000, 2000);
   recorder_.finish();
   ASSERT_EQ(cues_.size(), 1U);
-  EXPECT_EQ(cues_[0].stop, 30U);
+  EXPECT_EQ(cues_[0].stop, 300U);
 }
 
 TEST_F(RecorderTest, MakesNoCueOfAPageThatClearsTheScreen) {
-  show(0, 10, bitmap(7, 0, 100));
-  show(10, 20, bitmap(8, 10, 100, /*alpha=*/0));
+  show(0, 1000, bitmap(7, 0, 9000));
+  show(1000, 2000, bitmap(8, 1000, 9000, /*alpha=*/0));
   recorder_.finish();
   ASSERT_EQ(cues_.size(), 1U);
-  EXPECT_EQ(cues_[0].stop, 10U);
+  EXPECT_EQ(cues_[0].stop, 1000U);
 }
 
 }  // namespace

@@ -94,5 +94,20 @@ TEST(CueSession, ShowsWhatComesAtTimeZero) {
             (CueTimes{"0-3000", "3000-5000"}));
 }
 
+TEST(CueSession, ShowsDisplaySetsThatComeInPartsOfOneTime) {
+  const Bytes composition = page(9).bytes();
+  DvbEncoder rest;
+  const Bytes region = addRegion(rest).bytes();
+  EXPECT_EQ(picturesOf({{kSecond, wholePage(9)},
+                        {3 * kSecond, composition},
+                        {3 * kSecond, region},
+                        {3 * kSecond, DvbEncoder().end().bytes()},
+                        {5 * kSecond, wholePage(9)}}),
+            (CueTimes{"1000-3000", "3000-5000", "5000-14000"}));
+  EXPECT_EQ(picturesOf({{0, composition}, {0, region}}), CueTimes{"0-9000"});
+  // The second display set of one time takes the place of the first.
+  EXPECT_EQ(picturesOf({{kSecond, wholePage(2)}, {kSecond, wholePage(9)}}), CueTimes{"1000-10000"});
+}
+
 }  // namespace
 }  // namespace korr::txsub
