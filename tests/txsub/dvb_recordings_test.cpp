@@ -160,6 +160,53 @@ TEST(DvbRecordings, AreDrawnToTheirEndOnly) {
   EXPECT_EQ(runProgram(call).output.size(), 3U * 36 * 20 * 4);
 }
 
+// Two services of one PID, whose objects are on a page that they share.
+TEST(DvbRecordings, ShowTheLanguageThatIsAskedForWherePagesShareAPid) {
+  using test_support::DvbEncoder;
+  const TemporaryDirectory directory;
+  test_support::TsBuilder stream;
+  const test_support::TsProgram program{
+      .pcrPid = 0x200,
+      .streams = {{.pid = 0x200,
+                   .descriptors = {0x59, 16, 'e', 'n', 'g', 0x10, 0, 1, 0, 3,  //
+                                   'f', 'r', 'a', 0x10, 0, 2, 0, 3}}}};
+  const test_support::Bytes row = test_support::codeString(4, test_support::Bytes(9, 5).data(), 9);
+  const auto send = [&](std::uint64_t second, std::uint16_t page, std::uint16_t width) {
+    const std::uint64_t pts = (10 + second) * 90'000;
+    const auto field = DvbEncoder(page)
+                           .page(DvbEncoder::kAcquisitionPoint, 2, {{1, 10, 10}})
+                           .region({.id = 1,
+                                    .fill = true,
+                                    .width = width,
+                                    .height = 9,
+                                    .fillCode = 3,
+                                    .objects = {{7, 0, 0}}})
+                           .ofPage(3)
+                           .object(7, row, row)
+                           .ofPage(page)
+                           .end()
+                           .bytes();
+    stream.tables(program).pes(0x200,
+                               test_support::pesPacket({.streamId = 0xBD, .pts = pts}, field), pts);
+  };
+  for (const std::uint64_t second : {0U, 10U, 20U}) {
+    send(second, 1, 20);
+    send(second + 5, 2, 40);
+  }
+  const auto& bytes = stream.bytes();
+  const std::string path = directory.write("two.ts", std::string(bytes.begin(), bytes.end()));
+  const auto timesOf = [&](const std::string& language) {
+    const auto folder = directory.file(language);
+    EXPECT_EQ(convert({path, "--language", language, "--as", "pictures", "-o", folder}).exitCode,
+              0);
+    return timesIn(folder);
+  };
+  EXPECT_THAT(timesOf("eng"), ElementsAre("00:00:00.000-00:00:02.000", "00:00:10.000-00:00:12.000",
+                                          "00:00:20.000-00:00:22.000"));
+  EXPECT_THAT(timesOf("fra"), ElementsAre("00:00:05.000-00:00:07.000", "00:00:15.000-00:00:17.000",
+                                          "00:00:25.000-00:00:27.000"));
+}
+
 TEST(DvbRecordings, AreRefusedAsTextUnlessForSamples) {
   for (const char* mode : {"webvtt", "srt"}) {
     const auto result = convert({"samples/dvb.ts", "--mode", mode});

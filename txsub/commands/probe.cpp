@@ -14,6 +14,11 @@ namespace korr::txsub {
 
 namespace {
 
+// More than its kind.
+bool hasName(const Service& service) {
+  return service.type != SubtitleInputType::DvbSubtitle || service.dvbPages.has_value();
+}
+
 /// How much of a service there is.
 struct Tally {
   std::uint64_t cues = 0;
@@ -114,7 +119,7 @@ Row tableRow(const Finding& finding) {
   const bool hasCues = tally.cues != 0;
   return {pidText(service.pid),
           std::string(streamName(service.type)),
-          service.type == SubtitleInputType::DvbSubtitle ? "-" : displayName(service),
+          hasName(service) ? displayName(service) : "-",
           (service.language.empty() ? "-" : service.language) +
               std::string(service.hearingImpaired ? " (hearing impaired)" : ""),
           std::to_string(tally.cues),
@@ -144,7 +149,7 @@ nlohmann::ordered_json jsonOf(const Finding& finding) {
   const auto& tally = finding.tally;
   nlohmann::ordered_json json{{"kind", streamName(service.type)}, {"pid", service.pid}};
   if (service.program != 0) json["program"] = service.program;
-  if (service.type != SubtitleInputType::DvbSubtitle) json["service"] = displayName(service);
+  if (hasName(service)) json["service"] = displayName(service);
   if (!service.language.empty()) json["language"] = service.language;
   json["hearingImpaired"] = service.hearingImpaired;
   json["declared"] = service.isDeclared;

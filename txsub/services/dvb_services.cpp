@@ -1,6 +1,5 @@
 #include "txsub/services/dvb_services.h"
 
-#include <algorithm>
 #include <span>
 
 namespace korr::txsub {
@@ -13,10 +12,15 @@ constexpr std::size_t kEntrySize = 8;
 struct SubtitlingEntry {
   std::string language;
   std::uint8_t type = 0;  // subtitling_type: component_type for stream_content 3
+  DvbPages pages;
 
   // EN 300 468, table 26: 0x20 to 0x25 are for the hard of hearing.
   bool isHearingImpaired() const { return type >= 0x20 && type <= 0x25; }
 };
+
+std::uint16_t read16(std::span<const std::uint8_t> bytes) {
+  return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
+}
 
 // EN 300 468, 6.2.41: subtitling_descriptor(); damage ends the list.
 std::vector<SubtitlingEntry> readSubtitling(std::span<const std::uint8_t> descriptors) {
@@ -27,7 +31,10 @@ std::vector<SubtitlingEntry> readSubtitling(std::span<const std::uint8_t> descri
     if (descriptors.size() < 2 + length) break;
     auto body = descriptors.subspan(2, tag == kSubtitlingDescriptor ? length : 0);
     for (; body.size() >= kEntrySize; body = body.subspan(kEntrySize)) {
-      entries.push_back({.language = {body.begin(), body.begin() + 3}, .type = body[3]});
+      entries.push_back({.language = {body.begin(), body.begin() + 3},
+                         .type = body[3],
+                         .pages = {.composition = read16(body.subspan(4)),
+                                   .ancillary = read16(body.subspan(6))}});
     }
     descriptors = descriptors.subspan(2 + length);
   }
@@ -39,11 +46,6 @@ class DvbServiceFinder final : public IServiceFinder {
   explicit DvbServiceFinder(const ServiceQuery& query) : query_(query) {}
 
   std::vector<Service> describe(const StreamInfo& stream) override {
-    const auto entries = readSubtitling(stream.descriptors);
-    const auto asked = std::find_if(entries.begin(), entries.end(), [this](const auto& entry) {
-      return entry.language == query_.language &&
-             entry.isHearingImpaired() == query_.hearingImpaired;
-    });
     Service service;
     service.streamId = stream.id;
     service.pid = stream.pid;
@@ -51,22 +53,29 @@ class DvbServiceFinder final : public IServiceFinder {
     service.type = stream.type;
     service.language = stream.language;
     service.isDeclared = true;
-    if (asked != entries.end()) {
-      service.language = asked->language;
-      service.hearingImpaired = asked->isHearingImpaired();
-    } else if (!query_.language.empty()) {
-      return {};
-    } else if (!entries.empty()) {
-      service.language = entries.front().language;
-      service.hearingImpaired = entries.front().isHearingImpaired();
+    const auto entries = readSubtitling(stream.descriptors);
+    std::vector<Service> services;
+    for (const auto& entry : entries) {
+      if (!isAskedFor(entry)) continue;
+      service.language = entry.language;
+      service.hearingImpaired = entry.isHearingImpaired();
+      if (entries.size() > 1 || entry.pages.composition != entry.pages.ancillary)
+        service.dvbPages = entry.pages;
+      services.push_back(service);
     }
-    return {service};
+    if (entries.empty() && query_.language.empty()) services.push_back(service);
+    return services;
   }
 
   std::vector<Service> inspect(const InputSample&) override { return {}; }
   bool isSearching() const override { return false; }
 
  private:
+  bool isAskedFor(const SubtitlingEntry& entry) const {
+    return query_.language.empty() || (entry.language == query_.language &&
+                                       entry.isHearingImpaired() == query_.hearingImpaired);
+  }
+
   ServiceQuery query_;
 };
 

@@ -7,8 +7,8 @@
 
 namespace korr::txsub {
 
-/// Every DVB subtitle stream is one service, with the language that its subtitling descriptor
-/// names first (EN 300 468, 6.2.41).
+/// Every entry of a DVB subtitle stream's subtitling descriptor is one service (EN 300
+/// 468, 6.2.41); a stream without one is a service all the same.
 std::unique_ptr<IServiceFinder> createDvbServiceFinder(const ServiceQuery& query);
 
 }  // namespace korr::txsub

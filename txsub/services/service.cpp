@@ -56,7 +56,8 @@ std::string displayName(const Service& service) {
     case SubtitleInputType::DvbSubtitle:
       break;
   }
-  return "DVB subtitles";
+  const auto& pages = service.dvbPages;
+  return pages ? "DVB subtitles page " + std::to_string(pages->composition) : "DVB subtitles";
 }
 
 std::string describe(const Service& service) {

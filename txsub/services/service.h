@@ -12,6 +12,15 @@
 
 namespace korr::txsub {
 
+/// The pages of a DVB subtitle service (EN 300 743, 3.1): its own, and one whose CLUTs and objects
+/// it shares with other services of the PID.
+struct DvbPages {
+  std::uint16_t composition = 0;
+  std::uint16_t ancillary = 0;  ///< the same where nothing is shared
+
+  friend bool operator==(const DvbPages&, const DvbPages&) = default;
+};
+
 /// One subtitle service: a caption channel, a teletext page, a DVB subtitle stream.
 struct Service {
   std::uint32_t streamId = 0;  ///< StreamInfo::id
@@ -23,6 +32,8 @@ struct Service {
   std::uint32_t pageOption = 0;  ///< teletext: the default character-set group
   std::string language;          ///< ISO 639-2; empty when nothing says it
   bool hearingImpaired = false;
+  /// Where the PID carries, or may carry, other pages too; else the first page on the PID is shown.
+  std::optional<DvbPages> dvbPages = {};
   bool isDeclared = false;  ///< named by the recording's tables, not only found in its samples
 };
 
@@ -61,7 +72,7 @@ std::unique_ptr<IServiceFinder> createServiceFinder(const StreamInfo& stream,
 /// from 0x100 on they are teletext pages. DVB subtitles have no page numbers.
 bool canHavePage(SubtitleInputType type, std::uint32_t page);
 
-/// "CC1", "page 888", "DVB subtitles".
+/// "CC1", "page 888", "DVB subtitles", "DVB subtitles page 2" where the PID has several pages.
 std::string displayName(const Service& service);
 
 /// With where it is: "CC1 of PID 0x0100", "page 888 of PID 0x0034".

@@ -76,8 +76,10 @@ std::vector<ServiceSession*> ServicePass::sessions() const {
 void ServicePass::addServices(Stream& stream, const std::vector<Service>& services) {
   for (const auto& service : services) {
     const bool isKnown =
-        std::any_of(stream.sessions.begin(), stream.sessions.end(),
-                    [&](const auto& session) { return session->service().page == service.page; });
+        std::any_of(stream.sessions.begin(), stream.sessions.end(), [&](const auto& session) {
+          return session->service().page == service.page &&
+                 session->service().dvbPages == service.dvbPages;
+        });
     if (isKnown) continue;
     if (auto session = makeSession_(service, stream.info)) {
       stream.sessions.push_back(std::move(session));

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/writer_factory.h"
+#include "txsub/services/dvb_page_filter.h"
 
 namespace korr::txsub {
 
@@ -83,10 +84,12 @@ void CueSession::push(const InputSample& sample, const SharedSample& shared) {
   const MediaTime start = sample.times->start;
   lastTime_ = std::max(lastTime_, start);
   const MediaTime chainTime = chainTimeOf(sample);
-  if (chainTime == start) return host_.push(sample, shared);
-  InputSample moved = sample;
-  moved.times->start = chainTime;
-  host_.push(moved, share(moved));
+  const auto& pages = service().dvbPages;
+  if (chainTime == start && !pages) return host_.push(sample, shared);
+  InputSample adapted = sample;
+  adapted.times->start = chainTime;
+  if (pages) adapted.data = keepPages(sample.data, *pages);
+  host_.push(adapted, share(adapted));
 }
 
 // The chain takes time 0 for "nothing yet" and would show nothing of what comes then. Nor does it

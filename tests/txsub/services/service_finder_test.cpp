@@ -95,15 +95,16 @@ TEST(TeletextServices, TakeTheirCharactersFromTheLanguage) {
   EXPECT_EQ(characterGroupOf(""), 0U);
 }
 
-TEST(DvbServices, HaveTheLanguageThatIsAskedForOrElseTheFirst) {
+TEST(DvbServices, AreThePagesOfTheLanguageThatIsAskedForOrElseAll) {
   StreamInfo stream;
   stream.type = SubtitleInputType::DvbSubtitle;
   stream.descriptors = {0x59, 16,                                 //
                         'f',  'r', 'a', 0x10, 0, 1, 0, 1,         //
                         'd',  'e', 'u', 0x20, 0, 2, 0, 2, 0x59};  // and a descriptor cut short
-  EXPECT_THAT(described(stream, {}), ElementsAre("DVB subtitles fra"));
+  EXPECT_THAT(described(stream, {}),
+              ElementsAre("DVB subtitles page 1 fra", "DVB subtitles page 2 deu-imp"));
   EXPECT_THAT(described(stream, {.language = "deu", .hearingImpaired = true}),
-              ElementsAre("DVB subtitles deu-imp"));
+              ElementsAre("DVB subtitles page 2 deu-imp"));
   EXPECT_THAT(described(stream, {.language = "ita"}), IsEmpty());
   EXPECT_THAT(described(stream, {.page = 0x888}), ElementsAre("unwanted"));
 }
