@@ -62,6 +62,16 @@ TEST(DvbRecordings, BecomePicturesWithThePageOfThePreview) {
   EXPECT_EQ(fileText(directory.file("eng/index.html")), runProgram(preview).output);
 }
 
+TEST(DvbRecordings, FillADirectoryWithTtmlAskedForToo) {
+  const TemporaryDirectory directory;
+  const std::string folder = directory.file("new");
+  for (const std::string& output : {folder + '/', folder}) {
+    const auto result = convert({"samples/dvb.ts", "--mode", "ttml", "-o", output});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(timesIn(folder).size(), 5U);
+  }
+}
+
 // Pages that are one small region each, as they come in.
 class DvbRecording {
  public:
@@ -211,7 +221,8 @@ TEST(DvbRecordings, AreRefusedAsTextUnlessForSamples) {
   for (const char* mode : {"webvtt", "srt"}) {
     const auto result = convert({"samples/dvb.ts", "--mode", mode});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(result.errors, HasSubstr("are pictures and cannot become text; use --mode ttml"));
+    EXPECT_THAT(result.errors, HasSubstr("are pictures and cannot become text; use --mode ttml, "
+                                         "or -o DIR/ for PNG files"));
     EXPECT_EQ(result.output, "");
   }
   const auto samples = convert({"samples/dvb.ts", "--mode", "ttml", "--as", "samples"});

@@ -125,9 +125,12 @@ TEST_F(ProgramTest, WritesTtmlForPlayersOrAsTheFilterDoes) {
 }
 
 TEST_F(ProgramTest, MakesNoPicturesOfText) {
-  const auto result = run({"convert", captions(), "-o", directory_.file("pictures/")});
+  const std::string folder = directory_.file("pictures/");
+  const auto result = run({"convert", captions(), "-o", folder});
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors, HasSubstr("is text and cannot become pictures"));
+  EXPECT_THAT(result.errors, HasSubstr("cannot become pictures; name a file, as in -o FILE.vtt\n"));
+  EXPECT_THAT(run({"convert", captions(), "-o", folder, "--mode", "ttml"}).errors,
+              HasSubstr("cannot become pictures; name a file, as in -o FILE.ttml\n"));
   EXPECT_THAT(directory_.names(), ElementsAre("captions.scc"));
 }
 
@@ -237,6 +240,10 @@ TEST_F(ProgramTest, RefusesWhatDoesNotFitTogether) {
   EXPECT_THAT(errorOf({"convert", input, "-o", "out.txt"}), HasSubstr("give --mode"));
   EXPECT_THAT(errorOf({"convert", input, "-o", "out.vtt", "--mode", "srt"}),
               HasSubstr("stands for another format"));
+  for (const char* format : {"--mode=srt", "--as=samples"}) {
+    EXPECT_THAT(errorOf({"convert", input, format, "-o", directory_.file("new/")}),
+                HasSubstr("is a directory, which takes pictures only"));
+  }
   EXPECT_THAT(errorOf({"convert", input, "--all"}), HasSubstr("-o DIR"));
   EXPECT_THAT(errorOf({"convert", input, "--as", "pictures"}), HasSubstr("-o DIR"));
   EXPECT_THAT(errorOf({"convert", input, "--mode", "ttml", "--images", "files"}),

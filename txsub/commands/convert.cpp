@@ -254,11 +254,13 @@ ExitCode Conversion::report(const ServicePass& pass) {
 void Conversion::explainNothing(const ServicePass& pass) {
   const std::string input = quoted(options_.input.path);
   if (refused_ && refused_->type == SubtitleInputType::DvbSubtitle) {
-    console_.error(describe(*refused_) + " in " + input +
-                   " are pictures and cannot become text; use --mode ttml");
+    console_.error(
+        describe(*refused_) + " in " + input +
+        " are pictures and cannot become text; use --mode ttml, or -o DIR/ for PNG files");
   } else if (refused_) {
     console_.error(describe(*refused_) + " in " + input +
-                   " is text and cannot become pictures; use --mode webvtt, srt or ttml");
+                   " is text and cannot become pictures; name a file, as in -o FILE" +
+                   std::string(extensionOf(playableFormat(options_.mode))));
   } else if (isReplay() && !options_.query.page) {
     console_.error(
         "nothing was shown: without --page, recorded samples are replayed with page 0; "

@@ -87,6 +87,7 @@ class ConvertSubcommand final : public ISubcommand {
  private:
   void checkTemplate() const;
   void settleOutput();
+  void settleDirectory();
 
   CLI::App* command_;
   InputArguments input_;
@@ -179,12 +180,19 @@ void ConvertSubcommand::checkTemplate() const {
   }
 }
 
+// Of all that is written for one service, only pictures fill a directory.
+void ConvertSubcommand::settleDirectory() {
+  if (!kind_ && mode_.value_or(TextMode::Ttml) == TextMode::Ttml) kind_ = OutputKind::Pictures;
+  if (kind_ == OutputKind::Pictures) return;
+  throw usageError("--output", "'" + options_.output +
+                                   "' is a directory, which takes pictures only; name a file, or "
+                                   "give --all for one file per service");
+}
+
 // What --as, --mode and the output's name say together.
 void ConvertSubcommand::settleOutput() {
   if (!output_.empty()) options_.output = output_;
-  if (!options_.all && !mode_ && !kind_ && namesDirectory(options_.output)) {
-    kind_ = OutputKind::Pictures;
-  }
+  if (!options_.all && namesDirectory(options_.output)) settleDirectory();
   while (options_.output.size() > 1 && options_.output.ends_with('/')) options_.output.pop_back();
   const bool isDirectory = options_.all && !isTemplate(options_.output);
   const Extension* extension = isDirectory ? nullptr : findExtension(options_.output);
