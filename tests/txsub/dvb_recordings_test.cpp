@@ -88,7 +88,11 @@ class DvbRecording {
     const auto field =
         test_support::DvbEncoder()
             .page(test_support::DvbEncoder::kAcquisitionPoint, timeOut, {{1, 10, 10}})
-            .region({.id = 1, .fill = true, .width = 9, .height = 9, .fillCode = timeOut})
+            .region({.id = 1,
+                     .fill = true,
+                     .width = 9,
+                     .height = 9,
+                     .fillCode = static_cast<std::uint8_t>(timeOut + 1)})
             .bytes();
     const std::uint64_t pts = ticks(second);
     const auto packet = test_support::pesPacket({.streamId = 0xBD, .pts = pts}, field);
@@ -132,6 +136,20 @@ TEST(DvbRecordings, EndAPageThatTimesOut) {
       0);
   EXPECT_THAT(timesIn(directory.file("pictures")),
               ElementsAre("00:00:00.000-00:00:03.000", "00:00:10.000-00:00:12.000"));
+}
+
+TEST(DvbRecordings, SayThatNoPageIsShownForAnyTime) {
+  const TemporaryDirectory directory;
+  const std::string folder = directory.file("pictures/");
+  const auto result = convert(
+      {DvbRecording({0x200}).page(0x200, 0, 0).page(0x200, 10, 0).write(directory), "-o", folder});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, testing::EndsWith("pages.ts': the pages of DVB subtitles of PID "
+                                               "0x0200 have a time-out of 0 seconds\n"));
+  EXPECT_THAT(directory.names(), ElementsAre("pages.ts"));
+  const auto mixed = DvbRecording({0x200}).page(0x200, 0, 0).page(0x200, 10, 4).write(directory);
+  ASSERT_EQ(convert({mixed, "-o", folder}).exitCode, 0);
+  EXPECT_THAT(timesIn(folder), ElementsAre("00:00:10.000-00:00:14.000"));
 }
 
 // Whatever the segments are, and wherever other streams end.

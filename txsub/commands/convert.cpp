@@ -253,7 +253,14 @@ ExitCode Conversion::report(const ServicePass& pass) {
 
 void Conversion::explainNothing(const ServicePass& pass) {
   const std::string input = quoted(options_.input.path);
-  if (refused_ && refused_->type == SubtitleInputType::DvbSubtitle) {
+  const auto sessions = pass.ranked();
+  const auto timedOut = std::find_if(sessions.begin(), sessions.end(), [](const auto* session) {
+    return session->hasTimedOutAtOnce();
+  });
+  if (timedOut != sessions.end()) {
+    console_.error("no subtitles are shown in " + input + ": the pages of " +
+                   (*timedOut)->description() + " have a time-out of 0 seconds");
+  } else if (refused_ && refused_->type == SubtitleInputType::DvbSubtitle) {
     console_.error(
         describe(*refused_) + " in " + input +
         " are pictures and cannot become text; use --mode ttml, or -o DIR/ for PNG files");

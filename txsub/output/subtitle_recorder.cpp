@@ -57,6 +57,11 @@ bool isPassing(const Cue& cue) {
   return cue.subtitle->bitmap() && cue.stop - cue.start < kTick;
 }
 
+bool timesOutAtOnce(const Subtitle& subtitle) {
+  const auto* bitmap = subtitle.bitmap();
+  return bitmap && bitmap->end <= bitmap->start;
+}
+
 }  // namespace
 
 class SubtitleRecorder::Writer final : public ISubtitleConverter {
@@ -108,6 +113,9 @@ void SubtitleRecorder::setCurrent(Subtitle subtitle) {
     current_ = last;
   } else if (showsNothing(subtitle)) {
     current_.reset();
+  } else if (timesOutAtOnce(subtitle)) {
+    current_.reset();
+    hasTimedOutAtOnce_ = true;
   } else {
     current_ = std::make_shared<const Subtitle>(std::move(subtitle));
     hasShown_ = true;

@@ -34,6 +34,9 @@ class SubtitleRecorder final : public encoding::subtitling::IOutputSink {
   /// Whether any subtitle with something to see has come.
   bool hasShown() const { return hasShown_; }
 
+  /// Whether a picture has come that times out at the moment that it is shown.
+  bool hasTimedOutAtOnce() const { return hasTimedOutAtOnce_; }
+
   std::unique_ptr<encoding::subtitling::IOutputBuffer> getBuffer() override;
   void deliver(std::unique_ptr<encoding::subtitling::IOutputBuffer> buffer) override;
   void endOfStream() override {}
@@ -48,6 +51,7 @@ class SubtitleRecorder final : public encoding::subtitling::IOutputSink {
   std::shared_ptr<const Subtitle> current_;  // what the chain delivers next; null: nothing to see
   std::optional<Cue> open_;                  // may go on in the next interval
   bool hasShown_ = false;
+  bool hasTimedOutAtOnce_ = false;
 };
 
 }  // namespace korr::txsub

@@ -41,6 +41,9 @@ class ServicePass final : public IReaderListener {
   /// All: every session, in order of rank. Best: the chosen one, or none when nothing was shown.
   std::vector<ServiceSession*> sessions() const;
 
+  /// Every session in order of rank; when one has been chosen, that one.
+  std::vector<ServiceSession*> ranked() const;
+
   /// Whether the user stopped the pass before the end of the input.
   bool wasInterrupted() const { return wasInterrupted_; }
 
@@ -55,7 +58,6 @@ class ServicePass final : public IReaderListener {
   };
 
   void addServices(Stream& stream, const std::vector<Service>& services);
-  std::vector<ServiceSession*> ranked() const;
   void settle(MediaTime now);
   void choose(ServiceSession* chosen);
   void complete();

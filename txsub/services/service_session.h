@@ -32,6 +32,9 @@ class ServiceSession {
   /// Whether the service has shown anything, or is wanted all the same.
   virtual bool hasShown() const = 0;
 
+  /// Whether pictures have come that time out at the moment that they are shown.
+  virtual bool hasTimedOutAtOnce() const { return false; }
+
   /// Nothing follows; `end` is the end of the recording.
   virtual void endInput(MediaTime end) = 0;
 
@@ -66,6 +69,7 @@ class CueSession final : public ServiceSession {
 
   void push(const InputSample& sample, const SharedSample& shared) override;
   bool hasShown() const override { return recorder_.hasShown(); }
+  bool hasTimedOutAtOnce() const override { return recorder_.hasTimedOutAtOnce(); }
   void endInput(MediaTime end) override;
   void flush() override { output_->flush(); }
   HostCounters counters() const override { return host_.counters(); }
