@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "platform/terminal.h"
 #include "util/exception.h"
@@ -37,6 +38,16 @@ std::string durationText(double seconds) {
   return format("%llu:%02llu:%02llu", hours, minutes, total % 60);
 }
 
+// "PID 0x0029, 31.650 s: "
+std::string placeText(const Place& place) {
+  std::string text = place.pid == 0 ? "" : format("PID 0x%04X", static_cast<unsigned>(place.pid));
+  if (place.time) {
+    if (!text.empty()) text += ", ";
+    text += format("%.3f s", static_cast<double>(*place.time) / encoding::subtitling::kSecond);
+  }
+  return text.empty() ? text : text + ": ";
+}
+
 }  // namespace
 
 Console::Console() : isTerminal_(platform::isErrorTerminal()), started_(Clock::now()) {
@@ -61,8 +72,7 @@ void Console::error(const std::string& message) {
 }
 
 void Console::warning(const std::string& message) {
-  const std::string where = input_.empty() ? "" : input_ + ": ";
-  say({.level = log::Level::Warning, .prefix = "txsub: warning: ", .text = where + message});
+  report(log::Level::Warning, {}, message);
 }
 
 void Console::note(const std::string& message) {
@@ -72,16 +82,15 @@ void Console::note(const std::string& message) {
 }
 
 void Console::detail(const std::string& message) {
-  say({.level = log::Level::Information,
-       .isShown = verbosity_ == Verbosity::Verbose,
-       .text = message});
+  report(log::Level::Information, {}, message);
 }
 
 // Never folded into a count: each stands for one sample.
-void Console::chainError(const char* message) {
-  flushRepeats();
-  last_ = {};
-  write({.level = log::Level::Error, .prefix = "", .text = std::string("Error: ") + message});
+void Console::chainError(const Place& place, const char* message) {
+  forget(place.pid);
+  forget(0);
+  write({.level = log::Level::Error, .prefix = "", .text = std::string("Error: ") + message},
+        place);
 }
 
 void Console::print(const std::string& line) {
@@ -91,41 +100,67 @@ void Console::print(const std::string& line) {
 }
 
 void Console::logV(log::Level level, const char* text, std::va_list arguments) {
-  const std::string message = util::vformat(text, arguments);
+  report(level, {}, util::vformat(text, arguments));
+}
+
+void Console::report(log::Level level, const Place& place, const std::string& message) {
   if (level == log::Level::Information) {
-    detail(message);
+    say({.level = level, .isShown = verbosity_ == Verbosity::Verbose, .text = message}, place);
   } else {
-    warning(message);
+    say({.level = log::Level::Warning,
+         .prefix = "txsub: warning: ",
+         .namesInput = true,
+         .text = message},
+        place);
   }
 }
 
 // A damaged hour of input must not scroll everything else away: equal messages in a row are
 // counted.
-void Console::say(Message message) {
+void Console::say(Message message, const Place& place) {
   if (!message.isShown && !logs_) return;
-  if (message == last_) {
-    ++repeats_;
+  Last& last = last_[place.pid];
+  if (message == last.message) {
+    ++last.repeats;
     return;
   }
-  flushRepeats();
-  write(message);
-  last_ = std::move(message);
+  flushRepeats(place.pid);
+  if (place.pid != 0) {
+    // A count without a PID stands right under what it counts.
+    forget(0);
+  }
+  write(message, place);
+  last.message = std::move(message);
 }
 
-void Console::write(const Message& message) {
-  if (logs_) log::write(logs_.get(), message.level, "%s", message.text.c_str());
+void Console::write(const Message& message, const Place& place) {
+  const bool namesInput = message.namesInput && !input_.empty();
+  const std::string line = (namesInput ? input_ + ": " : "") + placeText(place) + message.text;
+  if (logs_) log::write(logs_.get(), message.level, "%s", line.c_str());
   if (!message.isShown || !areLinesPlain_) return;
   clearProgress();
-  std::fprintf(stderr, "%s%s\n", std::string(message.prefix).c_str(), message.text.c_str());
+  std::fprintf(stderr, "%s%s\n", std::string(message.prefix).c_str(), line.c_str());
 }
 
 void Console::flushRepeats() {
-  if (repeats_ == 0) return;
-  Message message = last_;
+  for (const auto& [pid, last] : last_) flushRepeats(pid);
+}
+
+void Console::forget(std::uint32_t pid) {
+  flushRepeats(pid);
+  last_.erase(pid);
+}
+
+void Console::flushRepeats(std::uint32_t pid) {
+  const auto found = last_.find(pid);
+  if (found == last_.end() || found->second.repeats == 0) return;
+  auto& [last, repeats] = found->second;
+  Message message = last;
   message.prefix = "txsub: ";
-  message.text = "(the same " + std::to_string(repeats_) + " more times)";
-  repeats_ = 0;
-  write(message);
+  message.namesInput = false;
+  const std::string count = "the same " + std::to_string(std::exchange(repeats, 0)) + " more times";
+  message.text = pid == 0 ? '(' + count + ')' : count + ": " + last.text;
+  write(message, {.pid = pid});
 }
 
 void Console::showProgress(const ReadProgress& progress) {

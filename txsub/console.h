@@ -3,6 +3,8 @@
 
 #include <chrono>
 #include <cstdarg>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +17,12 @@
 namespace korr::txsub {
 
 enum class Verbosity { Quiet, Normal, Verbose };
+
+/// Where in the input something came up.
+struct Place {
+  std::uint32_t pid = 0;               ///< 0: unknown
+  std::optional<MediaTime> time = {};  ///< of the stream
+};
 
 /// Messages on standard error, one line each, and, when that is a terminal, a line of progress
 /// under them; also in the logs that the user names. As a logger it takes the messages of
@@ -42,8 +50,12 @@ class Console final : public log::ILogger {
   void note(const std::string& message);     ///< good to know; not with --quiet
   void detail(const std::string& message);   ///< only with --verbose
 
-  /// An exception that the chain let pass: "Error: <message>".
-  void chainError(const char* message);
+  /// A message of a chain, after its place. Equal ones of one PID are counted, whatever is said
+  /// about others in between.
+  void report(log::Level level, const Place& place, const std::string& message);
+
+  /// An exception that the chain let pass: "Error: <message>", after its place.
+  void chainError(const Place& place, const char* message);
 
   /// A line that was asked for, as it stands.
   void print(const std::string& line);
@@ -64,21 +76,29 @@ class Console final : public log::ILogger {
     log::Level level = log::Level::Error;
     std::string_view prefix = "txsub: ";
     bool isShown = true;
+    bool namesInput = false;
     std::string text;
 
     friend bool operator==(const Message&, const Message&) = default;
   };
 
-  void say(Message message);
-  void write(const Message& message);
+  /// The last message, and how often it has come again since it was written.
+  struct Last {
+    Message message;
+    unsigned repeats = 0;
+  };
+
+  void say(Message message, const Place& place = {});
+  void write(const Message& message, const Place& place);
   void flushRepeats();
+  void flushRepeats(std::uint32_t pid);
+  void forget(std::uint32_t pid);  // the next message is written whatever it is
 
   Verbosity verbosity_ = Verbosity::Normal;
   std::string input_;
   std::unique_ptr<log::SinkLogger> logs_;  // null when there are none
   bool areLinesPlain_ = true;              // on standard error; else a log writes there
-  Message last_;
-  unsigned repeats_ = 0;  // of last_, not written yet
+  std::map<std::uint32_t, Last> last_;     // by PID; 0: of all that has none
   bool isTerminal_;
   bool hasProgressLine_ = false;
   Clock::time_point started_;

@@ -94,6 +94,10 @@ class DvbRecording {
                      .height = 9,
                      .fillCode = static_cast<std::uint8_t>(timeOut + 1)})
             .bytes();
+    return send(pid, second, field);
+  }
+
+  DvbRecording& send(std::uint16_t pid, std::uint64_t second, const test_support::Bytes& field) {
     const std::uint64_t pts = ticks(second);
     const auto packet = test_support::pesPacket({.streamId = 0xBD, .pts = pts}, field);
     stream_.tables(program_).pes(pid, packet, pts);
@@ -150,6 +154,26 @@ TEST(DvbRecordings, SayThatNoPageIsShownForAnyTime) {
   const auto mixed = DvbRecording({0x200}).page(0x200, 0, 0).page(0x200, 10, 4).write(directory);
   ASSERT_EQ(convert({mixed, "-o", folder}).exitCode, 0);
   EXPECT_THAT(timesIn(folder), ElementsAre("00:00:10.000-00:00:14.000"));
+}
+
+TEST(DvbRecordings, SayWhereTheyAreDamaged) {
+  const TemporaryDirectory directory;
+  const auto unknown = test_support::DvbEncoder().segment(0x15, {}).bytes();
+  DvbRecording recording({0x200, 0x201});
+  recording.page(0x200, 0, 9).page(0x201, 0, 9);
+  for (std::uint64_t second = 1; second < 7; second += 2) {
+    recording.send(0x200, second, unknown).send(0x201, second + 1, unknown);
+  }
+  recording.send(0x200, 7, {0x21, 0x00, 0xFF}).send(0x200, 8, unknown).sound(9);
+  const std::string warning = "txsub: warning: ";
+  const std::string text = "Unsupported DVB subtitle segment (segment type = 21)\n";
+  const auto result = convert({recording.write(directory), "--all", "-o", directory.file("all")});
+  EXPECT_EQ(result.errors, warning + "PID 0x0200, 11.000 s: " + text +                //
+                               warning + "PID 0x0201, 12.000 s: " + text +            //
+                               "txsub: PID 0x0200: the same 2 more times: " + text +  //
+                               "PID 0x0200, 17.000 s: Error: expected 0x20 in PES_Data_Field\n" +
+                               warning + "PID 0x0200, 18.000 s: " + text +
+                               "txsub: PID 0x0201: the same 2 more times: " + text);
 }
 
 // Whatever the segments are, and wherever other streams end.

@@ -13,7 +13,8 @@ ChainHost::ChainHost(const ChainConfiguration& configuration, SubtitleInputType 
     : configuration_(configuration),
       type_(type),
       format_(std::move(format)),
-      wiring_(std::move(wiring)) {
+      wiring_(std::move(wiring)),
+      reporter_(wiring_.console, wiring_.pid) {
   guarded([this] { start(); });
 }
 
@@ -22,11 +23,25 @@ void ChainHost::push(const InputSample& sample, const SharedSample& shared) {
     checkFormat(sample);
     if (!chain_) start();
     ++past_.samples;
+    noteTime(sample);
     chain_->framer().push(shared);
   });
 }
 
+// The framers of PES payloads hold a unit until the next begins; it is read only then.
+void ChainHost::noteTime(const InputSample& sample) {
+  const auto time = sample.times ? std::optional(sample.times->start) : std::nullopt;
+  if (type_ == SubtitleInputType::ClosedCaption) {
+    reporter_.setTime(time);
+    return;
+  }
+  reporter_.setTime(unitTime_);
+  if (sample.sync || !holdsUnit_) unitTime_ = time;
+  holdsUnit_ = true;
+}
+
 void ChainHost::completeUnit() {
+  if (holdsUnit_) reporter_.setTime(unitTime_);
   if (chain_) guarded([&] { chain_->framer().endOfStream(); });
 }
 
@@ -41,6 +56,8 @@ void ChainHost::checkFormat(const InputSample& sample) {
   if (type_ != SubtitleInputType::Teletext || *sample.format == sampleFormat_) return;
   past_ = counters();
   chain_.reset();
+  holdsUnit_ = false;
+  unitTime_.reset();
   sampleFormat_ = *sample.format;
   if (format_) format_ = *sample.format;
 }
@@ -53,14 +70,18 @@ HostCounters ChainHost::counters() const {
 
 void ChainHost::start() {
   const auto settings =
-      encoding::subtitling::chainSettings(configuration_, type_, format_, &wiring_.console);
+      encoding::subtitling::chainSettings(configuration_, type_, format_, &reporter_);
   page_ = settings.page;
   if (wiring_.makeWriter) {
-    chain_ = std::make_unique<ConversionChain>(wiring_.sink, settings, &wiring_.console,
-                                               wiring_.makeWriter);
+    chain_ =
+        std::make_unique<ConversionChain>(wiring_.sink, settings, &reporter_, wiring_.makeWriter);
   } else {
-    chain_ = std::make_unique<ConversionChain>(wiring_.sink, settings, &wiring_.console);
+    chain_ = std::make_unique<ConversionChain>(wiring_.sink, settings, &reporter_);
   }
+}
+
+void ChainHost::Reporter::logV(log::Level level, const char* format, std::va_list arguments) {
+  console_.report(level, place_, util::vformat(format, arguments));
 }
 
 template <class Action>
@@ -71,7 +92,7 @@ void ChainHost::guarded(Action action) {
     throw;
   } catch (const std::exception& error) {
     ++past_.errors;
-    wiring_.console.chainError(error.what());
+    reporter_.error(error.what());
   }
 }
 

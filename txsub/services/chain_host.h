@@ -1,6 +1,7 @@
 // The conversion chain as the filter's worker runs it, without the worker.
 #pragma once
 
+#include <cstdarg>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -31,7 +32,7 @@ using SharedSample = std::shared_ptr<const encoding::packaging::lib_parse_es::IM
 
 /// Runs one chain over the samples of one stream and rebuilds it when a teletext sample carries
 /// another format block. Exceptions of the chain become "Error: <message>" on the console, and the
-/// next sample goes on.
+/// next sample goes on; what else a chain has to say goes there too, with its place.
 class ChainHost {
  public:
   struct Wiring {
@@ -39,6 +40,7 @@ class ChainHost {
     /// The writer of each chain built; empty: the mode's own.
     encoding::subtitling::ConversionChain::WriterFactory makeWriter;
     Console& console;
+    std::uint32_t pid = 0;  ///< for messages; 0 when there is none
   };
 
   /// Builds the first chain.
@@ -60,6 +62,22 @@ class ChainHost {
   HostCounters counters() const;
 
  private:
+  // What chains say, with the place of the unit at hand.
+  class Reporter final : public log::ILogger {
+   public:
+    Reporter(Console& console, std::uint32_t pid) : console_(console), place_{.pid = pid} {}
+
+    void setTime(std::optional<MediaTime> time) { place_.time = time; }
+    void error(const char* message) { console_.chainError(place_, message); }
+    void logV(log::Level level, const char* format, std::va_list arguments) override;
+    void nameBufferCounters(const char*) override {}
+
+   private:
+    Console& console_;
+    Place place_;
+  };
+
+  void noteTime(const InputSample& sample);
   void checkFormat(const InputSample& sample);
   void start();
   template <class Action>
@@ -70,6 +88,9 @@ class ChainHost {
   FormatBlock format_;
   std::vector<std::uint8_t> sampleFormat_;  // the last one that came with a sample
   Wiring wiring_;
+  Reporter reporter_;
+  bool holdsUnit_ = false;             // the framer does
+  std::optional<MediaTime> unitTime_;  // of that unit
   std::unique_ptr<encoding::subtitling::ConversionChain> chain_;
   std::uint32_t page_ = 0;  // of the chain
   HostCounters past_;       // without what the present chain has counted

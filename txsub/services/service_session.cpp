@@ -76,7 +76,8 @@ CueSession::CueSession(const Service& service, const ChainConfiguration& configu
             {.sink = recorder_,
              .makeWriter =
                  [this](ISubtitleContainer& container) { return recorder_.makeWriter(container); },
-             .console = console}) {
+             .console = console,
+             .pid = service.pid}) {
 }
 
 void CueSession::push(const InputSample& sample, const SharedSample& shared) {
@@ -142,7 +143,8 @@ SampleSession::SampleSession(const Service& service, const ChainConfiguration& c
                  [this, configuration](ISubtitleContainer& container) {
                    return std::make_unique<WatchedWriter>(container, hasShown_, configuration);
                  },
-             .console = console}) {
+             .console = console,
+             .pid = service.pid}) {
 }
 
 }  // namespace korr::txsub
