@@ -167,6 +167,16 @@ void expectSameDocuments(const std::string& delivered, const std::string& refere
   }
 }
 
+// The program says where in the recording a message comes from; the filter leaves that to its host.
+std::string withoutPlaces(const std::string& errors) {
+  std::string text;
+  for (const auto& line : linesOf(errors)) {
+    const auto begin = line.find("Error: ");
+    text += line.substr(begin == std::string::npos ? 0 : begin) + '\n';
+  }
+  return text;
+}
+
 std::string modulePath() {
   WCHAR self[MAX_PATH] = {};
   GetModuleFileNameW(nullptr, self, MAX_PATH);
@@ -217,7 +227,7 @@ TEST_P(Replay, DeliversWhatTheNativeProgramMakes) {
     } else {
       EXPECT_EQ(delivered, reference);
     }
-    EXPECT_EQ(errors.text(), contentOf(one.errors));
+    EXPECT_EQ(errors.text(), withoutPlaces(contentOf(one.errors)));
   }
 }
 
