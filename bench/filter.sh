@@ -10,10 +10,10 @@
 #
 # The chain passes over most of dense teletext at the speed of a copy, so this shows what a graph
 # costs at most: each sample is copied into a buffer, queued, and taken by another thread. Measured
-# here: chain 0.028 s, under Wine 0.032 s; graph 0.036 s, 1.3 times the native chain and 1.14 times the
-# same chain under Wine, 0.13 us more per sample, where a live stream brings 25 samples a second.
-# Receive takes 0.1 to 0.2 us in the median. Other work on the two processors makes single runs two to
-# three times as long.
+# here: chain 0.028 s, under Wine 0.032 s; graph 0.036 to 0.041 s, 1.3 to 1.45 times the native chain
+# and 1.1 to 1.2 times the same chain under Wine, 0.13 to 0.2 us more per sample, where a live stream
+# brings 25 samples a second. Receive takes 0.1 to 0.2 us in the median. Other work on the two
+# processors makes single runs two to three times as long.
 set -eu
 cd "$(dirname "$0")/.."
 root=$PWD
