@@ -1,5 +1,5 @@
 // Pushes a recording through the chain as the graph's filter does, without graph, threads and
-// files, and prints the seconds it took: chain_replay RECORDING PAGE
+// files, and prints the seconds it took: chain_replay RECORDING PAGE OUTPUT
 #include <chrono>
 #include <cstdio>
 #include <string>
