@@ -255,14 +255,10 @@ HRESULT CMemAllocator::GetBuffer(IMediaSample** sample, REFERENCE_TIME*, REFEREN
     korr::platform::spinUntil([this] { return available_ >= manyAvailable_ || !isCommitted_; });
   }
   const Guard guard(lock_);
-  Sample* taken = isCommitted_ ? takeFree() : nullptr;
-  if (!taken && isCommitted_ && (flags & AM_GBF_NOWAIT)) return VFW_E_TIMEOUT;
-  ++waiting_;  // before the next look, so that nobody who gives back later fails to wake
-  while (isCommitted_ && !taken) {
-    taken = takeFree();
-    if (!taken) SleepConditionVariableSRW(&isFree_, &lock_, INFINITE, 0);
-  }
-  --waiting_;
+  if (!isCommitted_) return VFW_E_NOT_COMMITTED;
+  Sample* taken = takeFree();
+  if (!taken && (flags & AM_GBF_NOWAIT)) return VFW_E_TIMEOUT;
+  if (!taken) taken = awaitFree();
   if (!taken) return VFW_E_NOT_COMMITTED;
   taken->goOut();
   *sample = taken;
@@ -276,6 +272,16 @@ CMemAllocator::Sample* CMemAllocator::takeFree() {
   if (!taken) return nullptr;
   free_ = taken->next;
   --available_;
+  return taken;
+}
+
+// Null when the allocator is decommitted. Under the lock, which it lets go of while it waits.
+CMemAllocator::Sample* CMemAllocator::awaitFree() {
+  Sample* taken = nullptr;
+  ++waiting_;  // before the next look, so that nobody who gives back later fails to wake
+  while (isCommitted_ && !(taken = takeFree()))
+    SleepConditionVariableSRW(&isFree_, &lock_, INFINITE, 0);
+  --waiting_;
   return taken;
 }
 

@@ -46,6 +46,7 @@ class CMemAllocator final : public CUnknown, public IMemAllocator {
 
   void makeSamples();
   Sample* takeFree();
+  Sample* awaitFree();
 
   // Samples come back without the lock, on a stack that a taker empties at once when it has used up
   // what it took before: whoever gives back and whoever takes seldom meet.
