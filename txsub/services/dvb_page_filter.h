@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <vector>
 
 #include "txsub/services/service.h"
@@ -12,6 +11,6 @@ namespace korr::txsub {
 /// The data field (EN 300 743, 7.1) with the segments of `pages` only, as if nothing but that
 /// service were on the PID. The CLUTs and objects of the ancillary page, which other services
 /// share, get the composition page's number. A payload that is no whole data field stays as it is.
-std::vector<std::uint8_t> keepPages(std::span<const std::uint8_t> dataField, const DvbPages& pages);
+std::vector<std::uint8_t> keepPages(std::vector<std::uint8_t> dataField, const DvbPages& pages);
 
 }  // namespace korr::txsub

@@ -89,7 +89,7 @@ void CueSession::push(const InputSample& sample, const SharedSample& shared) {
   if (chainTime == start && !pages) return host_.push(sample, shared);
   InputSample adapted = sample;
   adapted.times->start = chainTime;
-  if (pages) adapted.data = keepPages(sample.data, *pages);
+  if (pages) adapted.data = keepPages(std::move(adapted.data), *pages);
   host_.push(adapted, share(adapted));
 }
 
