@@ -54,26 +54,42 @@ void pushCaptions(GraphTestBench& bench, Until until) {
   }
 }
 
+// A sink that keeps every buffer, under a worker that waits for one more.
+class BuffersAllHeld {
+ public:
+  explicit BuffersAllHeld(GraphTestBench& bench) {
+    bench.onReceive = [this](IMediaSample& sample) {
+      kept_.emplace_back(&sample);
+      count_ = kept_.size();
+      return S_OK;
+    };
+    upstream_ = std::jthread([&bench](const std::stop_token& token) {
+      pushCaptions(bench, [&] { return token.stop_requested(); });
+    });
+    while (count_ < 128) std::this_thread::sleep_for(1ms);
+    std::this_thread::sleep_for(20ms);  // and now the worker waits for the 129th
+  }
+
+  /// Ends what comes from upstream, and gives the buffers back.
+  void letGo() {
+    upstream_.request_stop();
+    upstream_.join();
+    kept_.clear();
+  }
+
+ private:
+  std::vector<ComPtr<IMediaSample>> kept_;
+  std::atomic<std::size_t> count_ = 0;
+  std::jthread upstream_;
+};
+
 TEST(Faults, StopsWhileTheSinkHoldsEveryBuffer) {
   GraphTestBench bench({.mode = ConversionMode::Ttml});
-  std::vector<ComPtr<IMediaSample>> kept;
-  std::atomic<std::size_t> count = 0;
-  bench.onReceive = [&](IMediaSample& sample) {
-    kept.emplace_back(&sample);
-    count = kept.size();
-    return S_OK;
-  };
   ASSERT_GE(bench.run(), 0);
-  std::jthread upstream([&](const std::stop_token& token) {
-    pushCaptions(bench, [&] { return token.stop_requested(); });
-  });
-  while (count < 128) std::this_thread::sleep_for(1ms);
-  std::this_thread::sleep_for(20ms);  // and now the worker waits for the 129th
+  BuffersAllHeld held(bench);
   EXPECT_EQ(bench.filter->Stop(), S_OK);
-  upstream.request_stop();
   bench.stop();
-  upstream.join();
-  kept.clear();
+  held.letGo();
 }
 
 TEST(Faults, StopsWhileTheSinkBlocks) {
@@ -117,25 +133,12 @@ TEST(Faults, FlushesWhileTheSinkBlocks) {
 
 TEST(Faults, FlushesWhileTheSinkHoldsEveryBuffer) {
   GraphTestBench bench({.mode = ConversionMode::Ttml});
-  std::vector<ComPtr<IMediaSample>> kept;
-  std::atomic<std::size_t> count = 0;
-  bench.onReceive = [&](IMediaSample& sample) {
-    kept.emplace_back(&sample);
-    count = kept.size();
-    return S_OK;
-  };
   ASSERT_GE(bench.run(), 0);
-  std::jthread upstream([&](const std::stop_token& token) {
-    pushCaptions(bench, [&] { return token.stop_requested(); });
-  });
-  while (count < 128) std::this_thread::sleep_for(1ms);
-  std::this_thread::sleep_for(20ms);  // and now the worker waits for the 129th
+  BuffersAllHeld held(bench);
   EXPECT_EQ(bench.source->beginFlush(), S_OK);
-  upstream.request_stop();
-  upstream.join();
+  held.letGo();
   EXPECT_EQ(bench.source->endOfStream(), S_OK);  // late, so it is of before the flush
   EXPECT_EQ(bench.source->endFlush(), S_OK);
-  kept.clear();
   std::atomic<int> delivered = 0;
   bench.onReceive = [&](IMediaSample&) {
     ++delivered;
