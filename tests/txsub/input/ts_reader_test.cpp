@@ -342,7 +342,7 @@ TEST(TsReader, ATornPictureIsLeftOut) {
   stream.tables(program()).pcr(kVideoPid, 0);
   stream.pes(kDvbPid, dvbPes(1 * kTicks, dvbField(1000)));
   Bytes torn = TsBuilder().pes(kDvbPid, dvbPes(2 * kTicks, dvbField(1000))).take();
-  torn.resize(torn.size() - 2 * TsBuilder::kPacketBytes);
+  torn.erase(torn.end() - 2 * TsBuilder::kPacketBytes, torn.end());
   stream.raw(torn);
   stream.pes(kDvbPid, dvbPes(3 * kTicks, dvbField(1000)));
   const Reading reading(stream.bytes());
