@@ -10,7 +10,7 @@ TimedTextBuilder::TimedTextBuilder(IOutputSink& sink, std::unique_ptr<ISubtitleP
     : settings_(settings), sink_(sink), parser_(std::move(parser)), writer_(std::move(writer)) {
 }
 
-void TimedTextBuilder::onNal(std::unique_ptr<packaging::lib_parse_es::NAL> unit) {
+void TimedTextBuilder::onNal(packaging::lib_parse_es::UniqueNAL unit) {
   const auto& payload = unit->payload;
   ++counters_.units;
   counters_.unitBytes += payload.size();

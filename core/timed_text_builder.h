@@ -27,7 +27,7 @@ class TimedTextBuilder final : public packaging::lib_parse_es::NALListener {
   TimedTextBuilder(IOutputSink& sink, std::unique_ptr<ISubtitleParser> parser,
                    std::unique_ptr<ISubtitleConverter> writer, Settings settings);
 
-  void onNal(std::unique_ptr<packaging::lib_parse_es::NAL> unit) override;
+  void onNal(packaging::lib_parse_es::UniqueNAL unit) override;
 
   /// Does nothing: the pending document is not flushed at end of stream.
   void onEndOfStream() override {}

@@ -1,6 +1,7 @@
 // Access units, who makes them and who takes them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -29,12 +30,46 @@ struct NAL {
   }
 };
 
+/// Makes units, the next one of the memory that the last one gave back. Must outlive its units. Not
+/// thread-safe.
+class NALPool {
+ public:
+  /// Gives a unit back to its pool.
+  struct Return {
+    NALPool* pool = nullptr;  ///< null: the unit is no pool's
+
+    void operator()(NAL* unit) const { pool ? pool->keep(unit) : delete unit; }
+  };
+
+  /// An empty unit.
+  std::unique_ptr<NAL, Return> make() {
+    auto unit = spare_ ? std::move(spare_) : std::make_unique<NAL>();
+    return {unit.release(), {this}};
+  }
+
+ private:
+  /// In bytes. As much as a PES packet can say that it has; what is longer is rare.
+  static constexpr std::size_t kMostKept = 65'536;
+
+  void keep(NAL* unit) {
+    spare_.reset(unit);
+    if (unit->payload.capacity() > kMostKept) return spare_.reset();
+    unit->payload.clear();
+    *unit = NAL{.payload = std::move(unit->payload)};
+  }
+
+  std::unique_ptr<NAL> spare_;
+};
+
+/// A unit and its ownership.
+using UniqueNAL = std::unique_ptr<NAL, NALPool::Return>;
+
 /// Takes the units of a builder, each with its ownership.
 class NALListener {
  public:
   virtual ~NALListener() = default;
 
-  virtual void onNal(std::unique_ptr<NAL> unit) = 0;
+  virtual void onNal(UniqueNAL unit) = 0;
   virtual void onEndOfStream() = 0;
 };
 
@@ -55,10 +90,12 @@ class NALBuilder {
   virtual void endOfStream() = 0;
 
  protected:
-  virtual void deliver(std::unique_ptr<NAL> unit) { listener_->onNal(std::move(unit)); }
+  UniqueNAL makeUnit() { return pool_.make(); }
+  virtual void deliver(UniqueNAL unit) { listener_->onNal(std::move(unit)); }
   virtual void forwardEndOfStream() { listener_->onEndOfStream(); }
 
  private:
+  NALPool pool_;
   NALListener* listener_ = nullptr;
 };
 

@@ -15,7 +15,7 @@ std::size_t lengthOf(const IMediaItem& item) {
 
 Result NALBuilderQueued::push(std::shared_ptr<const IMediaItem> item) {
   // The item joins the queue before the listener can throw, so that it is never lost.
-  std::unique_ptr<NAL> complete;
+  UniqueNAL complete;
   if (!pending_.empty() && item->startFlag()) complete = assemble();
   pending_.push_back(std::move(item));
   if (complete) deliver(std::move(complete));
@@ -31,11 +31,11 @@ void NALBuilderQueued::endOfStream() {
 
 // Empties the queue into one unit. An item without a payload is dropped together with the unit
 // begun; what follows it stays queued.
-std::unique_ptr<NAL> NALBuilderQueued::assemble() {
+UniqueNAL NALBuilderQueued::assemble() {
   std::size_t size = 0;
   for (const auto& item : pending_) size += lengthOf(*item);
 
-  auto unit = std::make_unique<NAL>();
+  auto unit = makeUnit();
   unit->type = type_;
   unit->payload.reserve(size);
   for (bool isFirst = true; !pending_.empty(); isFirst = false) {

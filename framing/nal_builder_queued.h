@@ -24,7 +24,7 @@ class NALBuilderQueued : public NALBuilder {
   explicit NALBuilderQueued(std::int32_t type) : type_(type) {}
 
  private:
-  std::unique_ptr<NAL> assemble();
+  UniqueNAL assemble();
 
   std::int32_t type_;
   std::deque<std::shared_ptr<const IMediaItem>> pending_;  // in arrival order

@@ -9,7 +9,7 @@ Result NALBuilderRaw::push(std::shared_ptr<const IMediaItem> item) {
   const Result result = item->payload(data);
   if (failed(result)) return result;
 
-  auto unit = std::make_unique<NAL>();
+  auto unit = makeUnit();
   unit->type = type_;
   unit->takeTimeAndFlags(*item);
   unit->payload.assign(data, data + length);

@@ -12,6 +12,7 @@ namespace korr::encoding::subtitling {
 namespace {
 
 using packaging::lib_parse_es::NAL;
+using packaging::lib_parse_es::UniqueNAL;
 using test_support::Delivered;
 using test_support::RecordingSink;
 using testing::ElementsAre;
@@ -74,7 +75,7 @@ class TimingRule : public testing::Test {
  protected:
   void unitAt(double seconds, bool changed = false) {
     script.changed = changed;
-    auto unit = std::make_unique<NAL>();
+    UniqueNAL unit(new NAL);
     unit->hasTime = true;
     unit->startTime = static_cast<MediaTime>(seconds * kSecond);
     builder().onNal(std::move(unit));
@@ -113,7 +114,7 @@ class TimingRule : public testing::Test {
 };
 
 TEST_F(TimingRule, DiscardsUnitsWithoutATime) {
-  builder().onNal(std::make_unique<NAL>());
+  builder().onNal(UniqueNAL(new NAL));
   EXPECT_THAT(script.parsed, IsEmpty());
   EXPECT_EQ(builder().counters().untimedUnits, 1u);
 }

@@ -20,7 +20,7 @@ using testing::ElementsAre;
 /// Keeps the units and can refuse the next.
 class UnitRecorder final : public NALListener {
  public:
-  void onNal(std::unique_ptr<NAL> unit) override {
+  void onNal(UniqueNAL unit) override {
     if (throwsOnce) {
       throwsOnce = false;
       throw std::runtime_error("refused");
