@@ -11,6 +11,7 @@
 #include <optional>
 
 #include "filter/counting_semaphore.h"
+#include "platform/cache_line.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 
@@ -44,10 +45,11 @@ class SampleQueue {
  private:
   std::optional<Entry> takeCounted();
 
-  CountingSemaphore semaphore_;
+  // Both threads touch all of this at every sample: it takes as few cache lines as it can.
+  alignas(platform::kCacheLine) CountingSemaphore semaphore_;
   CCritSec lock_;  // upstream pushes, the worker takes, state changes drain
-  std::deque<Entry> entries_;
   std::atomic<std::uint32_t> generation_ = 0;  // written under the lock
+  alignas(platform::kCacheLine) std::deque<Entry> entries_;
 };
 
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

@@ -31,8 +31,8 @@ HRESULT check(const ALLOCATOR_PROPERTIES& wanted) {
 
 }  // namespace
 
-/// One sample. While it is out it holds a reference on its allocator.
-class CMemAllocator::Sample final : public IMediaSample {
+/// One sample. While it is out it keeps its allocator alive.
+class alignas(korr::platform::kCacheLine) CMemAllocator::Sample final : public IMediaSample {
  public:
   Sample(CMemAllocator* allocator, BYTE* bytes, LONG size)
       : allocator_(allocator), bytes_(bytes), size_(size) {}
@@ -42,12 +42,11 @@ class CMemAllocator::Sample final : public IMediaSample {
   /// The one behind in a list of free samples.
   Sample* next = nullptr;
 
-  /// Counts the caller's reference.
+  /// As long as its buffer and without any property, with a reference for the caller.
   void goOut() {
-    allocator_->AddRef();
     references_ = 1;
+    length_ = size_;
     state_ = {};
-    state_.length = size_;
   }
 
   // IUnknown
@@ -62,10 +61,8 @@ class CMemAllocator::Sample final : public IMediaSample {
   ULONG STDMETHODCALLTYPE Release() override {
     const LONG left = --references_;
     if (left == 0) {
-      state_.type.reset();
-      CMemAllocator* const allocator = allocator_;
-      allocator->ReleaseBuffer(this);
-      allocator->Release();  // which may end this sample too
+      if (state_.hasType) type_.reset();
+      allocator_->ReleaseBuffer(this);  // which may end this sample
     }
     return static_cast<ULONG>(left);
   }
@@ -78,35 +75,40 @@ class CMemAllocator::Sample final : public IMediaSample {
     return S_OK;
   }
   LONG STDMETHODCALLTYPE GetSize() override { return size_; }
-  LONG STDMETHODCALLTYPE GetActualDataLength() override { return state_.length; }
+  LONG STDMETHODCALLTYPE GetActualDataLength() override { return length_; }
   HRESULT STDMETHODCALLTYPE SetActualDataLength(LONG length) override {
     if (length < 0 || length > size_) return VFW_E_BUFFER_OVERFLOW;
-    state_.length = length;
+    length_ = length;
     return S_OK;
   }
 
   HRESULT STDMETHODCALLTYPE GetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override {
     if (!start || !stop) return E_POINTER;
-    if (!state_.time.start) return VFW_E_SAMPLE_TIME_NOT_SET;
-    *start = *state_.time.start;
-    *stop = state_.time.stop.value_or(*start + 1);
-    return state_.time.stop ? S_OK : VFW_S_NO_STOP_TIME;
+    if (!state_.hasStart) return VFW_E_SAMPLE_TIME_NOT_SET;
+    *start = state_.start;
+    *stop = state_.hasStop ? state_.stop : *start + 1;
+    return state_.hasStop ? S_OK : VFW_S_NO_STOP_TIME;
   }
   HRESULT STDMETHODCALLTYPE SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override {
     if (!start && stop) return E_INVALIDARG;
-    state_.time = {valueOf(start), valueOf(stop)};
+    state_.hasStart = start != nullptr;
+    state_.hasStop = stop != nullptr;
+    if (start) state_.start = *start;
+    if (stop) state_.stop = *stop;
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetMediaTime(LONGLONG* start, LONGLONG* stop) override {
     if (!start || !stop) return E_POINTER;
-    if (!state_.mediaTime.start) return VFW_E_MEDIA_TIME_NOT_SET;
-    *start = *state_.mediaTime.start;
-    *stop = *state_.mediaTime.stop;
+    if (!state_.hasMediaTime) return VFW_E_MEDIA_TIME_NOT_SET;
+    *start = mediaStart_;
+    *stop = mediaStop_;
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE SetMediaTime(LONGLONG* start, LONGLONG* stop) override {
     if (!start != !stop) return E_POINTER;
-    state_.mediaTime = {valueOf(start), valueOf(stop)};
+    state_.hasMediaTime = start != nullptr;
+    if (start) mediaStart_ = *start;
+    if (stop) mediaStop_ = *stop;
     return S_OK;
   }
 
@@ -122,46 +124,48 @@ class CMemAllocator::Sample final : public IMediaSample {
   HRESULT STDMETHODCALLTYPE GetMediaType(AM_MEDIA_TYPE** type) override {
     if (!type) return E_POINTER;
     *type = nullptr;
-    if (!state_.type) return S_FALSE;
-    *type = CreateMediaType(state_.type.get());
+    if (!state_.hasType) return S_FALSE;
+    *type = CreateMediaType(type_.get());
     return *type ? S_OK : E_OUTOFMEMORY;
   }
   HRESULT STDMETHODCALLTYPE SetMediaType(AM_MEDIA_TYPE* type) override {
     return withoutThrowing([&] {
-      state_.type = type ? std::make_unique<CMediaType>(*type) : nullptr;
+      if (type || state_.hasType) type_ = type ? std::make_unique<CMediaType>(*type) : nullptr;
+      state_.hasType = type != nullptr;
       return S_OK;
     });
   }
 
  private:
-  struct Interval {
-    std::optional<LONGLONG> start;
-    std::optional<LONGLONG> stop;
-  };
   struct State {
-    LONG length = 0;  // bytes
-    Interval time;    // 100 ns
-    Interval mediaTime;
     bool isSyncPoint = false;
     bool isPreroll = false;
     bool isDiscontinuity = false;
-    std::unique_ptr<CMediaType> type;
+    bool hasStart = false;
+    bool hasStop = false;
+    bool hasMediaTime = false;
+    bool hasType = false;
+    LONGLONG start = 0;  // 100 ns
+    LONGLONG stop = 0;
   };
 
-  static std::optional<LONGLONG> valueOf(const LONGLONG* value) {
-    return value ? std::optional(*value) : std::nullopt;
-  }
   static HRESULT answer(bool flag) { return flag ? S_OK : S_FALSE; }
   static HRESULT set(bool& flag, BOOL is) {
     flag = is != FALSE;
     return S_OK;
   }
 
+  // What every use of a sample touches, up to the state, lies in its first cache line.
+  std::atomic<LONG> references_ = 0;
+  LONG length_ = 0;  // bytes
   CMemAllocator* allocator_;
   BYTE* bytes_;
-  LONG size_;
-  std::atomic<LONG> references_ = 0;
   State state_;
+
+  LONG size_;
+  LONGLONG mediaStart_ = 0;
+  LONGLONG mediaStop_ = 0;
+  std::unique_ptr<CMediaType> type_;
 };
 
 HRESULT CMemAllocator::create(IMemAllocator** allocator) {
@@ -186,10 +190,9 @@ HRESULT CMemAllocator::SetProperties(ALLOCATOR_PROPERTIES* wanted, ALLOCATOR_PRO
   if (FAILED(result)) return result;
   const Guard guard(lock_);
   if (isCommitted_) return VFW_E_ALREADY_COMMITTED;
-  if (available_ != samples_.size()) return VFW_E_BUFFERS_OUTSTANDING;
+  if (out() != 0) return VFW_E_BUFFERS_OUTSTANDING;
   free_ = nullptr;
   returned_ = nullptr;
-  available_ = 0;
   samples_.clear();
   properties_ = *wanted;
   *granted = properties_;
@@ -233,8 +236,7 @@ void CMemAllocator::makeSamples() {
     sample->next = free_;
     free_ = sample.get();
   }
-  available_ = count;
-  manyAvailable_ = count - count / 4;
+  fewOut_ = count / 4;
   samples_.swap(samples);
   memory_.swap(memory);
 }
@@ -250,16 +252,21 @@ HRESULT CMemAllocator::GetBuffer(IMediaSample** sample, REFERENCE_TIME*, REFEREN
                                  DWORD flags) {
   if (!sample) return E_POINTER;
   *sample = nullptr;
-  if (!(flags & AM_GBF_NOWAIT) && available_ == 0) {
-    // Not for the first one back: who takes each at once disturbs who gives back.
-    korr::platform::spinUntil([this] { return available_ >= manyAvailable_ || !isCommitted_; });
+  const bool mayWait = !(flags & AM_GBF_NOWAIT);
+  Sample* taken = nullptr;
+  {
+    const Guard guard(lock_);
+    if (!isCommitted_) return VFW_E_NOT_COMMITTED;
+    taken = takeFree();
+    if (!taken && !mayWait) return VFW_E_TIMEOUT;
   }
-  const Guard guard(lock_);
-  if (!isCommitted_) return VFW_E_NOT_COMMITTED;
-  Sample* taken = takeFree();
-  if (!taken && (flags & AM_GBF_NOWAIT)) return VFW_E_TIMEOUT;
-  if (!taken) taken = awaitFree();
-  if (!taken) return VFW_E_NOT_COMMITTED;
+  if (!taken) {
+    // Not for the first one back: who takes each at once disturbs who gives back.
+    korr::platform::spinUntil([this] { return out() <= fewOut_ || !isCommitted_; });
+    const Guard guard(lock_);
+    taken = awaitFree();
+    if (!taken) return VFW_E_NOT_COMMITTED;
+  }
   taken->goOut();
   *sample = taken;
   return S_OK;
@@ -271,7 +278,7 @@ CMemAllocator::Sample* CMemAllocator::takeFree() {
   Sample* const taken = free_;
   if (!taken) return nullptr;
   free_ = taken->next;
-  --available_;
+  taken_.store(taken_ + 1);
   return taken;
 }
 
@@ -291,10 +298,20 @@ HRESULT CMemAllocator::ReleaseBuffer(IMediaSample* sample) {
   returned->next = returned_;
   while (!returned_.compare_exchange_weak(returned->next, returned)) {
   }
-  ++available_;
   if (waiting_ != 0) {
     const Guard guard(lock_);
     WakeConditionVariable(&isFree_);
   }
+  if (back_.fetch_add(1) + 1 == kOrphaned) delete this;
   return S_OK;
+}
+
+// With the last reference nothing can be taken any more: `back_` now says how many are missing from
+// `kOrphaned`, and whoever makes it complete ends the allocator.
+ULONG CMemAllocator::NonDelegatingRelease() {
+  const LONG left = --m_cRef;
+  if (left != 0) return static_cast<ULONG>(left);
+  const std::uint64_t taken = taken_;
+  if (back_.fetch_add(kOrphaned - taken) == taken) delete this;
+  return 0;
 }

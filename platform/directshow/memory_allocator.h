@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "platform/cache_line.h"
 #include "platform/directshow/unknown.h"
 
 /// A fixed number of samples of one size. It enters the kernel only to wait, where the platform's
@@ -20,6 +21,7 @@ class CMemAllocator final : public CUnknown, public IMemAllocator {
   ~CMemAllocator() override;
 
   DECLARE_IUNKNOWN
+  ULONG STDMETHODCALLTYPE NonDelegatingRelease() override;
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** object) override;
 
   // IMemAllocator
@@ -48,14 +50,22 @@ class CMemAllocator final : public CUnknown, public IMemAllocator {
   Sample* takeFree();
   Sample* awaitFree();
 
+  /// How many samples are out.
+  std::uint64_t out() const { return taken_ - back_; }
+
+  // In `back_`, less the samples still out: only those keep the allocator alive.
+  static constexpr std::uint64_t kOrphaned = std::uint64_t{1} << 63;
+
   // Samples come back without the lock, on a stack that a taker empties at once when it has used up
   // what it took before: whoever gives back and whoever takes seldom meet.
-  std::atomic<Sample*> returned_ = nullptr;
-  std::atomic<std::size_t> available_ = 0;
-  std::atomic<std::size_t> manyAvailable_ = 0;
-  std::atomic<int> waiting_ = 0;  // threads that need to be woken
+  alignas(korr::platform::kCacheLine) std::atomic<Sample*> returned_ = nullptr;
+  std::atomic<std::uint64_t> back_ = 0;  // how many samples ever came back
+  std::atomic<int> waiting_ = 0;         // threads that need to be woken
 
-  SRWLOCK lock_ = SRWLOCK_INIT;  // over what follows, and over taking
+  // How many samples ever went out; written under the lock.
+  alignas(korr::platform::kCacheLine) std::atomic<std::uint64_t> taken_ = 0;
+  std::atomic<std::uint64_t> fewOut_ = 0;
+  SRWLOCK lock_ = SRWLOCK_INIT;  // over taking, and over what follows
   CONDITION_VARIABLE isFree_ = CONDITION_VARIABLE_INIT;
   std::atomic<bool> isCommitted_ = false;  // written under the lock
   ALLOCATOR_PROPERTIES properties_ = {};

@@ -142,4 +142,20 @@ TEST_F(MemoryAllocator, LivesAsLongAsItsSamples) {
   EXPECT_EQ(CBaseObject::ObjectsActive(), others);
 }
 
+TEST_F(MemoryAllocator, EndsOnceWhenSamplesAndReferencesGoAtTheSameTime) {
+  allocator_.Reset();
+  const LONG others = CBaseObject::ObjectsActive();
+  for (int i = 0; i < 200; ++i) {
+    CMemAllocator::create(&allocator_);
+    commitTwoSamples();
+    ComPtr<IMediaSample> samples[2];
+    for (auto& sample : samples) ASSERT_EQ(get(sample), S_OK);
+    auto elsewhere = std::async(std::launch::async, [&] { samples[0].Reset(); });
+    samples[1].Reset();
+    allocator_.Reset();
+    elsewhere.get();
+    ASSERT_EQ(CBaseObject::ObjectsActive(), others);
+  }
+}
+
 }  // namespace

@@ -1,0 +1,12 @@
+// How far apart data must lie for threads not to disturb each other.
+#pragma once
+
+#include <cstddef>
+
+namespace korr::platform::inline v2_1 {
+
+/// In bytes. Data that one thread writes and others do not read is kept off lines that they use: a
+/// line that changes hands costs a hundred nanoseconds and more.
+inline constexpr std::size_t kCacheLine = 64;
+
+}  // namespace korr::platform::inline v2_1
