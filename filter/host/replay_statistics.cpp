@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <unordered_map>
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
 
@@ -34,8 +35,7 @@ double quantile(std::vector<double> values, double share) {
 
 }  // namespace
 
-ReplayStatistics::ReplayStatistics(const Recording& recording) {
-  for (const auto& [time, sample] : unitCompletions(recording)) completions_.emplace(time, sample);
+ReplayStatistics::ReplayStatistics(const Recording& recording) : recording_(recording) {
   pushedAt_.resize(recording.samples.size());
   receiveMicroseconds_.reserve(recording.samples.size());
 }
@@ -46,20 +46,21 @@ void ReplayStatistics::notePushed(std::size_t sample, Clock::time_point began) {
   pushedAt_[sample] = began;
 }
 
-void ReplayStatistics::noteDelivered(txsub::MediaTime stop) {
-  const auto now = Clock::now();
-  ++delivered_;
-  const std::size_t pushed = pushed_;
-  // Segments within an interval end where no unit is.
-  const auto completion = completions_.find(stop);
-  if (completion == completions_.end() || completion->second >= pushed) return;
-  depths_.push_back(static_cast<double>(pushed - 1 - completion->second));
-  if (!isTimed(completion->second)) return;
-  const auto waited = now - pushedAt_[completion->second];
-  latencyMilliseconds_.push_back(std::chrono::duration<double, std::milli>(waited).count());
-}
-
 std::string ReplayStatistics::summary() const {
+  std::unordered_map<txsub::MediaTime, std::size_t> completions;  // unit time to sample
+  for (const auto& [time, sample] : unitCompletions(recording_)) completions.emplace(time, sample);
+  std::vector<double> latencyMilliseconds;
+  std::vector<double> depths;
+  for (const auto& delivery : deliveries_) {
+    // Segments within an interval end where no unit is.
+    const auto completion = completions.find(delivery.stop);
+    if (completion == completions.end() || completion->second >= delivery.pushed) continue;
+    const std::size_t sample = completion->second;
+    depths.push_back(static_cast<double>(delivery.pushed - 1 - sample));
+    if (!isTimed(sample)) continue;
+    const auto waited = delivery.at - pushedAt_[sample];
+    latencyMilliseconds.push_back(std::chrono::duration<double, std::milli>(waited).count());
+  }
   const auto began = pushed_ == 0 ? end_ : pushedAt_.front();
   const double elapsed = std::chrono::duration<double>(end_ - began).count();
   std::array<char, 400> text{};
@@ -67,10 +68,10 @@ std::string ReplayStatistics::summary() const {
                 "%zu samples in, %zu out, %.4f s (CPU %.3f s); Receive median %.1f us, 99 %% "
                 "%.1f us; latency median %.3f ms, 99 %% %.3f ms; samples waiting median %.0f, most "
                 "%.0f",
-                pushed_.load(), delivered_, elapsed, cpuSeconds(),
+                pushed_.load(), deliveries_.size(), elapsed, cpuSeconds(),
                 quantile(receiveMicroseconds_, 0.5), quantile(receiveMicroseconds_, 0.99),
-                quantile(latencyMilliseconds_, 0.5), quantile(latencyMilliseconds_, 0.99),
-                quantile(depths_, 0.5), quantile(depths_, 1));
+                quantile(latencyMilliseconds, 0.5), quantile(latencyMilliseconds, 0.99),
+                quantile(depths, 0.5), quantile(depths, 1));
   return text.data();
 }
 

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "filter/host/recording.h"
@@ -18,6 +17,7 @@ class ReplayStatistics {
  public:
   using Clock = std::chrono::steady_clock;
 
+  /// `recording` is not copied and must outlive this.
   explicit ReplayStatistics(const Recording& recording);
 
   /// Takes the time of `push`, which hands `sample` to the filter.
@@ -34,7 +34,9 @@ class ReplayStatistics {
   }
 
   /// A document up to `stop` has come out.
-  void noteDelivered(txsub::MediaTime stop);
+  void noteDelivered(txsub::MediaTime stop) {
+    deliveries_.push_back({stop, pushed_, Clock::now()});
+  }
 
   /// The end of the stream has come through.
   void noteEnd() { end_ = Clock::now(); }
@@ -50,13 +52,17 @@ class ReplayStatistics {
 
   void notePushed(std::size_t sample, Clock::time_point began);
 
-  std::unordered_map<txsub::MediaTime, std::size_t> completions_;  // unit time to sample
+  struct Delivery {
+    txsub::MediaTime stop = 0;
+    std::size_t pushed = 0;  // samples, so far
+    Clock::time_point at;
+  };
+
+  const Recording& recording_;
   std::vector<Clock::time_point> pushedAt_;  // of timed samples below `pushed_`
   std::vector<double> receiveMicroseconds_;
   std::atomic<std::size_t> pushed_ = 0;
-  std::vector<double> latencyMilliseconds_;
-  std::vector<double> depths_;
-  std::size_t delivered_ = 0;
+  std::vector<Delivery> deliveries_;
   Clock::time_point end_;
 };
 
