@@ -8,12 +8,12 @@
 
 #include "closed_caption/closed_caption_parser.h"
 #include "core/conversion_chain.h"
-#include "tests/support/caption_builder.h"
+#include "samples/encoders/caption_builder.h"
 
 namespace korr::encoding::subtitling {
 namespace {
 
-using test_support::CaptionBuilder;
+using encoders::CaptionBuilder;
 
 constexpr std::size_t kTripletBytes = 3;
 

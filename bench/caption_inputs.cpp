@@ -3,18 +3,18 @@
 #include <array>
 
 #include "bench/video_stream.h"
+#include "samples/encoders/caption_builder.h"
 #include "samples/line21.h"
-#include "tests/support/caption_builder.h"
 
 namespace korr::bench {
 namespace {
 
+using encoders::CaptionBuilder;
+using encoders::pesPacket;
+using encoders::TsBuilder;
+using encoders::TsProgram;
+using encoders::TsStream;
 using samples::Line21;
-using test_support::CaptionBuilder;
-using test_support::pesPacket;
-using test_support::TsBuilder;
-using test_support::TsProgram;
-using test_support::TsStream;
 
 constexpr std::size_t kFramesPerSecond = VideoStream::kFramesPerSecond;
 

@@ -5,19 +5,19 @@
 #include <random>
 #include <string>
 
+#include "samples/encoders/dvb_encoder.h"
+#include "samples/encoders/ts_builder.h"
 #include "samples/text_picture.h"
-#include "tests/support/dvb_encoder.h"
-#include "tests/support/ts_builder.h"
 
 namespace korr::bench {
 namespace {
 
-using test_support::Bytes;
-using test_support::DvbEncoder;
-using test_support::Pes;
-using test_support::pesPacket;
-using test_support::TsBuilder;
-using test_support::TsProgram;
+using encoders::Bytes;
+using encoders::DvbEncoder;
+using encoders::Pes;
+using encoders::pesPacket;
+using encoders::TsBuilder;
+using encoders::TsProgram;
 
 constexpr std::uint16_t kPid = 0x200;
 

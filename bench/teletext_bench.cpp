@@ -1,8 +1,8 @@
 // How fast teletext packets pass the parser: those of other magazines and pages, and those shown.
 #include <benchmark/benchmark.h>
 
+#include "samples/encoders/teletext_encoder.h"
 #include "teletext/teletext_parser.h"
-#include "tests/support/teletext_encoder.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext {
 namespace {
@@ -12,12 +12,12 @@ constexpr std::uint32_t kPage = 0x888;
 /// Feeds a page of 24 rows that comes again and again.
 void parsePage(benchmark::State& state, std::uint32_t page) {
   constexpr std::uint32_t kRows = 24;
-  std::vector<test_support::TeletextPacket> packets{test_support::headerPacket({.page = page})};
+  std::vector<encoders::TeletextPacket> packets{encoders::headerPacket({.page = page})};
   for (std::uint32_t row = 1; row <= kRows; ++row) {
     packets.push_back(
-        test_support::rowPacket(page, row, "\x0D\v\vTwo colours \x03in a row of text\n\n"));
+        encoders::rowPacket(page, row, "\x0D\v\vTwo colours \x03in a row of text\n\n"));
   }
-  const auto field = test_support::teletextDataField(packets);
+  const auto field = encoders::teletextDataField(packets);
   TeletextParser parser(kPage, 0);
   MediaTime time = 0;
   for (auto _ : state) {

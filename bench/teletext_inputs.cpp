@@ -5,20 +5,20 @@
 #include <string>
 
 #include "bench/video_stream.h"
-#include "tests/support/teletext_encoder.h"
+#include "samples/encoders/teletext_encoder.h"
 
 namespace korr::bench {
 namespace {
 
-using test_support::headerPacket;
-using test_support::Pes;
-using test_support::pesPacket;
-using test_support::rowPacket;
-using test_support::stuffedTeletextDataField;
-using test_support::TeletextPacket;
-using test_support::TsBuilder;
-using test_support::TsProgram;
-using test_support::TsStream;
+using encoders::headerPacket;
+using encoders::Pes;
+using encoders::pesPacket;
+using encoders::rowPacket;
+using encoders::stuffedTeletextDataField;
+using encoders::TeletextPacket;
+using encoders::TsBuilder;
+using encoders::TsProgram;
+using encoders::TsStream;
 
 constexpr std::uint16_t kVideoPid = 0x100;
 constexpr std::uint16_t kTeletextPid = 0x102;

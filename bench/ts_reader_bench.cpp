@@ -4,19 +4,19 @@
 #include <algorithm>
 #include <span>
 
-#include "tests/support/ts_builder.h"
-#include "tests/support/video_builder.h"
+#include "samples/encoders/ts_builder.h"
+#include "samples/encoders/video_builder.h"
 #include "txsub/input/ts_reader.h"
 
 namespace korr::txsub {
 namespace {
 
-using test_support::Bytes;
-using test_support::Pes;
-using test_support::pesPacket;
-using test_support::TsBuilder;
-using test_support::TsProgram;
-using test_support::TsStream;
+using encoders::Bytes;
+using encoders::Pes;
+using encoders::pesPacket;
+using encoders::TsBuilder;
+using encoders::TsProgram;
+using encoders::TsStream;
 
 constexpr std::uint16_t kVideoPid = 0x100;
 constexpr std::uint16_t kTeletextPid = 0x101;
@@ -36,10 +36,10 @@ Bytes recording() {
     const std::uint64_t pts = i * kFrameTicks;
     stream.pes(kVideoPid,
                pesPacket({.pts = pts, .unbounded = true},
-                         test_support::encode({.codec = VideoCodec::H264,
-                                               .triplets = test_support::textTriplets("ab"),
-                                               .slices = 4,
-                                               .sliceBytes = 12'000})),
+                         encoders::encode({.codec = VideoCodec::H264,
+                                           .triplets = encoders::textTriplets("ab"),
+                                           .slices = 4,
+                                           .sliceBytes = 12'000})),
                pts);
     stream.pes(kTeletextPid,
                pesPacket({.streamId = Pes::kPrivateStream1, .pts = pts, .headerDataLength = 0x24},

@@ -4,20 +4,20 @@
 #include <algorithm>
 #include <random>
 
-#include "tests/support/video_builder.h"
+#include "samples/encoders/video_builder.h"
 #include "txsub/input/video_captions.h"
 
 namespace korr::txsub {
 namespace {
 
-using test_support::Bytes;
+using encoders::Bytes;
 
 /// A picture with captions whose slices hold noise, as real ones do.
 Bytes picture(VideoCodec codec, std::size_t slices, std::size_t sliceBytes) {
-  Bytes bytes = encode(test_support::Picture{.codec = codec,
-                                             .triplets = test_support::textTriplets("ab"),
-                                             .slices = slices,
-                                             .sliceBytes = sliceBytes});
+  Bytes bytes = encode(encoders::Picture{.codec = codec,
+                                         .triplets = encoders::textTriplets("ab"),
+                                         .slices = slices,
+                                         .sliceBytes = sliceBytes});
   std::mt19937 random{1};
   for (auto& byte : bytes) {
     if (byte == 0x55) byte = static_cast<std::uint8_t>(random() % 255 + 1);

@@ -1,15 +1,15 @@
 #include "bench/video_stream.h"
 
-#include "tests/support/video_builder.h"
+#include "samples/encoders/video_builder.h"
 
 namespace korr::bench {
 namespace {
 
-using test_support::captionSeiMessage;
-using test_support::join;
-using test_support::pesPacket;
-using test_support::seiUnit;
-using test_support::TsBuilder;
+using encoders::captionSeiMessage;
+using encoders::join;
+using encoders::pesPacket;
+using encoders::seiUnit;
+using encoders::TsBuilder;
 
 constexpr std::size_t kGroup = 15;  // pictures
 
@@ -42,7 +42,7 @@ void VideoStream::addPicture(TsBuilder& stream) {
 Bytes VideoStream::picture(std::size_t shown, bool idr, std::size_t size) {
   constexpr std::size_t kSlices = 4;
   Bytes bytes{0, 0, 0, 1, 0x09, 0xF0};
-  if (idr) bytes = join({bytes, test_support::h264ParameterSets()});
+  if (idr) bytes = join({bytes, encoders::h264ParameterSets()});
   if (captions_) {
     bytes = join({bytes, seiUnit(txsub::VideoCodec::H264, captionSeiMessage(captions_(shown)))});
   }

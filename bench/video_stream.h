@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/ts_builder.h"
+#include "samples/encoders/ts_builder.h"
 
 namespace korr::bench {
 
-using test_support::Bytes;
+using encoders::Bytes;
 
 /// What entropy-coded pictures look like to whoever searches them: noise in which emulation
 /// prevention has left no start code.
@@ -56,7 +56,7 @@ class VideoStream {
       : pid_(pid), pictureBytes_(pictureBytes), captions_(std::move(captions)) {}
 
   /// Adds the next picture in coding order, with a PCR.
-  void addPicture(test_support::TsBuilder& stream);
+  void addPicture(encoders::TsBuilder& stream);
 
   bool nextBeginsGroup() const;
   std::uint64_t nextDts() const { return kFirstDts + coded_ * kFrameTicks; }
@@ -77,6 +77,6 @@ class VideoStream {
 
 /// Calls `addMore` until `size` bytes of transport packets are in `file`.
 void writeStream(std::ostream& file, std::size_t size,
-                 const std::function<void(test_support::TsBuilder& stream)>& addMore);
+                 const std::function<void(encoders::TsBuilder& stream)>& addMore);
 
 }  // namespace korr::bench

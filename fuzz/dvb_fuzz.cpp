@@ -4,13 +4,13 @@
 
 #include "dvb_subtitle/dvb_subtitle_parser.h"
 #include "dvb_subtitle/errors.h"
-#include "tests/support/dvb_encoder.h"
+#include "samples/encoders/dvb_encoder.h"
 
 namespace {
 
+using korr::encoders::Bytes;
+using korr::encoders::DvbEncoder;
 using korr::encoding::subtitling::MediaTime;
-using korr::test_support::Bytes;
-using korr::test_support::DvbEncoder;
 using namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle;
 
 void feed(DVBSubtitleParser& parser, const Bytes& field, MediaTime time, bool discontinuity) {

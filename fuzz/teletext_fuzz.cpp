@@ -5,15 +5,15 @@
 #include <span>
 #include <vector>
 
+#include "samples/encoders/teletext_encoder.h"
 #include "teletext/teletext_descriptor.h"
 #include "teletext/teletext_parser.h"
-#include "tests/support/teletext_encoder.h"
 
 namespace {
 
 using namespace korr::encoding::subtitling;
 using namespace korr::encoding::subtitling::teletext::lib_teletext;
-using namespace korr::test_support;
+using namespace korr::encoders;
 
 constexpr std::uint32_t kPage = 0x888;
 

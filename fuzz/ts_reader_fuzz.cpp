@@ -5,18 +5,18 @@
 #include <cstdlib>
 #include <span>
 
+#include "samples/encoders/ts_builder.h"
 #include "tests/support/reader_support.h"
-#include "tests/support/ts_builder.h"
 #include "txsub/input/ts_reader.h"
 
 namespace {
 
 using namespace korr::txsub;
-using korr::test_support::Bytes;
+using korr::encoders::Bytes;
+using korr::encoders::TsBuilder;
+using korr::encoders::TsProgram;
+using korr::encoders::TsStream;
 using korr::test_support::MemorySource;
-using korr::test_support::TsBuilder;
-using korr::test_support::TsProgram;
-using korr::test_support::TsStream;
 
 class Listener final : public IReaderListener {
  public:

@@ -4,20 +4,20 @@
 #include <span>
 #include <string_view>
 
+#include "samples/encoders/caption_builder.h"
+#include "samples/encoders/ts_builder.h"
+#include "samples/encoders/video_builder.h"
 #include "samples/line21.h"
-#include "tests/support/caption_builder.h"
-#include "tests/support/ts_builder.h"
-#include "tests/support/video_builder.h"
 
 namespace korr::samples {
 namespace {
 
-using test_support::CaptionBuilder;
-using test_support::pesPacket;
-using test_support::Picture;
-using test_support::TsBuilder;
-using test_support::TsProgram;
-using test_support::TsStream;
+using encoders::CaptionBuilder;
+using encoders::pesPacket;
+using encoders::Picture;
+using encoders::TsBuilder;
+using encoders::TsProgram;
+using encoders::TsStream;
 using txsub::VideoCodec;
 
 constexpr std::size_t kFramesPerSecond = 30;

@@ -5,20 +5,20 @@
 #include <map>
 #include <string_view>
 
+#include "samples/encoders/bit_writer.h"
+#include "samples/encoders/dvb_encoder.h"
+#include "samples/encoders/ts_builder.h"
 #include "samples/text_picture.h"
-#include "tests/support/bit_writer.h"
-#include "tests/support/dvb_encoder.h"
-#include "tests/support/ts_builder.h"
 
 namespace korr::samples {
 namespace {
 
-using test_support::Bytes;
-using test_support::DvbEncoder;
-using test_support::Pes;
-using test_support::pesPacket;
-using test_support::TsBuilder;
-using test_support::TsProgram;
+using encoders::Bytes;
+using encoders::DvbEncoder;
+using encoders::Pes;
+using encoders::pesPacket;
+using encoders::TsBuilder;
+using encoders::TsProgram;
 
 constexpr std::uint16_t kEnglishPid = 0x200;
 constexpr std::uint16_t kFrenchPid = 0x201;
@@ -28,7 +28,7 @@ constexpr std::uint64_t kTicks = 90'000;  // a second
 Bytes subtitling(std::string_view language, std::uint8_t type) {
   constexpr std::uint8_t kTag = 0x59;
   constexpr std::uint16_t kPageId = 1;
-  test_support::BitWriter bits;
+  encoders::BitWriter bits;
   bits.put(kTag, 8).put(8, 8);
   for (const char letter : language) bits.put(static_cast<std::uint8_t>(letter), 8);
   bits.put(type, 8).put(kPageId, 16).put(kPageId, 16);

@@ -11,7 +11,7 @@ constexpr std::uint8_t kNull = 0x80;  // with its parity bit
 
 }  // namespace
 
-Line21& Line21::at(std::size_t frame, test_support::CaptionBuilder& caption) {
+Line21& Line21::at(std::size_t frame, encoders::CaptionBuilder& caption) {
   const Bytes triplets = caption.take();
   if (triplets.empty()) return *this;
   auto& field = fields_[triplets.front() & 1];

@@ -7,7 +7,7 @@
 #include <deque>
 #include <vector>
 
-#include "tests/support/caption_builder.h"
+#include "samples/encoders/caption_builder.h"
 
 namespace korr::samples {
 
@@ -17,7 +17,7 @@ using Bytes = std::vector<std::uint8_t>;
 class Line21 {
  public:
   /// Sends the pairs of `caption` from `frame` on, or when its field is free.
-  Line21& at(std::size_t frame, test_support::CaptionBuilder& caption);
+  Line21& at(std::size_t frame, encoders::CaptionBuilder& caption);
 
   /// The cc_data triplets of a frame: field 1, field 2. Null pairs where nothing is sent.
   Bytes triplets(std::size_t frame) const;

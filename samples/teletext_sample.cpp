@@ -7,21 +7,21 @@
 #include <string>
 #include <string_view>
 
+#include "samples/encoders/teletext_encoder.h"
+#include "samples/encoders/ts_builder.h"
 #include "teletext/teletext_descriptor.h"
-#include "tests/support/teletext_encoder.h"
-#include "tests/support/ts_builder.h"
 
 namespace korr::samples {
 namespace {
 
+using encoders::Pes;
+using encoders::pesPacket;
+using encoders::TeletextPacket;
+using encoders::TeletextSpan;
+using encoders::TsBuilder;
+using encoders::TsProgram;
 using encoding::subtitling::teletext::lib_teletext::CharacterSet;
 using encoding::subtitling::teletext::lib_teletext::TeletextPage;
-using test_support::Pes;
-using test_support::pesPacket;
-using test_support::TeletextPacket;
-using test_support::TeletextSpan;
-using test_support::TsBuilder;
-using test_support::TsProgram;
 
 // Teletext colours, by their codes.
 constexpr int kYellow = 3;
@@ -118,32 +118,31 @@ std::string asSent(std::string_view utf8, bool isRightToLeft) {
 }
 
 TeletextPacket header(const Page& page) {
-  return test_support::headerPacket(
+  return encoders::headerPacket(
       {.page = page.number, .update = true, .nationalOption = page.nationalOption});
 }
 
 // Ends a page where nothing else would: a header of a page that nobody can key in.
 TeletextPacket endOfPage(const Page& page) {
-  return test_support::headerPacket({.page = page.number | 0xFF, .subtitle = false});
+  return encoders::headerPacket({.page = page.number | 0xFF, .subtitle = false});
 }
 
 void addShow(std::vector<TeletextPacket>& packets, const Page& page, const Show& show) {
   const auto set = CharacterSet::of(page.group, page.nationalOption);
   packets.push_back(header(page));
   std::vector<TeletextPacket> rows;
-  std::vector<test_support::TeletextTriplet> triplets;
+  std::vector<encoders::TeletextTriplet> triplets;
   auto row = static_cast<std::uint32_t>(24 - 2 * show.lines.size());
   for (const Line& text : show.lines) {
     const std::string sent = asSent(text.utf8, page.isRightToLeft);
     const TeletextSpan span{sent, text.colour};
-    const auto line =
-        test_support::teletextLine(set, {&span, 1}, {.row = row, .doubleHeight = true});
+    const auto line = encoders::teletextLine(set, {&span, 1}, {.row = row, .doubleHeight = true});
     std::ranges::copy(line.triplets, std::back_inserter(triplets));
-    rows.push_back(test_support::rowPacket(page.number, row, line.codes));
+    rows.push_back(encoders::rowPacket(page.number, row, line.codes));
     row += 2;
   }
   if (!triplets.empty()) {
-    packets.push_back(test_support::enhancementPacket(page.number, 0, triplets));
+    packets.push_back(encoders::enhancementPacket(page.number, 0, triplets));
   }
   std::ranges::copy(rows, std::back_inserter(packets));
   packets.push_back(endOfPage(page));
@@ -180,9 +179,8 @@ TsProgram program(std::span<const Page> all) {
          .magazine = page.number >> 8,
          .page = page.number & 0xFF});
   }
-  return {
-      .pcrPid = kTeletextPid,
-      .streams = {{.pid = kTeletextPid, .descriptors = test_support::teletextDescriptor(entries)}}};
+  return {.pcrPid = kTeletextPid,
+          .streams = {{.pid = kTeletextPid, .descriptors = encoders::teletextDescriptor(entries)}}};
 }
 
 }  // namespace
@@ -199,7 +197,7 @@ std::vector<std::uint8_t> teletextTransportStream() {
   for (std::size_t field = 0; field < kSeconds * kFieldsPerSecond; ++field) {
     if (field % kFieldsPerSecond == 0) stream.tables(tables);
     const std::uint64_t pts = kFirstPts + field * kFieldTicks;
-    const auto payload = test_support::stuffedTeletextDataField(packetsAt(all, field));
+    const auto payload = encoders::stuffedTeletextDataField(packetsAt(all, field));
     const Pes pes{.streamId = Pes::kPrivateStream1, .pts = pts, .headerDataLength = kHeaderLength};
     stream.pcr(tables.pcrPid, pts - kDelay).pes(tables.pcrPid, pesPacket(pes, payload));
   }

@@ -7,7 +7,7 @@
 namespace korr::samples {
 namespace {
 
-using test_support::DvbEncoder;
+using encoders::DvbEncoder;
 
 constexpr int kGlyphWidth = 5;
 constexpr int kGlyphHeight = 7;

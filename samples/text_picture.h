@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tests/support/dvb_encoder.h"
+#include "samples/encoders/dvb_encoder.h"
 
 namespace korr::samples {
 
-using test_support::IndexedPicture;
+using encoders::IndexedPicture;
 
 /// Codes of text pictures: transparent, an edge, and fourteen steps from there to the full colour.
 inline constexpr std::uint8_t kNothing = 0;
@@ -20,7 +20,7 @@ inline constexpr std::uint8_t kFullColour = 15;
 IndexedPicture textPicture(std::string_view text, std::uint32_t height);
 
 /// The CLUT of text pictures in a colour given as Y, Cr and Cb.
-std::vector<test_support::DvbEncoder::ClutEntry> textClut(std::uint8_t y, std::uint8_t cr,
-                                                          std::uint8_t cb);
+std::vector<encoders::DvbEncoder::ClutEntry> textClut(std::uint8_t y, std::uint8_t cr,
+                                                      std::uint8_t cb);
 
 }  // namespace korr::samples

@@ -13,7 +13,8 @@ namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 /// while a PES packet keeps the bit that is sent first as the most significant (EN 300 472, 4.2).
 constexpr std::uint8_t reverseBits(std::uint8_t byte) {
   unsigned result = 0;
-  for (int bit = 0; bit < 8; ++bit) result |= (static_cast<unsigned>(byte) >> bit & 1u) << (7 - bit);
+  for (int bit = 0; bit < 8; ++bit)
+    result |= (static_cast<unsigned>(byte) >> bit & 1u) << (7 - bit);
   return static_cast<std::uint8_t>(result);
 }
 

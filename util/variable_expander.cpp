@@ -29,7 +29,8 @@ std::optional<char> unescape(char character) {
   }
 }
 
-// One left-to-right scan; each step takes one character and says what is wrong with it, if anything.
+// One left-to-right scan; each step takes one character and says what is wrong with it, if
+// anything.
 class Scan {
  public:
   explicit Scan(const IVariables& variables)
@@ -141,7 +142,8 @@ MosaicVariables::MosaicVariables(std::string feedIndex, std::string serviceName,
                                  std::string customName)
     : values_({{"feedIndex", orNotAvailable(std::move(feedIndex))},
                {"serviceName", orNotAvailable(std::move(serviceName))},
-               {"customName", orNotAvailable(std::move(customName))}}) {}
+               {"customName", orNotAvailable(std::move(customName))}}) {
+}
 
 VariableNames MosaicVariables::requiredNames() const {
   return {"feedIndex"};

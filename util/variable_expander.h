@@ -46,8 +46,9 @@ class MapVariables final : public IVariables {
   Values values_;
 };
 
-/// The variables of one subtitle service among several: `feedIndex`, `serviceName` and `customName`.
-/// An empty value shows as "N/A". `feedIndex` alone tells any two services apart, so it is required.
+/// The variables of one subtitle service among several: `feedIndex`, `serviceName` and
+/// `customName`. An empty value shows as "N/A". `feedIndex` alone tells any two services apart, so
+/// it is required.
 class MosaicVariables final : public IVariables {
  public:
   MosaicVariables(std::string feedIndex, std::string serviceName, std::string customName);

@@ -4,12 +4,12 @@
 
 #include <string>
 
-#include "tests/support/caption_builder.h"
+#include "samples/encoders/caption_builder.h"
 
 namespace korr::encoding::subtitling::closed_caption {
 namespace {
 
-using test_support::CaptionBuilder;
+using encoders::CaptionBuilder;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "core/parser_factory.h"
-#include "tests/support/caption_builder.h"
+#include "samples/encoders/caption_builder.h"
 #include "tests/support/memory_item.h"
 #include "tests/support/recording_sink.h"
 #include "util/exception.h"
@@ -12,7 +12,7 @@
 namespace korr::encoding::subtitling {
 namespace {
 
-using test_support::CaptionBuilder;
+using encoders::CaptionBuilder;
 using test_support::Delivered;
 using test_support::MemoryItem;
 using test_support::RecordingSink;

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "dvb_subtitle/segments.h"
-#include "tests/support/dvb_encoder.h"
+#include "samples/encoders/dvb_encoder.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle {
 
@@ -15,7 +15,7 @@ void PrintTo(const Colour& colour, std::ostream* out) {
 
 namespace {
 
-using test_support::DvbEncoder;
+using encoders::DvbEncoder;
 using Entry = DvbEncoder::ClutEntry;
 
 // The set that a CLUT definition with these entries gives.

@@ -6,14 +6,14 @@
 #include <vector>
 
 #include "dvb_subtitle/dvb_subtitle_parser.h"
-#include "tests/support/dvb_encoder.h"
+#include "samples/encoders/dvb_encoder.h"
 #include "tests/support/reader_support.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle {
 
-using test_support::Bytes;
-using test_support::DvbEncoder;
-using test_support::IndexedPicture;
+using encoders::Bytes;
+using encoders::DvbEncoder;
+using encoders::IndexedPicture;
 
 /// A picture from rows of hexadecimal codes.
 inline IndexedPicture picture(std::initializer_list<std::string_view> rows) {

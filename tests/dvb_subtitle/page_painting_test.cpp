@@ -33,7 +33,7 @@ TEST(PagePainting, InterlacesTheFields) {
 }
 
 TEST(PagePainting, RepeatsTheTopFieldWhereThereIsNoBottomField) {
-  const auto top = test_support::fieldData(4, picture({"12", "00", "34"}), 0);
+  const auto top = encoders::fieldData(4, picture({"12", "00", "34"}), 0);
   EXPECT_THAT(DecoderBench::shown(smallPage(2, 5, {.objects = {{7, 0, 0}}}).object(7, top, {})),
               ElementsAre("RG", "RG", "YB", "YB", ".."));
 }
@@ -91,7 +91,7 @@ TEST(PagePainting, LeavesOutRunsBeyond280Pixels) {
 
 TEST(PagePainting, KeepsWhatIsUnderCode1OfANonModifyingObject) {
   auto region = DvbEncoder::Region{.fill = true, .fillCode = 4, .objects = {{7, 0, 0}}};
-  const Bytes top = test_support::fieldData(4, picture({"11221"}), 0);
+  const Bytes top = encoders::fieldData(4, picture({"11221"}), 0);
   EXPECT_THAT(DecoderBench::shown(smallPage(5, 1, region).object(7, top, {0xF0}, true)),
               ElementsAre("BBGGB"));
   EXPECT_THAT(DecoderBench::shown(smallPage(5, 1, region).object(7, top, {0xF0}, false)),

@@ -6,8 +6,8 @@
 #include <random>
 
 #include "dvb_subtitle/code_string.h"
-#include "tests/support/bit_writer.h"
-#include "tests/support/dvb_encoder.h"
+#include "samples/encoders/bit_writer.h"
+#include "samples/encoders/dvb_encoder.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle {
 
@@ -22,7 +22,7 @@ using util::BitReader;
 
 // Bytes from fields of binary digits; whatever else separates them.
 std::vector<std::uint8_t> bytesOf(std::string_view fields) {
-  test_support::BitWriter writer;
+  encoders::BitWriter writer;
   for (const char digit : fields)
     if (digit == '0' || digit == '1') writer.put(digit == '1', 1);
   return writer.bytes();
@@ -99,7 +99,7 @@ TEST(PixelCodeStrings, ComeBackFromAnEncoder) {
         const auto length = 1 + (random() % 3 == 0 ? random() % 300 : random() % 30);
         codes.insert(codes.end(), length, static_cast<std::uint8_t>(random() % (1U << bits)));
       }
-      const auto bytes = test_support::codeString(bits, codes.data(), codes.size());
+      const auto bytes = encoders::codeString(bits, codes.data(), codes.size());
       BitReader reader(bytes);
       reader.skip(8);  // data_type
       std::vector<std::uint8_t> decoded;

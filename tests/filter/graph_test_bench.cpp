@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "filter/subtitle_converter.h"
-#include "tests/support/caption_builder.h"
+#include "samples/encoders/caption_builder.h"
 #include "util/exception.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
@@ -171,7 +171,7 @@ InputSample captionSample(double seconds, const std::vector<std::uint8_t>& tripl
 }
 
 InputSample captionText(double seconds, std::string_view text) {
-  test_support::CaptionBuilder builder;
+  encoders::CaptionBuilder builder;
   builder.resumeCaptionLoading().eraseNonDisplayedMemory().preamble(15).text(text).endOfCaption();
   return captionSample(seconds, builder.triplets());
 }

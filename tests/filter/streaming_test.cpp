@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "samples/encoders/caption_builder.h"
 #include "tests/filter/graph_test_bench.h"
-#include "tests/support/caption_builder.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 namespace {
@@ -43,7 +43,7 @@ TEST(Streaming, DeliversEachDocumentOverItsInterval) {
 TEST(Streaming, CutsALongDocumentIntoBuffers) {
   GraphTestBench bench({.mode = ConversionMode::Ttml});
   ASSERT_GE(bench.run(), 0);
-  test_support::CaptionBuilder rows;
+  encoders::CaptionBuilder rows;
   rows.resumeCaptionLoading();
   for (int row = 1; row <= 15; ++row) rows.preamble(row).text("thirty-two characters in each row");
   bench.push(captionSample(1, rows.endOfCaption().triplets()));

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/teletext_encoder.h"
+#include "samples/encoders/teletext_encoder.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 namespace {
@@ -42,7 +42,7 @@ TEST(CharacterCode, IsTheReversedByteWithoutItsOddParity) {
 
 TEST(Hamming2418, ReadsEveryValueAndCorrectsEverySingleError) {
   for (std::uint32_t value = 0; value < 1u << 18; ++value) {
-    auto raw = test_support::encodeHamming2418(value);
+    auto raw = encoders::encodeHamming2418(value);
     ASSERT_EQ(decodeHamming2418(raw), value);
     const std::size_t wrong = value % 24;
     raw[wrong / 8] ^= static_cast<std::uint8_t>(1 << wrong % 8);
@@ -54,7 +54,7 @@ TEST(Hamming2418, RefusesEveryDoubleError) {
   for (const std::uint32_t value : {0u, 0x3FFFFu, 0x2A5C3u}) {
     for (std::size_t first = 0; first < 24; ++first) {
       for (std::size_t second = first + 1; second < 24; ++second) {
-        auto raw = test_support::encodeHamming2418(value);
+        auto raw = encoders::encodeHamming2418(value);
         for (const std::size_t bit : {first, second}) {
           raw[bit / 8] ^= static_cast<std::uint8_t>(1 << bit % 8);
         }

@@ -2,18 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/teletext_encoder.h"
+#include "samples/encoders/teletext_encoder.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 namespace {
 
-using test_support::enhancementPacket;
-using test_support::headerPacket;
-using test_support::rowPacket;
-using test_support::teletextDataField;
-using test_support::TeletextHeader;
-using test_support::TeletextPacket;
-using test_support::TeletextTriplet;
+using encoders::enhancementPacket;
+using encoders::headerPacket;
+using encoders::rowPacket;
+using encoders::teletextDataField;
+using encoders::TeletextHeader;
+using encoders::TeletextPacket;
+using encoders::TeletextTriplet;
 using Bytes = std::vector<std::uint8_t>;
 using Packets = std::vector<TeletextPacket>;
 
@@ -203,13 +203,13 @@ TEST_F(TeletextParserTest, PayloadsAndUnitsOfOtherKindsAreSkipped) {
   const Packets packets = {headerPacket({.page = kPage}), rowPacket(kPage, 20, "\v\vab\n\n")};
   const std::string expected = "20: 1/7/12 ' ab '\n";
   for (const std::uint8_t identifier : {std::uint8_t{0x10}, std::uint8_t{0x1F}}) {
-    feed(teletextDataField(packets, test_support::kEbuTeletext, identifier));
+    feed(teletextDataField(packets, encoders::kEbuTeletext, identifier));
     EXPECT_EQ(shown(), expected);
     feed({headerPacket({.page = kPage})});
     EXPECT_EQ(shown(), "");
   }
   for (const std::uint8_t identifier : {std::uint8_t{0x0F}, std::uint8_t{0x20}}) {
-    feed(teletextDataField(packets, test_support::kEbuTeletext, identifier));
+    feed(teletextDataField(packets, encoders::kEbuTeletext, identifier));
     EXPECT_EQ(shown(), "") << "also the time of an ignored payload counts";
   }
   feed(teletextDataField(packets, 0xC0));

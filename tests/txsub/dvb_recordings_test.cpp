@@ -5,8 +5,8 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "tests/support/dvb_encoder.h"
-#include "tests/support/ts_builder.h"
+#include "samples/encoders/dvb_encoder.h"
+#include "samples/encoders/ts_builder.h"
 #include "tests/txsub/program_runner.h"
 
 namespace korr::txsub {
@@ -85,28 +85,26 @@ class DvbRecording {
   }
 
   DvbRecording& page(std::uint16_t pid, std::uint64_t second, std::uint8_t timeOut) {
-    const auto field =
-        test_support::DvbEncoder()
-            .page(test_support::DvbEncoder::kAcquisitionPoint, timeOut, {{1, 10, 10}})
-            .region({.id = 1,
-                     .fill = true,
-                     .width = 9,
-                     .height = 9,
-                     .fillCode = static_cast<std::uint8_t>(timeOut + 1)})
-            .bytes();
+    const auto field = encoders::DvbEncoder()
+                           .page(encoders::DvbEncoder::kAcquisitionPoint, timeOut, {{1, 10, 10}})
+                           .region({.id = 1,
+                                    .fill = true,
+                                    .width = 9,
+                                    .height = 9,
+                                    .fillCode = static_cast<std::uint8_t>(timeOut + 1)})
+                           .bytes();
     return send(pid, second, field);
   }
 
-  DvbRecording& send(std::uint16_t pid, std::uint64_t second, const test_support::Bytes& field) {
+  DvbRecording& send(std::uint16_t pid, std::uint64_t second, const encoders::Bytes& field) {
     const std::uint64_t pts = ticks(second);
-    const auto packet = test_support::pesPacket({.streamId = 0xBD, .pts = pts}, field);
+    const auto packet = encoders::pesPacket({.streamId = 0xBD, .pts = pts}, field);
     stream_.tables(program_).pes(pid, packet, pts);
     return *this;
   }
 
   DvbRecording& sound(std::uint64_t second) {
-    stream_.pes(kSound,
-                test_support::pesPacket({.streamId = 0xC0, .pts = ticks(second)}, {{0xFF}}));
+    stream_.pes(kSound, encoders::pesPacket({.streamId = 0xC0, .pts = ticks(second)}, {{0xFF}}));
     return *this;
   }
 
@@ -125,8 +123,8 @@ class DvbRecording {
 
   static std::uint64_t ticks(std::uint64_t second) { return (10 + second) * 90'000; }
 
-  test_support::TsProgram program_;
-  test_support::TsBuilder stream_;
+  encoders::TsProgram program_;
+  encoders::TsBuilder stream_;
 };
 
 TEST(DvbRecordings, EndAPageThatTimesOut) {
@@ -158,7 +156,7 @@ TEST(DvbRecordings, SayThatNoPageIsShownForAnyTime) {
 
 TEST(DvbRecordings, SayWhereTheyAreDamaged) {
   const TemporaryDirectory directory;
-  const auto unknown = test_support::DvbEncoder().segment(0x15, {}).bytes();
+  const auto unknown = encoders::DvbEncoder().segment(0x15, {}).bytes();
   DvbRecording recording({0x200, 0x201});
   recording.page(0x200, 0, 9).page(0x201, 0, 9);
   for (std::uint64_t second = 1; second < 7; second += 2) {
@@ -214,15 +212,15 @@ TEST(DvbRecordings, AreDrawnToTheirEndOnly) {
 
 // Two services of one PID, whose objects are on a page that they share.
 TEST(DvbRecordings, ShowTheLanguageThatIsAskedForWherePagesShareAPid) {
-  using test_support::DvbEncoder;
+  using encoders::DvbEncoder;
   const TemporaryDirectory directory;
-  test_support::TsBuilder stream;
-  const test_support::TsProgram program{
+  encoders::TsBuilder stream;
+  const encoders::TsProgram program{
       .pcrPid = 0x200,
       .streams = {{.pid = 0x200,
                    .descriptors = {0x59, 16, 'e', 'n', 'g', 0x10, 0, 1, 0, 3,  //
                                    'f', 'r', 'a', 0x10, 0, 2, 0, 3}}}};
-  const test_support::Bytes row = test_support::codeString(4, test_support::Bytes(9, 5).data(), 9);
+  const encoders::Bytes row = encoders::codeString(4, encoders::Bytes(9, 5).data(), 9);
   const auto send = [&](std::uint64_t second, std::uint16_t page, std::uint16_t width) {
     const std::uint64_t pts = (10 + second) * 90'000;
     const auto field = DvbEncoder(page)
@@ -238,8 +236,8 @@ TEST(DvbRecordings, ShowTheLanguageThatIsAskedForWherePagesShareAPid) {
                            .ofPage(page)
                            .end()
                            .bytes();
-    stream.tables(program).pes(0x200,
-                               test_support::pesPacket({.streamId = 0xBD, .pts = pts}, field), pts);
+    stream.tables(program).pes(0x200, encoders::pesPacket({.streamId = 0xBD, .pts = pts}, field),
+                               pts);
   };
   for (const std::uint64_t second : {0U, 10U, 20U}) {
     send(second, 1, 20);

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "platform/module_loader.h"
+#include "samples/encoders/video_builder.h"
 #include "tests/support/reader_support.h"
-#include "tests/support/video_builder.h"
 #include "txsub/input/av_module.h"
 
 extern "C" {
@@ -24,15 +24,15 @@ extern "C" {
 namespace korr::txsub {
 namespace {
 
+using encoders::Bytes;
+using encoders::encode;
+using encoders::h264ParameterSets;
+using encoders::textTriplets;
 using encoding::subtitling::kMillisecond;
 using encoding::subtitling::kSecond;
-using test_support::Bytes;
-using test_support::encode;
-using test_support::h264ParameterSets;
 using test_support::MemorySource;
 using test_support::RecordingListener;
 using test_support::RecordingLogger;
-using test_support::textTriplets;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -207,7 +207,7 @@ TEST_F(AvReaderTest, HandsDvbSubtitlesOverAsPesDataFields) {
   EXPECT_EQ(listener_.streams[0].descriptors, (Bytes{0x59, 8, 'g', 'e', 'r', 0x10, 0, 1, 0, 2}));
   ASSERT_EQ(listener_.samples.size(), 1U);
   const InputSample& sample = listener_.samples[0].second;
-  EXPECT_EQ(sample.data, test_support::join({Bytes{0x20, 0x00}, segments, Bytes{0xFF}}));
+  EXPECT_EQ(sample.data, encoders::join({Bytes{0x20, 0x00}, segments, Bytes{0xFF}}));
   EXPECT_EQ(sample.times->start, kSecond / 2);
 }
 

@@ -11,27 +11,27 @@
 #include <vector>
 
 #include "platform/byte_file.h"
+#include "samples/encoders/ts_builder.h"
+#include "samples/encoders/video_builder.h"
 #include "tests/support/reader_support.h"
-#include "tests/support/ts_builder.h"
-#include "tests/support/video_builder.h"
 #include "txsub/input/byte_source.h"
 #include "txsub/input/dvb_text.h"
 
 namespace korr::txsub {
 namespace {
 
+using encoders::Bytes;
+using encoders::join;
+using encoders::Pes;
+using encoders::pesPacket;
+using encoders::TsBuilder;
+using encoders::TsProgram;
+using encoders::TsStream;
 using encoding::subtitling::fromTicks90k;
 using encoding::subtitling::kSecond;
-using test_support::Bytes;
-using test_support::join;
 using test_support::MemorySource;
-using test_support::Pes;
-using test_support::pesPacket;
 using test_support::RecordingListener;
 using test_support::RecordingLogger;
-using test_support::TsBuilder;
-using test_support::TsProgram;
-using test_support::TsStream;
 using testing::Each;
 using testing::ElementsAre;
 using testing::Field;
@@ -86,9 +86,9 @@ Bytes dvbPes(std::uint64_t pts, const Bytes& field) {
 }
 
 Bytes videoPes(std::uint64_t pts, std::string_view text) {
-  return pesPacket({.pts = pts, .unbounded = true},
-                   test_support::encode(
-                       {.codec = VideoCodec::H264, .triplets = test_support::textTriplets(text)}));
+  return pesPacket(
+      {.pts = pts, .unbounded = true},
+      encoders::encode({.codec = VideoCodec::H264, .triplets = encoders::textTriplets(text)}));
 }
 
 /// What a reader makes of a recording.

@@ -8,24 +8,24 @@
 #include <utility>
 #include <vector>
 
+#include "samples/encoders/video_builder.h"
 #include "tests/support/reader_support.h"
-#include "tests/support/video_builder.h"
 #include "txsub/input/start_code.h"
 
 namespace korr::txsub {
 namespace {
 
+using encoders::atscUserData;
+using encoders::Bytes;
+using encoders::captionSeiMessage;
+using encoders::encode;
+using encoders::join;
+using encoders::Picture;
+using encoders::seiMessage;
+using encoders::seiUnit;
+using encoders::textTriplets;
 using encoding::subtitling::kSecond;
-using test_support::atscUserData;
-using test_support::Bytes;
-using test_support::captionSeiMessage;
-using test_support::encode;
-using test_support::join;
-using test_support::Picture;
 using test_support::RecordingLogger;
-using test_support::seiMessage;
-using test_support::seiUnit;
-using test_support::textTriplets;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

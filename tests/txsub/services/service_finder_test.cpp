@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/teletext_encoder.h"
+#include "samples/encoders/teletext_encoder.h"
 #include "txsub/services/service.h"
 #include "txsub/services/teletext_services.h"
 
@@ -26,9 +26,9 @@ StreamInfo teletext(std::vector<std::uint8_t> descriptors) {
 
 // A PES data field with the header of one page.
 InputSample pageHeader(std::uint32_t page, bool isSubtitle) {
-  const auto packet = test_support::headerPacket({.page = page, .subtitle = isSubtitle});
+  const auto packet = encoders::headerPacket({.page = page, .subtitle = isSubtitle});
   InputSample sample;
-  sample.data = test_support::teletextDataField({&packet, 1});
+  sample.data = encoders::teletextDataField({&packet, 1});
   return sample;
 }
 

@@ -2,16 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/dvb_encoder.h"
-#include "tests/support/teletext_encoder.h"
+#include "samples/encoders/dvb_encoder.h"
+#include "samples/encoders/teletext_encoder.h"
 
 namespace korr::txsub {
 namespace {
 
+using encoders::Bytes;
+using encoders::DvbEncoder;
 using encoding::subtitling::kMillisecond;
 using encoding::subtitling::kSecond;
-using test_support::Bytes;
-using test_support::DvbEncoder;
 
 // "start-stop" of each cue, in milliseconds.
 using CueTimes = std::vector<std::string>;
@@ -80,14 +80,14 @@ TEST(CueSession, ShowsWhatComesAtTimeZero) {
   EXPECT_EQ(cuesOf(SubtitleInputType::ClosedCaption, 1, {{0, popOn}, {3 * kSecond, erase}}),
             CueTimes{"0-3000"});
 
-  const auto first = test_support::headerPacket({.page = 0x888});
-  const auto next = test_support::headerPacket({.page = 0x8FE});
-  const auto row = test_support::rowPacket(0x888, 20, "\x0B\x0BHi\x0A\x0A");
-  const std::vector<test_support::TeletextPacket> shown{first, row, next};
-  const std::vector<test_support::TeletextPacket> cleared{first, next};
+  const auto first = encoders::headerPacket({.page = 0x888});
+  const auto next = encoders::headerPacket({.page = 0x8FE});
+  const auto row = encoders::rowPacket(0x888, 20, "\x0B\x0BHi\x0A\x0A");
+  const std::vector<encoders::TeletextPacket> shown{first, row, next};
+  const std::vector<encoders::TeletextPacket> cleared{first, next};
   EXPECT_EQ(cuesOf(SubtitleInputType::Teletext, 0x888,
-                   {{0, test_support::teletextDataField(shown)},
-                    {3 * kSecond, test_support::teletextDataField(cleared)}}),
+                   {{0, encoders::teletextDataField(shown)},
+                    {3 * kSecond, encoders::teletextDataField(cleared)}}),
             CueTimes{"0-3000"});
 
   EXPECT_EQ(picturesOf({{0, wholePage(9)}, {3 * kSecond, wholePage(2)}}),

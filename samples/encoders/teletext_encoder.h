@@ -12,7 +12,7 @@
 #include "teletext/character_sets.h"
 #include "teletext/teletext_descriptor.h"
 
-namespace korr::test_support {
+namespace korr::encoders {
 
 /// A packet as a data unit carries it: the magazine and row address, then 40 bytes.
 using TeletextPacket = std::array<std::uint8_t, 42>;
@@ -93,4 +93,4 @@ struct TeletextLayout {
 TeletextLine teletextLine(const encoding::subtitling::teletext::lib_teletext::CharacterSet& set,
                           std::span<const TeletextSpan> spans, const TeletextLayout& layout);
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

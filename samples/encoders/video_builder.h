@@ -9,7 +9,7 @@
 
 #include "txsub/input/video_syntax.h"
 
-namespace korr::test_support {
+namespace korr::encoders {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -46,4 +46,4 @@ struct Picture {
 };
 Bytes encode(const Picture& picture);
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace korr::test_support {
+namespace korr::encoders {
 
 /// Builds the triplets of one field, every byte with its parity bit. Codes are given in the form of
 /// data channel 1 and field 1 and moved to the builder's.
@@ -55,4 +55,4 @@ class CaptionBuilder {
 /// `byte` with odd parity in bit 7.
 std::uint8_t withOddParity(std::uint8_t byte);
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

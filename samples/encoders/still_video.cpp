@@ -1,8 +1,8 @@
-#include "tests/support/still_video.h"
+#include "samples/encoders/still_video.h"
 
-#include "tests/support/bit_writer.h"
+#include "samples/encoders/bit_writer.h"
 
-namespace korr::test_support::still {
+namespace korr::encoders::still {
 namespace {
 
 constexpr unsigned kWidth = 64;
@@ -101,4 +101,4 @@ Bytes mpeg2Slice() {
   return bits.bytes();
 }
 
-}  // namespace korr::test_support::still
+}  // namespace korr::encoders::still

@@ -1,14 +1,14 @@
-#include "tests/support/teletext_encoder.h"
+#include "samples/encoders/teletext_encoder.h"
 
 #include <algorithm>
 #include <bit>
 #include <optional>
 #include <stdexcept>
 
+#include "samples/encoders/bit_writer.h"
 #include "teletext/hamming.h"
-#include "tests/support/bit_writer.h"
 
-namespace korr::test_support {
+namespace korr::encoders {
 namespace {
 
 using encoding::subtitling::GlyphText;
@@ -221,4 +221,4 @@ TeletextLine teletextLine(const CharacterSet& set, std::span<const TeletextSpan>
   return line;
 }
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

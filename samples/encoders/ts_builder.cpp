@@ -1,13 +1,13 @@
-#include "tests/support/ts_builder.h"
+#include "samples/encoders/ts_builder.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 #include <utility>
 
-#include "tests/support/bit_writer.h"
+#include "samples/encoders/bit_writer.h"
 
-namespace korr::test_support {
+namespace korr::encoders {
 namespace {
 
 constexpr std::size_t kHeaderBytes = 4;
@@ -185,4 +185,4 @@ Bytes TsBuilder::take() {
   return std::exchange(bytes_, {});
 }
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

@@ -1,12 +1,12 @@
-#include "tests/support/video_builder.h"
+#include "samples/encoders/video_builder.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "tests/support/caption_builder.h"
-#include "tests/support/still_video.h"
+#include "samples/encoders/caption_builder.h"
+#include "samples/encoders/still_video.h"
 
-namespace korr::test_support {
+namespace korr::encoders {
 namespace {
 
 using txsub::VideoCodec;
@@ -158,4 +158,4 @@ Bytes encode(const Picture& picture) {
   return bytes;
 }
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

@@ -1,10 +1,10 @@
-#include "tests/support/dvb_encoder.h"
+#include "samples/encoders/dvb_encoder.h"
 
 #include <algorithm>
 
-#include "tests/support/bit_writer.h"
+#include "samples/encoders/bit_writer.h"
 
-namespace korr::test_support {
+namespace korr::encoders {
 namespace {
 
 constexpr std::size_t kLongestRun = 280;  // that decoders paint
@@ -211,4 +211,4 @@ Bytes DvbEncoder::bytes() const {
   return field;
 }
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korr::test_support::still {
+namespace korr::encoders::still {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -23,4 +23,4 @@ Bytes mpeg2PictureCodingExtension();
 inline constexpr std::uint8_t kMpeg2Slices = 3;  ///< start code values 1 to 3
 Bytes mpeg2Slice();
 
-}  // namespace korr::test_support::still
+}  // namespace korr::encoders::still

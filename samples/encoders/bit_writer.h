@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace korr::test_support {
+namespace korr::encoders {
 
 /// Writes bit fields, most significant bit first: the mirror of util::BitReader.
 class BitWriter {
@@ -41,4 +41,4 @@ class BitWriter {
   std::size_t bitCount_ = 0;
 };
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

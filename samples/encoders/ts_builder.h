@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace korr::test_support {
+namespace korr::encoders {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -97,4 +97,4 @@ class TsBuilder {
   std::map<std::uint16_t, unsigned> continuity_;
 };
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

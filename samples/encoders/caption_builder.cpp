@@ -1,9 +1,9 @@
-#include "tests/support/caption_builder.h"
+#include "samples/encoders/caption_builder.h"
 
 #include <bit>
 #include <utility>
 
-namespace korr::test_support {
+namespace korr::encoders {
 
 std::uint8_t withOddParity(std::uint8_t byte) {
   const auto bits = static_cast<unsigned>(byte & 0x7F);
@@ -52,4 +52,4 @@ std::vector<std::uint8_t> CaptionBuilder::take() {
   return std::exchange(triplets_, {});
 }
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders

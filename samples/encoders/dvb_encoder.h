@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/support/ts_builder.h"
+#include "samples/encoders/ts_builder.h"
 
-namespace korr::test_support {
+namespace korr::encoders {
 
 /// A picture in pixel codes, rows top to bottom.
 struct IndexedPicture {
@@ -101,4 +101,4 @@ class DvbEncoder {
   Bytes segments_;
 };
 
-}  // namespace korr::test_support
+}  // namespace korr::encoders
