@@ -22,9 +22,8 @@ class CharacterSet {
   constexpr CharacterSet(const Set& g0, const Set& g2, const Subset* national)
       : g0_(&g0), g2_(&g2), national_(national) {}
 
-  /// `group`: the four leading bits of table 32. `option`: C12 to C14 of the page header, C12 in
-  /// bit
-  /// 2. Where the table is empty the national positions are not there.
+  /// `group`: the four leading bits of table 32. `option`: C12 to C14 of the page header, the first
+  /// in bit 2. Where the table is empty the national positions are not there.
   static CharacterSet of(std::uint32_t group, std::uint32_t option);
 
   /// The G0 character of `code`, 0x20 to 0x7F; nothing when the set has none there.

@@ -107,11 +107,7 @@ void Console::report(log::Level level, const Place& place, const std::string& me
   if (level == log::Level::Information) {
     say({.level = level, .isShown = verbosity_ == Verbosity::Verbose, .text = message}, place);
   } else {
-    say({.level = log::Level::Warning,
-         .prefix = "txsub: warning: ",
-         .namesInput = true,
-         .text = message},
-        place);
+    say({.level = log::Level::Warning, .prefix = "txsub: warning: ", .text = message}, place);
   }
 }
 
@@ -134,8 +130,7 @@ void Console::say(Message message, const Place& place) {
 }
 
 void Console::write(const Message& message, const Place& place) {
-  const bool namesInput = message.namesInput && !input_.empty();
-  const std::string line = (namesInput ? input_ + ": " : "") + placeText(place) + message.text;
+  const std::string line = placeText(place) + message.text;
   if (logs_) log::write(logs_.get(), message.level, "%s", line.c_str());
   if (!message.isShown || !areLinesPlain_) return;
   clearProgress();
@@ -157,7 +152,6 @@ void Console::flushRepeats(std::uint32_t pid) {
   auto& [last, repeats] = found->second;
   Message message = last;
   message.prefix = "txsub: ";
-  message.namesInput = false;
   const std::string count = "the same " + std::to_string(std::exchange(repeats, 0)) + " more times";
   message.text = pid == 0 ? '(' + count + ')' : count + ": " + last.text;
   write(message, {.pid = pid});

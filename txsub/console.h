@@ -42,9 +42,6 @@ class Console final : public log::ILogger {
   /// sink that cannot be had.
   void openLogs(const std::vector<std::string>& sinks, log::Level mostDetailed);
 
-  /// Named at the front of warnings about the input.
-  void setInput(const std::string& name) { input_ = name; }
-
   void error(const std::string& message);    ///< why the program ends without a result
   void warning(const std::string& message);  ///< what is wrong, and what is done about it
   void note(const std::string& message);     ///< good to know; not with --quiet
@@ -76,7 +73,6 @@ class Console final : public log::ILogger {
     log::Level level = log::Level::Error;
     std::string_view prefix = "txsub: ";
     bool isShown = true;
-    bool namesInput = false;
     std::string text;
 
     friend bool operator==(const Message&, const Message&) = default;
@@ -95,7 +91,6 @@ class Console final : public log::ILogger {
   void forget(std::uint32_t pid);  // the next message is written whatever it is
 
   Verbosity verbosity_ = Verbosity::Normal;
-  std::string input_;
   std::unique_ptr<log::SinkLogger> logs_;  // null when there are none
   bool areLinesPlain_ = true;              // on standard error; else a log writes there
   std::map<std::uint32_t, Last> last_;     // by PID; 0: of all that has none

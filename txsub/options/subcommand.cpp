@@ -99,7 +99,8 @@ void ServiceArguments::addTo(CLI::App& command) {
                    "With --language: the page for hearing-impaired viewers");
   command
       .add_option("--page-option", query_.pageOption,
-                  "Default character-set group of teletext (0 to 10; default: by language)")
+                  "Character-set group of teletext (default: by language)")
+      ->check(CLI::IsMember({0, 1, 2, 3, 4, 6, 8, 10}))
       ->type_name("N");
 }
 
