@@ -75,10 +75,11 @@ TEST(DvbRecordings, FillADirectoryWithTtmlAskedForToo) {
 // Pages that are one small region each, as they come in.
 class DvbRecording {
  public:
-  explicit DvbRecording(const std::vector<std::uint16_t>& pids) {
+  explicit DvbRecording(const std::vector<std::uint16_t>& pids,
+                        const encoders::Bytes& descriptors = {0x59, 8, 'e', 'n', 'g', 0x10, 0, 1, 0,
+                                                              1}) {
     for (const std::uint16_t pid : pids) {
-      program_.streams.push_back(
-          {.pid = pid, .descriptors = {0x59, 8, 'e', 'n', 'g', 0x10, 0, 1, 0, 1}});
+      program_.streams.push_back({.pid = pid, .descriptors = descriptors});
     }
     program_.streams.push_back({.pid = kSound, .type = 0x03});
     program_.pcrPid = pids.front();
@@ -138,6 +139,16 @@ TEST(DvbRecordings, EndAPageThatTimesOut) {
       0);
   EXPECT_THAT(timesIn(directory.file("pictures")),
               ElementsAre("00:00:00.000-00:00:03.000", "00:00:10.000-00:00:12.000"));
+}
+
+TEST(DvbRecordings, GiveTheSamplesOfAllPagesOfAPidOnce) {
+  const TemporaryDirectory directory;
+  DvbRecording recording({0x200}, {0x59, 16, 'e', 'n', 'g', 0x10, 0, 1, 0, 1,  //
+                                   'f', 'r', 'a', 0x10, 0, 2, 0, 2});
+  const std::string input = recording.page(0x200, 0, 3).page(0x200, 10, 2).write(directory);
+  const std::string folder = directory.file("");
+  ASSERT_EQ(convert({input, "--all", "--as", "samples", "-o", folder}).exitCode, 0);
+  EXPECT_THAT(directory.names(), ElementsAre("0x0200-dvb-subtitles-page-1-eng.jsonl", "pages.ts"));
 }
 
 TEST(DvbRecordings, SayThatNoPageIsShownForAnyTime) {

@@ -102,6 +102,8 @@ class Conversion {
   std::optional<Service> refused_;  // the first that the format cannot hold
   std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> feedIndexes_;  // stream, page
   std::set<std::string> paths_;  // of the files so far
+  // Streams of DVB subtitles: all their pages give the same samples, as they would in the filter.
+  std::set<std::uint32_t> sampled_;
 };
 
 ExitCode Conversion::run() {
@@ -125,8 +127,9 @@ ExitCode Conversion::run() {
 // Recorded samples are replayed as configured: nothing is looked for, nothing guessed.
 std::unique_ptr<IServiceFinder> Conversion::makeFinder(const StreamInfo& stream) {
   if (isReplay()) {
-    return std::make_unique<ConfiguredService>(options_.query.page.value_or(0),
-                                               options_.query.pageOption.value_or(0));
+    const auto settings = encoding::subtitling::chainSettings(
+        configurationOf(options_), stream.type, stream.descriptors, nullptr);
+    return std::make_unique<ConfiguredService>(settings.page, settings.pageOption);
   }
   return createServiceFinder(stream, options_.query, &console_);
 }
@@ -143,6 +146,7 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
   if (options_.kind != OutputKind::Samples) {
     return makeCueSession(service, stream, configuration);
   }
+  if (service.dvbPages && !sampled_.insert(service.streamId).second) return nullptr;
   const bool isCertain = isReplay() || options_.query.page.has_value();
   return std::make_unique<SampleSession>(service, configuration, formatBlockOf(stream),
                                          pathFor(service, stream, ".jsonl"), isCertain, console_);
