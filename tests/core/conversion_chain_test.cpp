@@ -18,32 +18,30 @@ using test_support::MemoryItem;
 using test_support::RecordingSink;
 using testing::ElementsAre;
 
-std::string errorOf(SubtitleInputType inputType, ConversionMode mode) {
+std::string errorOf(std::uint32_t inputType, std::uint32_t mode) {
   RecordingSink sink;
   try {
-    ConversionChain chain(sink, {.inputType = inputType, .page = 1, .mode = mode}, nullptr);
+    ConversionChain chain(sink,
+                          {.inputType = static_cast<SubtitleInputType>(inputType),
+                           .page = 1,
+                           .mode = static_cast<ConversionMode>(mode)},
+                          nullptr);
   } catch (const util::TessaryException& error) {
     return error.what();
   }
   return {};
 }
 
-TEST(ConversionChain, RefusesModesThatMakeNoText) {
+TEST(ConversionChain, RefusesUnknownInputBeforeModesThatMakeNoText) {
+  constexpr auto kCaptions = static_cast<std::uint32_t>(SubtitleInputType::ClosedCaption);
   for (const std::uint32_t mode : {0u, 1u, 3u, 5u, 7u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(errorOf(SubtitleInputType::ClosedCaption, static_cast<ConversionMode>(mode)),
-              "Unexpected subtitle conversion mode")
-        << mode;
+    EXPECT_EQ(errorOf(kCaptions, mode), "Unexpected subtitle conversion mode") << mode;
+    EXPECT_EQ(errorOf(7, mode), "Unexpected subtitle input type") << mode;
   }
   for (const std::uint32_t mode : {2u, 4u, 6u}) {
-    EXPECT_EQ(errorOf(SubtitleInputType::ClosedCaption, static_cast<ConversionMode>(mode)), "");
+    EXPECT_EQ(errorOf(kCaptions, mode), "") << mode;
+    EXPECT_EQ(errorOf(0, mode), "Unexpected subtitle input type") << mode;
   }
-}
-
-TEST(ConversionChain, RefusesUnknownInputBeforeItLooksAtTheMode) {
-  EXPECT_EQ(errorOf(static_cast<SubtitleInputType>(7), ConversionMode::WebVtt),
-            "Unexpected subtitle input type");
-  EXPECT_EQ(errorOf(static_cast<SubtitleInputType>(0), ConversionMode::Disable),
-            "Unexpected subtitle input type");
 }
 
 TEST(ConversionMode, HasADisplayName) {
@@ -52,25 +50,22 @@ TEST(ConversionMode, HasADisplayName) {
   EXPECT_STREQ(displayName(static_cast<ConversionMode>(7)), "????");
 }
 
-void push(ConversionChain& chain, CaptionBuilder& captions, MediaTime time) {
-  auto item = std::make_shared<MemoryItem>();
-  item->bytes = captions.take();
-  item->time = {time, time + 1};
-  chain.framer().push(std::move(item));
-}
-
 TEST(ConversionChain, DeliversCaptionsAsTheyChange) {
   RecordingSink sink;
   ConversionChain chain(
       sink,
       {.inputType = SubtitleInputType::ClosedCaption, .page = 1, .mode = ConversionMode::WebVtt},
       nullptr);
-  CaptionBuilder captions;
-  captions.resumeCaptionLoading().preamble(15).text("HELLO");
-  push(chain, captions, 1 * kSecond);
-  push(chain, captions.endOfCaption(), 2 * kSecond);
-  push(chain, captions.eraseDisplayedMemory(), 3 * kSecond);
-  push(chain, captions.pair(0, 0), 5 * kSecond);
+  const auto push = [&chain](CaptionBuilder captions, MediaTime time) {
+    auto item = std::make_shared<MemoryItem>();
+    item->bytes = captions.take();
+    item->time = {time, time + 1};
+    chain.framer().push(std::move(item));
+  };
+  push(CaptionBuilder().resumeCaptionLoading().preamble(15).text("HELLO"), 1 * kSecond);
+  push(CaptionBuilder().endOfCaption(), 2 * kSecond);
+  push(CaptionBuilder().eraseDisplayedMemory(), 3 * kSecond);
+  push(CaptionBuilder().pair(0, 0), 5 * kSecond);
   chain.framer().endOfStream();
 
   EXPECT_THAT(sink.delivered,
