@@ -41,6 +41,31 @@ class RecordingListener final : public txsub::IReaderListener {
   std::vector<std::pair<std::uint32_t, txsub::InputSample>> samples;  // by stream id
 };
 
+/// The characters of cc_data triplets, without their parity.
+inline std::string textOf(std::span<const std::uint8_t> triplets) {
+  std::string text;
+  for (std::size_t i = 0; i + 2 < triplets.size(); i += 3) {
+    text += static_cast<char>(triplets[i + 1] & 0x7F);
+    text += static_cast<char>(triplets[i + 2] & 0x7F);
+  }
+  return text;
+}
+
+/// A reader at the end of its input, and all that it reported.
+template <class Reader>
+struct Reading {
+  template <class Input>
+  explicit Reading(Input input, txsub::ReaderOptions options = {})
+      : reader(std::move(input), {.pid = options.pid, .logger = &logger}) {
+    while (reader.read(listener)) {
+    }
+  }
+
+  RecordingLogger logger;
+  RecordingListener listener;
+  Reader reader;
+};
+
 /// Bytes in memory, given out at most `most` at a time.
 class MemorySource final : public txsub::IByteSource {
  public:

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
@@ -318,6 +319,28 @@ TEST_F(ProgramTest, ShowsTheMistakeInATemplate) {
   EXPECT_THAT(run({"convert", captions(), "--all", "-o", "${serviceName}.vtt"}).errors,
               HasSubstr("${feedIndex} must appear at least once."));
   EXPECT_EQ(run({"convert", captions(), "--name", "x"}).exitCode, 2);
+}
+
+TEST_F(ProgramTest, ReadsTheCaptionsOfABroadcast) {
+  const char* const captures = std::getenv("TESSARY_CAPTURES");
+  if (!captures) GTEST_SKIP() << "TESSARY_CAPTURES names no folder with recordings";
+  const auto result = run({"convert", std::string(captures) + "/sintel-captions.ts"});
+  EXPECT_THAT(result.output, HasSubstr("Japanese")) << result.errors;
+}
+
+// The pictures of the sample recordings, which players show behind the captions.
+TEST(SampleVideo, IsGreyToAnotherDecoder) {
+  if (std::system("command -v ffmpeg >/dev/null") != 0) GTEST_SKIP() << "no ffmpeg here";
+  for (const std::string recording : {"samples/captions.ts", "samples/captions-mpeg2.ts"}) {
+    ProgramCall call;
+    call.program = "/bin/sh";
+    call.arguments = {"-c", "ffmpeg -v error -xerror -err_detect explode -i " + recording +
+                                " -f rawvideo -pix_fmt yuv420p -"};
+    const auto decoded = runProgram(call);
+    EXPECT_EQ(decoded.errors, "") << recording;
+    EXPECT_GT(decoded.output.size(), 100 * 64 * 48 * 3 / 2) << recording;
+    EXPECT_EQ(decoded.output.find_first_not_of('\x80'), std::string::npos) << recording;
+  }
 }
 
 }  // namespace

@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tests/support/reader_support.h"
@@ -13,10 +11,7 @@
 namespace korr::txsub {
 namespace {
 
-using encoding::subtitling::kMillisecond;
 using test_support::MemorySource;
-using test_support::RecordingListener;
-using test_support::RecordingLogger;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -25,13 +20,9 @@ constexpr MediaTime frames(std::uint64_t count) {
   return count * 1001 * 10'000'000 / 30000;
 }
 
-/// What a reader of `text` reports.
-struct Scc {
-  explicit Scc(const std::string& text, std::size_t most = 1 << 16)
-      : reader(std::make_unique<MemorySource>(text, most), {.pid = {}, .logger = &logger}) {
-    while (reader.read(listener)) {
-    }
-  }
+struct Scc : test_support::Reading<SccReader> {
+  explicit Scc(const std::string& text, std::size_t most = SIZE_MAX)
+      : Reading(std::make_unique<MemorySource>(text, most)) {}
 
   /// The samples as "frame:pair".
   std::vector<std::string> pairs() const {
@@ -45,10 +36,6 @@ struct Scc {
     }
     return pairs;
   }
-
-  RecordingLogger logger;
-  RecordingListener listener;
-  SccReader reader;
 };
 
 TEST(TimeCode, CountsFramesOfBothKinds) {

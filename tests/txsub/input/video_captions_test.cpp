@@ -33,27 +33,27 @@ using testing::Pair;
 
 constexpr MediaTime kFrame = kSecond * 1001 / 30000;
 
-std::string textOf(std::span<const std::uint8_t> triplets) {
-  std::string text;
-  for (std::size_t i = 0; i + 2 < triplets.size(); i += 3) {
-    text += static_cast<char>(triplets[i + 1] & 0x7F);
-    text += static_cast<char>(triplets[i + 2] & 0x7F);
-  }
-  return text;
-}
+struct Pes {
+  std::optional<MediaTime> pts;
+  Bytes payload;
+};
 
 /// An extractor and what came out of it: time and text of each sample.
 struct Extraction {
   explicit Extraction(VideoCodec codec)
       : extractor(codec,
                   [this](MediaTime time, std::span<const std::uint8_t> triplets) {
-                    samples.emplace_back(time, textOf(triplets));
+                    samples.emplace_back(time, test_support::textOf(triplets));
                   },
                   {&logger, "PID 256"}) {}
 
-  void pes(std::optional<MediaTime> pts, const Bytes& payload) {
-    extractor.beginPes(pts);
-    extractor.feed(payload);
+  /// Of a whole stream.
+  Extraction(VideoCodec codec, const std::vector<Pes>& stream) : Extraction(codec) {
+    for (const Pes& pes : stream) {
+      extractor.beginPes(pes.pts);
+      extractor.feed(pes.payload);
+    }
+    extractor.flush();
   }
 
   RecordingLogger logger;
@@ -72,12 +72,10 @@ INSTANTIATE_TEST_SUITE_P(VideoCaptions, EveryCodec,
                          testing::Values(VideoCodec::Mpeg2, VideoCodec::H264, VideoCodec::Hevc));
 
 TEST_P(EveryCodec, ComesOutInPresentationOrder) {
-  Extraction out{GetParam()};
-  out.pes(1 * kFrame, picture("I1"));
-  out.pes(4 * kFrame, picture("P4"));
-  out.pes(2 * kFrame, picture("B2"));
-  out.pes(3 * kFrame, picture(""));
-  out.extractor.flush();
+  const Extraction out(GetParam(), {{1 * kFrame, picture("I1")},
+                                    {4 * kFrame, picture("P4")},
+                                    {2 * kFrame, picture("B2")},
+                                    {3 * kFrame, picture("")}});
   EXPECT_THAT(out.samples,
               ElementsAre(Pair(1 * kFrame, "I1"), Pair(2 * kFrame, "B2"), Pair(4 * kFrame, "P4")));
   EXPECT_THAT(out.logger.lines, IsEmpty());
@@ -87,9 +85,7 @@ TEST_P(EveryCodec, TakesEveryCutOfTheStream) {
   // A byte of 00 in the text needs emulation prevention, and looks like the next start code.
   const Bytes stream = join({picture("first"), picture(std::string_view("\0\0\0\1", 4)),
                              encode({.codec = GetParam()}), picture("last")});
-  Extraction whole{GetParam()};
-  whole.pes(kSecond, stream);
-  whole.extractor.flush();
+  const Extraction whole(GetParam(), {{kSecond, stream}});
   ASSERT_FALSE(whole.samples.empty());
 
   for (std::size_t piece = 1; piece < 50; ++piece) {
@@ -106,39 +102,34 @@ TEST_P(EveryCodec, TakesEveryCutOfTheStream) {
 TEST_P(EveryCodec, LossCostsOnlyTheTornUnit) {
   Extraction out{GetParam()};
   const Bytes torn = picture("torn");
-  out.pes(1 * kFrame, picture("good"));
+  out.extractor.beginPes(1 * kFrame);
+  out.extractor.feed(picture("good"));
   out.extractor.beginPes(2 * kFrame);
   out.extractor.feed(std::span(torn).first(20));
   out.extractor.lostData();
   out.extractor.feed(std::span(torn).last(60));
-  out.pes(3 * kFrame, picture("next"));
+  out.extractor.beginPes(3 * kFrame);
+  out.extractor.feed(picture("next"));
   out.extractor.flush();
   EXPECT_THAT(out.samples, ElementsAre(Pair(1 * kFrame, "good"), Pair(3 * kFrame, "next")));
 }
 
 TEST_P(EveryCodec, PicturesWithoutSlicesStayApart) {
-  Extraction out{GetParam()};
-  for (MediaTime i = 1; i <= 3; ++i) {
-    out.pes(i * kFrame, encode({.codec = GetParam(), .triplets = textTriplets("ab"), .slices = 0}));
-  }
-  out.extractor.flush();
+  const Bytes picture = encode({.codec = GetParam(), .triplets = textTriplets("ab"), .slices = 0});
+  const Extraction out(GetParam(),
+                       {{1 * kFrame, picture}, {2 * kFrame, picture}, {3 * kFrame, picture}});
   EXPECT_THAT(out.samples,
               ElementsAre(Pair(1 * kFrame, "ab"), Pair(2 * kFrame, "ab"), Pair(3 * kFrame, "ab")));
 }
 
 TEST_P(EveryCodec, AStepInTimeKeepsTheOrderOfTheStream) {
-  Extraction out{GetParam()};
-  out.pes(100 * kSecond, picture("before"));
-  out.pes(10 * kSecond, picture("then"));
-  out.extractor.flush();
+  const Extraction out(GetParam(),
+                       {{100 * kSecond, picture("before")}, {10 * kSecond, picture("then")}});
   EXPECT_THAT(out.samples, ElementsAre(Pair(100 * kSecond, "before"), Pair(10 * kSecond, "then")));
 }
 
 TEST_P(EveryCodec, SaysWhatItCannotPlaceInTime) {
-  Extraction out{GetParam()};
-  out.pes({}, picture("lost"));
-  out.pes(kSecond, picture("kept"));
-  out.extractor.flush();
+  const Extraction out(GetParam(), {{{}, picture("lost")}, {kSecond, picture("kept")}});
   EXPECT_THAT(out.samples, ElementsAre(Pair(kSecond, "kept")));
   EXPECT_THAT(out.logger.lines, ElementsAre(HasSubstr("PID 256")));
 }
@@ -161,7 +152,6 @@ TEST_P(EveryCodec, SurvivesNoise) {
 }
 
 TEST(VideoCaptions, Mpeg2CountsPicturesWithoutPtsByTemporalReference) {
-  Extraction out{VideoCodec::Mpeg2};
   const auto picture = [](int reference, std::string_view text, bool beginsGroup = false) {
     return encode({.codec = VideoCodec::Mpeg2,
                    .triplets = textTriplets(text),
@@ -169,26 +159,25 @@ TEST(VideoCaptions, Mpeg2CountsPicturesWithoutPtsByTemporalReference) {
                    .beginsGroup = beginsGroup});
   };
   // Two open groups in coding order; only the first picture has a PTS.
-  out.pes(10 * kSecond,
-          join({picture(2, "I2", true), picture(0, "B0"), picture(1, "B1"), picture(5, "P5"),
-                picture(3, "B3"), picture(4, "B4"), picture(1, "i1", true), picture(0, "b0")}));
-  out.extractor.flush();
-  EXPECT_THAT(
-      out.samples,
-      ElementsAre(Pair(10 * kSecond - 2 * kFrame, "B0"), Pair(10 * kSecond - kFrame, "B1"),
-                  Pair(10 * kSecond, "I2"), Pair(10 * kSecond + kFrame, "B3"),
-                  Pair(10 * kSecond + 2 * kFrame, "B4"), Pair(10 * kSecond + 3 * kFrame, "P5"),
-                  Pair(10 * kSecond + 4 * kFrame, "b0"), Pair(10 * kSecond + 5 * kFrame, "i1")));
+  constexpr MediaTime kStart = 10 * kSecond - 2 * kFrame;
+  const Extraction out(
+      VideoCodec::Mpeg2,
+      {{kStart + 2 * kFrame,
+        join({picture(2, "I2", true), picture(0, "B0"), picture(1, "B1"), picture(5, "P5"),
+              picture(3, "B3"), picture(4, "B4"), picture(1, "i1", true), picture(0, "b0")})}});
+  std::vector<std::pair<MediaTime, std::string>> expected;
+  for (const char* text : {"B0", "B1", "I2", "B3", "B4", "P5", "b0", "i1"}) {
+    expected.emplace_back(kStart + expected.size() * kFrame, text);
+  }
+  EXPECT_EQ(out.samples, expected);
 }
 
 TEST(VideoCaptions, FieldsOfOneFrameAreOneSample) {
   for (const VideoCodec codec : {VideoCodec::Mpeg2, VideoCodec::H264}) {
-    Extraction out{codec};
     const auto field = [&](std::string_view text) {
       return encode({.codec = codec, .triplets = textTriplets(text), .temporalReference = 6});
     };
-    out.pes(kSecond, join({field("top."), field("bottom")}));
-    out.extractor.flush();
+    const Extraction out(codec, {{kSecond, join({field("top."), field("bottom")})}});
     EXPECT_THAT(out.samples, ElementsAre(Pair(kSecond, "top.bottom")));
   }
 }
@@ -199,9 +188,7 @@ TEST(VideoCaptions, ReadsSeveralMessagesOfOneSei) {
   const Bytes sei = seiUnit(VideoCodec::H264, join({seiMessage(1, Bytes{0x12}), registeredElsewhere,
                                                     captionSeiMessage(textTriplets("ab")), large,
                                                     captionSeiMessage(textTriplets("cd"))}));
-  Extraction out{VideoCodec::H264};
-  out.pes(kSecond, join({sei, encode({.slices = 1})}));
-  out.extractor.flush();
+  const Extraction out(VideoCodec::H264, {{kSecond, join({sei, encode({.slices = 1})})}});
   EXPECT_THAT(out.samples, ElementsAre(Pair(kSecond, "abcd")));
   EXPECT_THAT(out.logger.lines, IsEmpty());
 }
@@ -212,10 +199,8 @@ TEST(VideoCaptions, ReadsDamagedUserDataAsFarAsItGoes) {
   const Bytes tooLong = seiUnit(VideoCodec::H264, seiMessage(4, userData, 250));
   const Bytes cutShort = seiUnit(
       VideoCodec::H264, seiMessage(4, join({provider, atscUserData(textTriplets("efgh"), 31)})));
-  Extraction out{VideoCodec::H264};
-  out.pes(1 * kSecond, join({tooLong, encode({})}));
-  out.pes(2 * kSecond, join({cutShort, encode({})}));
-  out.extractor.flush();
+  const Extraction out(VideoCodec::H264, {{1 * kSecond, join({tooLong, encode({})})},
+                                          {2 * kSecond, join({cutShort, encode({})})}});
   EXPECT_THAT(out.samples, ElementsAre(Pair(1 * kSecond, "abcd"), Pair(2 * kSecond, "efgh")));
   EXPECT_THAT(
       out.logger.lines,
