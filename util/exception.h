@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#if defined(__MINGW32__)
+#if defined(__MINGW32__) && !defined(__clang__)
 #define TESSARY_PRINTF(text, first) __attribute__((format(gnu_printf, text, first)))
 #elif defined(__GNUC__)
 #define TESSARY_PRINTF(text, first) __attribute__((format(printf, text, first)))
