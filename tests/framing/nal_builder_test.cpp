@@ -4,7 +4,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "framing/nal_builder_dvb_subtitle.h"
 #include "framing/nal_builder_raw.h"
 #include "framing/nal_builder_teletext.h"
 #include "tests/support/memory_item.h"
@@ -54,13 +53,8 @@ TEST_F(QueuedBuilder, JoinsTheSamplesOfOnePayloadAndWaitsForTheNextStart) {
   builder.endOfStream();
   EXPECT_THAT(listener.payloads, ElementsAre("abc", "d", "e"));
   EXPECT_EQ(listener.endsOfStream, 1);
-}
-
-TEST_F(QueuedBuilder, BeginsInTheMiddleOfAPayload) {
-  builder.push(continuingItem("rest"));
-  builder.push(startItem("next"));
-  EXPECT_THAT(listener.payloads, ElementsAre("rest"));
-  EXPECT_FALSE(listener.units[0].startFlag);
+  builder.endOfStream();
+  EXPECT_EQ(listener.endsOfStream, 2) << "of an empty stream too";
 }
 
 TEST_F(QueuedBuilder, TakesTimeAndFlagsFromTheFirstSampleOnly) {
@@ -68,19 +62,20 @@ TEST_F(QueuedBuilder, TakesTimeAndFlagsFromTheFirstSampleOnly) {
   first->discontinuity = true;
   const auto second = continuingItem("b");
   second->time = {7, 8};
-  builder.push(first);
-  builder.push(second);
-  builder.push(startItem("c", 9));
+  for (const auto& item : {continuingItem("rest"), first, second, startItem("c", 9)}) {
+    builder.push(item);
+  }
   builder.endOfStream();
 
-  ASSERT_EQ(listener.units.size(), 2u);
-  EXPECT_EQ(listener.units[0].type, 6);
-  EXPECT_FALSE(listener.units[0].hasTime);
-  EXPECT_TRUE(listener.units[0].startFlag);
-  EXPECT_TRUE(listener.units[0].secondFlag);
-  EXPECT_TRUE(listener.units[1].hasTime);
-  EXPECT_EQ(listener.units[1].startTime, 9u);
-  EXPECT_FALSE(listener.units[1].secondFlag);
+  ASSERT_THAT(listener.payloads, ElementsAre("rest", "ab", "c"));
+  EXPECT_FALSE(listener.units[0].startFlag) << "begun in the middle of a payload";
+  EXPECT_EQ(listener.units[1].type, 6);
+  EXPECT_FALSE(listener.units[1].hasTime);
+  EXPECT_TRUE(listener.units[1].startFlag);
+  EXPECT_TRUE(listener.units[1].secondFlag);
+  EXPECT_TRUE(listener.units[2].hasTime);
+  EXPECT_EQ(listener.units[2].startTime, 9u);
+  EXPECT_FALSE(listener.units[2].secondFlag);
 }
 
 TEST_F(QueuedBuilder, KeepsTheNewSampleWhenTheListenerThrows) {
@@ -92,29 +87,15 @@ TEST_F(QueuedBuilder, KeepsTheNewSampleWhenTheListenerThrows) {
   EXPECT_THAT(listener.payloads, ElementsAre("kept!"));
 }
 
-TEST_F(QueuedBuilder, DropsAUnitWithoutPayloadAndTheUnitBegunOnly) {
+TEST_F(QueuedBuilder, DropsAUnitWithoutPayloadAndTakesNoBytesOfANegativeLength) {
   const auto broken = continuingItem("b");
   broken->refusesPayload = true;
-  builder.push(startItem("a"));
-  builder.push(broken);
-  builder.push(startItem("c"));
-  builder.push(startItem("d"));
-  EXPECT_THAT(listener.payloads, ElementsAre("c"));
-}
-
-TEST_F(QueuedBuilder, TakesNoBytesOfASampleOfNegativeLength) {
-  const auto negative = continuingItem("b");
+  const auto negative = continuingItem("d");
   negative->statedLength = -5;
-  builder.push(startItem("a"));
-  builder.push(negative);
-  builder.endOfStream();
-  EXPECT_THAT(listener.payloads, ElementsAre("a"));
-}
-
-TEST_F(QueuedBuilder, ForwardsTheEndOfAnEmptyStream) {
-  builder.endOfStream();
-  EXPECT_THAT(listener.payloads, ElementsAre());
-  EXPECT_EQ(listener.endsOfStream, 1);
+  for (const auto& item : {startItem("a"), broken, startItem("c"), negative, startItem("e")}) {
+    builder.push(item);
+  }
+  EXPECT_THAT(listener.payloads, ElementsAre("c"));
 }
 
 TEST_F(QueuedBuilder, LetsGoOfSamplesWithTheirUnit) {
@@ -125,16 +106,6 @@ TEST_F(QueuedBuilder, LetsGoOfSamplesWithTheirUnit) {
   EXPECT_EQ(item.use_count(), 1);
 }
 
-TEST(DvbBuilder, MakesUnitsOfItsType) {
-  UnitRecorder listener;
-  NALBuilderDVBSubtitle builder;
-  builder.setListener(&listener);
-  builder.push(startItem("a"));
-  builder.endOfStream();
-  ASSERT_EQ(listener.units.size(), 1u);
-  EXPECT_EQ(listener.units[0].type, 11);
-}
-
 TEST(RawBuilder, MakesAUnitOfEverySampleWithBytesAtOnce) {
   UnitRecorder listener;
   NALBuilderRaw builder(NALBuilderRaw::kCaptionType);
@@ -142,16 +113,15 @@ TEST(RawBuilder, MakesAUnitOfEverySampleWithBytesAtOnce) {
   EXPECT_EQ(builder.push(startItem("a", 5)), kOk);
   EXPECT_EQ(builder.push(continuingItem("b")), kOk);
   EXPECT_EQ(builder.push(startItem("")), kOk);
-  EXPECT_THAT(listener.payloads, ElementsAre("a", "b"));
+  const auto broken = startItem("c");
+  broken->refusesPayload = true;
+  EXPECT_TRUE(failed(builder.push(broken)));
+  ASSERT_THAT(listener.payloads, ElementsAre("a", "b"));
   EXPECT_EQ(listener.units[0].type, 16);
   EXPECT_TRUE(listener.units[0].hasTime);
   EXPECT_EQ(listener.units[0].startTime, 5u);
   EXPECT_TRUE(listener.units[0].startFlag);
   EXPECT_FALSE(listener.units[1].hasTime);
-
-  const auto broken = startItem("c");
-  broken->refusesPayload = true;
-  EXPECT_TRUE(failed(builder.push(broken)));
   builder.endOfStream();
   EXPECT_EQ(listener.units.size(), 2u);
   EXPECT_EQ(listener.endsOfStream, 1);
