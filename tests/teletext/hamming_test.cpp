@@ -11,6 +11,10 @@ namespace {
 constexpr std::array<std::uint8_t, 16> kCodewords = {
     0x15, 0x02, 0x49, 0x5E, 0x64, 0x73, 0x38, 0x2F, 0xD0, 0xC7, 0x8C, 0x9B, 0xA1, 0xB6, 0xFD, 0xEA};
 
+void flip(std::array<std::uint8_t, 3>& raw, std::size_t bit) {
+  raw[bit / 8] ^= static_cast<std::uint8_t>(1 << bit % 8);
+}
+
 unsigned distance(unsigned left, unsigned right) {
   return static_cast<unsigned>(std::popcount(left ^ right));
 }
@@ -30,13 +34,9 @@ TEST(Hamming84, DecodesEveryByteToTheNearestCodeword) {
 TEST(CharacterCode, IsTheReversedByteWithoutItsOddParity) {
   for (unsigned raw = 0; raw < 256; ++raw) {
     unsigned reversed = 0;
-    unsigned ones = 0;
-    for (unsigned bit = 0; bit < 8; ++bit) {
-      reversed = reversed * 2 + (raw >> bit & 1);
-      ones += raw >> bit & 1;
-    }
+    for (unsigned bit = 0; bit < 8; ++bit) reversed = reversed * 2 + (raw >> bit & 1);
     EXPECT_EQ(reverseBits(static_cast<std::uint8_t>(raw)), reversed);
-    EXPECT_EQ(kCharacterCode[raw], ones % 2 == 1 ? reversed & 0x7F : 0x7F) << raw;
+    EXPECT_EQ(kCharacterCode[raw], std::popcount(raw) % 2 == 1 ? reversed & 0x7F : 0x7F) << raw;
   }
 }
 
@@ -44,9 +44,8 @@ TEST(Hamming2418, ReadsEveryValueAndCorrectsEverySingleError) {
   for (std::uint32_t value = 0; value < 1u << 18; ++value) {
     auto raw = encoders::encodeHamming2418(value);
     ASSERT_EQ(decodeHamming2418(raw), value);
-    const std::size_t wrong = value % 24;
-    raw[wrong / 8] ^= static_cast<std::uint8_t>(1 << wrong % 8);
-    ASSERT_EQ(decodeHamming2418(raw), value) << "bit " << wrong;
+    flip(raw, value % 24);
+    ASSERT_EQ(decodeHamming2418(raw), value) << "bit " << value % 24;
   }
 }
 
@@ -55,9 +54,8 @@ TEST(Hamming2418, RefusesEveryDoubleError) {
     for (std::size_t first = 0; first < 24; ++first) {
       for (std::size_t second = first + 1; second < 24; ++second) {
         auto raw = encoders::encodeHamming2418(value);
-        for (const std::size_t bit : {first, second}) {
-          raw[bit / 8] ^= static_cast<std::uint8_t>(1 << bit % 8);
-        }
+        flip(raw, first);
+        flip(raw, second);
         EXPECT_EQ(decodeHamming2418(raw), std::nullopt) << first << ' ' << second;
       }
     }

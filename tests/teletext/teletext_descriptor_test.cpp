@@ -19,14 +19,10 @@ FollowedPage follow(const std::string& language, bool hearingImpaired, std::uint
   return followLanguage(readTeletextPages(kDescriptors), language, hearingImpaired, page);
 }
 
-TEST(TeletextDescriptor, ListSubtitlePagesWithoutALanguageToFollow) {
-  const auto followed = follow("", false);
-  EXPECT_EQ(followed.page, 0x150u);
-  EXPECT_EQ(followed.list, "[dan, 799] [eng, 888] [eng-imp, 809] ");
-  EXPECT_EQ(followed.follow, "");
-}
-
 TEST(TeletextDescriptor, FollowTheLanguageOnThePageForItsAudience) {
+  EXPECT_EQ(follow("", false).page, 0x150u);
+  EXPECT_EQ(follow("", false).list, "[dan, 799] [eng, 888] [eng-imp, 809] ");
+  EXPECT_EQ(follow("", false).follow, "");
   EXPECT_EQ(follow("eng", false).page, 0x888u);
   EXPECT_EQ(follow("eng", false).follow, "=> Follow language eng on page 888");
   EXPECT_EQ(follow("eng", true).page, 0x809u);
