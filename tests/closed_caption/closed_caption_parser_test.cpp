@@ -45,13 +45,6 @@ class Service {
     return result;
   }
 
-  // The runs of the row that a caption of one row makes of `codes`.
-  static std::vector<CaptionText::TextRun> runsOf(CaptionBuilder codes) {
-    const auto rows =
-        Service(1).feed(std::move(codes)).feed(CaptionBuilder().endOfCaption()).screen().rows;
-    return rows.empty() ? std::vector<CaptionText::TextRun>{} : rows.front().runs;
-  }
-
   ClosedCaptionParser& parser() { return parser_; }
   MediaTime time() const { return time_; }
 
@@ -64,24 +57,14 @@ CaptionBuilder popOn(int row = 15, std::uint8_t attribute = 0x10) {
   return CaptionBuilder().resumeCaptionLoading().preamble(row, attribute);
 }
 
-TEST(CaptionIntake, TakesTheTripletsOfItsFieldAndChannelOnly) {
-  const auto hello = [](int field, int channel) {
-    return CaptionBuilder(field, channel)
-        .resumeCaptionLoading()
-        .preamble(15)
-        .text("Hi")
-        .endOfCaption();
-  };
-  for (std::uint32_t service = 1; service <= 4; ++service) {
-    for (int field = 1; field <= 2; ++field) {
-      for (int channel = 1; channel <= 2; ++channel) {
-        const bool isOwn = service == static_cast<std::uint32_t>(2 * (field - 1) + channel);
-        EXPECT_EQ(Service(service).feed(hello(field, channel)).screen().rows.size(),
-                  isOwn ? 1u : 0u)
-            << "service " << service << ", field " << field << ", channel " << channel;
-      }
-    }
-  }
+// The runs of the row that a caption of one row makes of `codes`.
+std::vector<CaptionText::TextRun> runsOf(CaptionBuilder codes) {
+  const auto rows = Service(1).feed(codes.endOfCaption()).screen().rows;
+  return rows.empty() ? std::vector<CaptionText::TextRun>{} : rows.front().runs;
+}
+
+std::string firstText(const CaptionBuilder& codes) {
+  return textOf(runsOf(codes).at(0));
 }
 
 TEST(CaptionIntake, IgnoresInvalidTripletsDtvccAndTrailingBytes) {
@@ -108,16 +91,16 @@ TEST(CaptionIntake, FollowsTheChannelOfTheLastControlCode) {
 
 TEST(CaptionIntake, SuppressesRepeatedCodesOfTheFirstField) {
   // Carriage returns tell how often they ran: each but the first rolls the text up by one.
-  const auto rowAfter = [](std::uint32_t service, int field, int copies) {
-    Service it(service);
-    it.feed(CaptionBuilder(field).rollUp(4).preamble(15).text("A"));
-    CaptionBuilder returns(field);
+  const auto rowAfter = [](int copies) {
+    Service it(1);
+    it.feed(CaptionBuilder().rollUp(4).preamble(15).text("A"));
+    CaptionBuilder returns;
     for (int i = 0; i < copies; ++i) returns.carriageReturn();
-    return it.feed(std::move(returns)).screen().rows.at(0).number;
+    return it.feed(returns).screen().rows.at(0).number;
   };
-  EXPECT_EQ(rowAfter(1, 1, 1), 14);
-  EXPECT_EQ(rowAfter(1, 1, 2), 14) << "the second copy is dropped";
-  EXPECT_EQ(rowAfter(1, 1, 3), 13) << "the third runs again";
+  EXPECT_EQ(rowAfter(1), 14);
+  EXPECT_EQ(rowAfter(2), 14) << "the second copy is dropped";
+  EXPECT_EQ(rowAfter(3), 13) << "the third runs again";
 
   Service first(1);
   first.feed(CaptionBuilder().rollUp(4).carriageReturn().text("A").carriageReturn());
@@ -127,12 +110,8 @@ TEST(CaptionIntake, SuppressesRepeatedCodesOfTheFirstField) {
 TEST(CaptionIntake, ReadsTheMiscellaneousCodesOfTheSecondField) {
   // Field 2 sends 0x15 where field 1 sends 0x14 (CEA-608, 8.4.1).
   Service third(3);
-  third.feed(CaptionBuilder(2)
-                 .pair(0x15, 0x25)
-                 .pair(0x15, 0x2D)
-                 .text("A")
-                 .pair(0x15, 0x2D)
-                 .pair(0x15, 0x2D));
+  third.feed(CaptionBuilder(2).pair(0x15, 0x25).pair(0x15, 0x2D).text("A"));
+  third.feed(CaptionBuilder(2).pair(0x15, 0x2D).pair(0x15, 0x2D));
   EXPECT_THAT(third.rows(), ElementsAre("13:A")) << "equal codes in a row all run";
   third.feed(CaptionBuilder(2).text("a").pair(0x14, 0x30).pair(0x15, 0x2D));
   EXPECT_THAT(third.rows(), ElementsAre("12:A", "14:Ä")) << "0x14 becomes 0x13, an extended set";
@@ -145,25 +124,15 @@ TEST(CaptionDecoder, ShowsAPopOnCaptionAtItsEnd) {
   EXPECT_THAT(service.rows(), IsEmpty());
 
   service.feed(CaptionBuilder().endOfCaption());
-  EXPECT_TRUE(service.parser().hasChanged());
-  const auto screen = service.screen();
+  EXPECT_TRUE(isEmpty(service.parser().currentSubtitle(service.time() - 1)));
+  EXPECT_TRUE(service.parser().hasChanged()) << "an answer for another time clears nothing";
+  CaptionText expected;
+  expected.rows = {{{{.glyphs = {GlyphText('H'), GlyphText('I')}}}, CaptionMode::PopOn, 15}};
+  EXPECT_EQ(service.screen(), expected);
   EXPECT_FALSE(service.parser().hasChanged()) << "taking the screen clears the flag";
-  ASSERT_EQ(screen.rows.size(), 1u);
-  EXPECT_EQ(screen.rows[0].number, 15);
-  EXPECT_EQ(screen.rows[0].mode, CaptionMode::PopOn);
-  CaptionText::TextRun expected;
-  expected.glyphs = {GlyphText('H'), GlyphText('I')};
-  EXPECT_THAT(screen.rows[0].runs, ElementsAre(expected));
 
   service.feed(CaptionBuilder().resumeCaptionLoading().endOfCaption());
   EXPECT_THAT(service.rows(), IsEmpty()) << "the memories changed places";
-}
-
-TEST(CaptionDecoder, AnswersOnlyForTheTimeOfTheLastUnit) {
-  Service service(1);
-  service.feed(popOn().text("HI").endOfCaption());
-  EXPECT_TRUE(isEmpty(service.parser().currentSubtitle(service.time() - 1)));
-  EXPECT_TRUE(service.parser().hasChanged()) << "an answer for another time clears nothing";
 }
 
 TEST(CaptionDecoder, RollsUpAtCarriageReturns) {
@@ -239,17 +208,16 @@ TEST(CaptionDecoder, ErasesEitherMemory) {
 }
 
 TEST(CaptionDecoder, TakesBackCharactersAcrossRuns) {
-  EXPECT_EQ(textOf(Service::runsOf(popOn().text("AB").preamble(15, 0x12).backspace().text("C"))[0]),
-            "A");
-  EXPECT_EQ(textOf(Service::runsOf(popOn().text("A").control(0x12, 0x30))[0]), "À");
-  EXPECT_EQ(textOf(Service::runsOf(popOn().control(0x13, 0x2C).text("x"))[0]), "‸x");
-  EXPECT_EQ(textOf(Service::runsOf(popOn().text("A").control(0x11, 0x37))[0]), "A♪");
+  EXPECT_EQ(firstText(popOn().text("AB").preamble(15, 0x12).backspace().text("C")), "A");
+  EXPECT_EQ(firstText(popOn().text("A").control(0x12, 0x30)), "À");
+  EXPECT_EQ(firstText(popOn().control(0x13, 0x2C).text("x")), "‸x");
+  EXPECT_EQ(firstText(popOn().text("A").control(0x11, 0x37)), "A♪");
 }
 
 TEST(CaptionDecoder, PlacesPreambles) {
   for (int row = 1; row <= 15; ++row) {
     Service service(1);
-    service.feed(popOn(row).text("x").endOfCaption());
+    service.feed(popOn(row, 0x00).text("x").endOfCaption());
     EXPECT_EQ(service.screen().rows.at(0).number, row);
   }
   for (std::uint8_t attribute = 0; attribute < 0x20; ++attribute) {
@@ -262,40 +230,40 @@ TEST(CaptionDecoder, PlacesPreambles) {
     } else {
       expected.column = 4u * ((attribute - 0x10u) / 2);
     }
-    EXPECT_THAT(Service::runsOf(popOn(5, attribute)), ElementsAre(expected)) << int{attribute};
+    EXPECT_THAT(runsOf(popOn(5, attribute)), ElementsAre(expected)) << int{attribute};
   }
 }
 
-TEST(CaptionDecoder, AddsARunToARowThatAPreambleNamesAgain) {
-  EXPECT_EQ(Service::runsOf(popOn().text("A").preamble(15, 0x1E).text("B")).size(), 2u);
-}
-
 TEST(CaptionDecoder, ChangesStylesInRuns) {
+  EXPECT_EQ(runsOf(popOn().text("A").preamble(15, 0x1E).text("B")).size(), 2u)
+      << "a preamble that names the row again";
+
   // White underlined, then white again: the underline stays, so nothing changes.
-  auto runs = Service::runsOf(
-      popOn(15, 0x14).text("A").control(0x11, 0x21).text("B").control(0x11, 0x20).text("C"));
+  auto runs =
+      runsOf(popOn(15, 0x14).text("A").control(0x11, 0x21).text("B").control(0x11, 0x20).text("C"));
   ASSERT_EQ(runs.size(), 2u);
   EXPECT_EQ(textOf(runs[1]), "BC");
   EXPECT_TRUE(runs[1].underline);
   EXPECT_EQ(runs[1].column, 8u) << "that of the run before, whatever text it holds";
 
-  runs = Service::runsOf(popOn().control(0x11, 0x28).control(0x11, 0x2E).text("A"));
+  runs = runsOf(popOn().control(0x11, 0x28).control(0x11, 0x2E).text("A"));
   ASSERT_EQ(runs.size(), 1u) << "an empty run takes the style over";
   EXPECT_EQ(runs[0].foreground, CaptionColour::Red);
   EXPECT_TRUE(runs[0].italic);
 
-  runs = Service::runsOf(popOn().text("A").control(0x17, 0x23).text("B"));
+  runs = runsOf(popOn().text("A").control(0x17, 0x23).text("B"));
   ASSERT_EQ(runs.size(), 1u) << "a tab alone never moves the pen";
 
-  runs = Service::runsOf(
-      popOn().text("A").control(0x10, 0x25).control(0x17, 0x25).control(0x17, 0x2F));
+  const CaptionText::TextRun expected{.glyphs = {},
+                                      .foreground = CaptionColour::Black,
+                                      .background = CaptionColour::Blue,
+                                      .backgroundOpacity = CaptionOpacity::SemiTransparent,
+                                      .doubleSize = 1,
+                                      .underline = true};
+  runs = runsOf(popOn().text("A").control(0x10, 0x25).control(0x17, 0x25).control(0x17, 0x2F));
   ASSERT_EQ(runs.size(), 2u);
-  EXPECT_EQ(runs[1].background, CaptionColour::Blue);
-  EXPECT_EQ(runs[1].backgroundOpacity, CaptionOpacity::SemiTransparent);
-  EXPECT_EQ(runs[1].doubleSize, 1u);
-  EXPECT_EQ(runs[1].foreground, CaptionColour::Black);
-  EXPECT_TRUE(runs[1].underline);
-  runs = Service::runsOf(popOn().control(0x17, 0x2D).control(0x17, 0x25).control(0x17, 0x24));
+  EXPECT_EQ(runs[1], expected);
+  runs = runsOf(popOn().control(0x17, 0x2D).control(0x17, 0x25).control(0x17, 0x24));
   EXPECT_EQ(runs[0].backgroundOpacity, CaptionOpacity::Transparent);
   EXPECT_EQ(runs[0].doubleSize, 0u);
 }
@@ -307,7 +275,7 @@ TEST(CaptionCharacters, FollowTheTables) {
       // The letter that an extended character takes back.
       auto codes = popOn();
       if (b1 != 0x11) codes.text("x");
-      text += textOf(Service::runsOf(codes.control(b1, static_cast<std::uint8_t>(b2)))[0]);
+      text += firstText(codes.control(b1, static_cast<std::uint8_t>(b2)));
     }
     return text;
   };
@@ -317,7 +285,7 @@ TEST(CaptionCharacters, FollowTheTables) {
 
   std::string basic;
   for (int code = 0x20; code < 0x80; ++code) basic += static_cast<char>(code);
-  EXPECT_EQ(textOf(Service::runsOf(popOn().text(basic))[0]),
+  EXPECT_EQ(firstText(popOn().text(basic)),
             " !\"#$%&'()á+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[é]íóú"
             "abcdefghijklmnopqrstuvwxyzç÷Ññ█");
 }
