@@ -5,15 +5,16 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/timed_text/ttml_fixture.h"
+#include "tests/timed_text/writer_bench.h"
 
 namespace korr::encoding::subtitling::ttml {
 namespace {
 
-std::vector<GlyphText> glyphs(std::string_view ascii) {
-  std::vector<GlyphText> cells;
-  for (const char c : ascii) cells.emplace_back(c);
-  return cells;
+using TtmlWriter = WriterBench<ConverterToTtml>;
+
+template <class Payload>
+std::string convert(const Payload& payload, bool ebuTt = false) {
+  return TtmlWriter(ebuTt, nullptr).convert(payload);
 }
 
 TeletextText::Run teletextRun(std::string_view text, TeletextColour colour = TeletextColour::White,
@@ -38,10 +39,7 @@ TEST(ConverterToTtml, WritesATeletextPage) {
       {.number = 22,
        .runs = {teletextRun(" Ich.", TeletextColour::Yellow, TeletextSize::DoubleHeight),
                 teletextRun(" Nie", TeletextColour::Red)}}};
-  EXPECT_EQ(TtmlWriter().convert(page),
-            R"(<?xml version="1.0" encoding="UTF-8" ?>
-<head>
-  <styling>
+  EXPECT_EQ(convert(page), withHead(R"(  <styling>
     <style xml:id="textAlignment" tts:textAlign="center" />
     <style xml:id="Style0" tts:fontFamily="proportionalSansSerif" tts:backgroundColor="#00000099" tts:color="#FFFF00" tts:fontSize="1c 2c" />
     <style xml:id="Style1" tts:fontFamily="proportionalSansSerif" tts:backgroundColor="#00000099" tts:color="#FFFFFF" tts:fontSize="1c" />
@@ -65,8 +63,7 @@ TEST(ConverterToTtml, WritesATeletextPage) {
       </p>
     </div>
   </body>
-</head>
-)");
+)"));
 }
 
 TEST(ConverterToTtml, WritesACaptionScreenAsEbuTt) {
@@ -88,10 +85,7 @@ TEST(ConverterToTtml, WritesACaptionScreenAsEbuTt) {
                           .italic = true}};
   // Two new styles in the first row share its number; the empty run gets blanks and leaves the
   // column where it was; two rows below the empty row 12 are two breaks.
-  EXPECT_EQ(TtmlWriter(true).convert(screen),
-            R"(<?xml version="1.0" encoding="UTF-8" ?>
-<head>
-  <styling>
+  EXPECT_EQ(convert(screen, true), withHead(R"(  <styling>
     <style xml:id="textAlignment" tts:textAlign="center" />
     <style xml:id="Style0" tts:fontFamily="proportionalSansSerif" tts:backgroundColor="#00000000" tts:color="#FFFFFF" tts:fontSize="100%" tts:lineHeight="normal" ebutts:linePadding="0.5c" />
     <style xml:id="Style0" tts:fontFamily="proportionalSansSerif" tts:backgroundColor="#00000000" tts:color="#FFFFFF" tts:fontSize="100%" tts:lineHeight="normal" ebutts:linePadding="0.5c" tts:fontStyle="italic" />
@@ -115,58 +109,53 @@ TEST(ConverterToTtml, WritesACaptionScreenAsEbuTt) {
       </p>
     </div>
   </body>
-</head>
-)");
+)"));
 }
 
 TEST(ConverterToTtml, MapsEveryCodeToItsAttribute) {
-  const auto teletext = [](TeletextColour colour, TeletextSize size, bool ebuTt) {
+  const auto teletext = [](std::uint32_t colour, std::uint32_t size, const char* name, bool ebuTt) {
     TeletextText page;
-    page.rows = {{.number = 1, .runs = {teletextRun("x", colour, size)}}};
-    return TtmlWriter(ebuTt).convert(page);
+    page.rows = {{.number = 1,
+                  .runs = {teletextRun("x", static_cast<TeletextColour>(colour),
+                                       static_cast<TeletextSize>(size))}}};
+    return attributeOf(convert(page, ebuTt), name) + ' ';
   };
-  const char* const teletextColours[] = {"#FFFFFF", "#FF0000", "#00FF00", "#FFFF00", "#0000FF",
-                                         "#FF00FF", "#00FFFF", "#FFFFFF", "#FFFFFF"};
-  for (std::uint32_t code = 0; code < std::size(teletextColours); ++code) {
-    const auto colour = static_cast<TeletextColour>(code);
-    EXPECT_EQ(attributeOf(teletext(colour, TeletextSize::Normal, false), "tts:color"),
-              teletextColours[code]);
+  std::string colours;
+  for (std::uint32_t code = 0; code <= 8; ++code) colours += teletext(code, 12, "tts:color", false);
+  EXPECT_EQ(colours, "#FFFFFF #FF0000 #00FF00 #FFFF00 #0000FF #FF00FF #00FFFF #FFFFFF #FFFFFF ");
+  std::string plainSizes;
+  std::string ebuSizes;
+  for (std::uint32_t code = 11; code <= 16; ++code) {
+    plainSizes += teletext(7, code, "tts:fontSize", false) + "| ";
+    ebuSizes += teletext(7, code, "tts:fontSize", true);
   }
-  const char* const plainSizes[] = {"1c", "1c", "1c 2c", "2c 1c", "2c", "1c"};
-  const char* const ebuSizes[] = {"100%", "100%", "100%", "100%", "200%", "100%"};
-  for (std::uint32_t i = 0; i < std::size(plainSizes); ++i) {
-    const auto size = static_cast<TeletextSize>(11 + i);
-    const auto sizeIn = [&](bool ebuTt) {
-      return attributeOf(teletext(TeletextColour::White, size, ebuTt), "tts:fontSize");
-    };
-    EXPECT_EQ(sizeIn(false), plainSizes[i]);
-    EXPECT_EQ(sizeIn(true), ebuSizes[i]);
-  }
+  EXPECT_EQ(plainSizes, "1c | 1c | 1c 2c | 2c 1c | 2c | 1c | ");
+  EXPECT_EQ(ebuSizes, "100% 100% 100% 100% 200% 100% ");
 
-  const auto caption = [](const CaptionText::TextRun& run) {
+  const auto caption = [](const CaptionText::TextRun& run, const char* name) {
     CaptionText screen;
     screen.rows.push_back({.runs = {run}, .mode = CaptionMode::PopOn, .number = 1});
-    return TtmlWriter().convert(screen);
+    return attributeOf(convert(screen), name);
   };
-  const char* const captionColours[] = {"#FFFFFF", "#FFFFFF", "#00FF00", "#0000FF", "#00FFFF",
-                                        "#FF0000", "#FFFF00", "#FF00FF", "#000000", "#FFFFFF"};
-  for (std::uint32_t code = 0; code < std::size(captionColours); ++code) {
-    CaptionText::TextRun run;
+  CaptionText::TextRun run;
+  colours.clear();
+  for (std::uint32_t code = 0; code <= 9; ++code) {
     run.foreground = run.background = static_cast<CaptionColour>(code);
-    EXPECT_EQ(attributeOf(caption(run), "tts:color"), captionColours[code]);
-    EXPECT_EQ(attributeOf(caption(run), "tts:backgroundColor"),
-              std::string(captionColours[code]) + "00");
+    const std::string colour = caption(run, "tts:color");
+    EXPECT_EQ(caption(run, "tts:backgroundColor"), colour + "00");
+    colours += colour + ' ';
   }
-  const char* const alphas[] = {"00", "00", "7F", "FF", "00"};
-  for (std::uint32_t code = 0; code < std::size(alphas); ++code) {
-    CaptionText::TextRun run;
+  EXPECT_EQ(colours,
+            "#FFFFFF #FFFFFF #00FF00 #0000FF #00FFFF #FF0000 #FFFF00 #FF00FF #000000 #FFFFFF ");
+  run.background = CaptionColour::Black;
+  std::string alphas;
+  for (std::uint32_t code = 0; code <= 4; ++code) {
     run.backgroundOpacity = static_cast<CaptionOpacity>(code);
-    EXPECT_EQ(attributeOf(caption(run), "tts:backgroundColor"),
-              std::string("#000000") + alphas[code]);
+    alphas += caption(run, "tts:backgroundColor") + ' ';
   }
-  CaptionText::TextRun large;
-  large.doubleSize = 1;
-  EXPECT_EQ(attributeOf(caption(large), "tts:fontSize"), "2c");
+  EXPECT_EQ(alphas, "#00000000 #00000000 #0000007F #000000FF #00000000 ");
+  run.doubleSize = 1;
+  EXPECT_EQ(caption(run, "tts:fontSize"), "2c");
 }
 
 // Carriage returns with nothing in between take a row out of the top of the picture, further and
@@ -178,10 +167,10 @@ TEST(ConverterToTtml, BoundsTheLineBreaksOfRowsThatRolledFarAway) {
   screen.rows[0].runs = {{.glyphs = glyphs("A")}};
   screen.rows[1].number = 14;
   screen.rows[1].runs.assign(1000, {.glyphs = glyphs("B")});
-  const auto document = TtmlWriter().convert(screen);
+  const auto document = convert(screen);
   const auto count = [&document](std::string_view text) {
     std::int32_t found = 0;
-    for (auto at = document.find(text); at != std::string::npos; at = document.find(text, at + 1))
+    for (auto at = document.find(text); at != document.npos; at = document.find(text, at + 1))
       ++found;
     return found;
   };
@@ -192,7 +181,7 @@ TEST(ConverterToTtml, BoundsTheLineBreaksOfRowsThatRolledFarAway) {
 TEST(ConverterToTtml, KeepsNoStyleFromOneDocumentToTheNext) {
   TeletextText page;
   page.rows = {{.number = 5, .runs = {teletextRun("")}}};
-  TtmlWriter writer;
+  TtmlWriter writer(false, nullptr);
   const std::string first = writer.convert(page);
   EXPECT_NE(first.find("<style xml:id=\"Style0\""), std::string::npos);
   EXPECT_NE(first.find("<span style=\"Style0\"></span>"), std::string::npos);
@@ -200,20 +189,16 @@ TEST(ConverterToTtml, KeepsNoStyleFromOneDocumentToTheNext) {
 }
 
 TEST(ConverterToTtml, WritesAPageWithoutRows) {
-  EXPECT_EQ(TtmlWriter().convert(TeletextText{}),
-            R"(<?xml version="1.0" encoding="UTF-8" ?>
-<head>
-  <styling>
+  EXPECT_EQ(convert(TeletextText{}), withHead(R"(  <styling>
     <style xml:id="textAlignment" tts:textAlign="center" />
   </styling>
   <body>
     <div />
   </body>
-</head>
-)");
+)"));
 }
 
-TEST(ConverterToTtml, DeclaresTheNamespacesOfTheKindInItsInitialDocument) {
+TEST(ConverterToTtml, DeclaresTheNamespacesOfTheKindAndRefusesAnUnknownOne) {
   const std::string common =
       "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n"
       "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:tt=\"http://www.w3.org/ns/ttml\""
@@ -223,25 +208,17 @@ TEST(ConverterToTtml, DeclaresTheNamespacesOfTheKindInItsInitialDocument) {
   const std::string ebu = " xmlns:ebutts=\"urn:ebu:tt:style\" xmlns:ebuttm=\"urn:ebu:tt:metadata\"";
   const std::string smpte = " xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2013/smpte-tt\"";
   const std::string end = " />\n";
-  EXPECT_EQ(TtmlWriter().initialDocument(TeletextText{}), common + plain + end);
-  EXPECT_EQ(TtmlWriter(true).initialDocument(CaptionText{}), common + ebu + end);
-  EXPECT_EQ(TtmlWriter().initialDocument(SubtitleBitmap{}), common + plain + smpte + end);
-  EXPECT_EQ(TtmlWriter(true).initialDocument(SubtitleBitmap{}), common + ebu + smpte + end);
-}
-
-TEST(ConverterToTtml, RefusesAnUnknownKind) {
-  const auto unknown = static_cast<SubtitleKind>(3);
-  const auto messageOf = [](auto&& write) -> std::string {
-    try {
-      write();
-    } catch (const std::exception& error) {
-      return error.what();
-    }
-    return "no exception";
+  const auto initial = [](const auto& payload, bool ebuTt) {
+    return TtmlWriter(ebuTt, nullptr).initialDocument(payload);
   };
-  EXPECT_EQ(messageOf([&] { TtmlWriter().convert(unknown); }), "internal assertion failure");
-  EXPECT_EQ(messageOf([&] { TtmlWriter().initialDocument(unknown); }),
-            "internal assertion failure");
+  EXPECT_EQ(initial(TeletextText{}, false), common + plain + end);
+  EXPECT_EQ(initial(CaptionText{}, true), common + ebu + end);
+  EXPECT_EQ(initial(SubtitleBitmap{}, false), common + plain + smpte + end);
+  EXPECT_EQ(initial(SubtitleBitmap{}, true), common + ebu + smpte + end);
+
+  constexpr auto kUnknown = static_cast<SubtitleKind>(3);
+  EXPECT_EQ(initial(kUnknown, false), "internal assertion failure");
+  EXPECT_EQ(convert(kUnknown), "internal assertion failure");
 }
 
 }  // namespace

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/timed_text/ttml_fixture.h"
+#include "tests/timed_text/writer_bench.h"
+#include "timed_text/converter_to_ttml.h"
 
 namespace korr::encoding::subtitling::ttml {
 namespace {
@@ -17,11 +18,25 @@ SubtitleBitmap bitmap(std::uint32_t width, std::uint32_t height, std::int32_t pa
   return result;
 }
 
-TEST(TtmlImage, CarriesThePictureInTheMetadata) {
-  EXPECT_EQ(TtmlWriter().convert(bitmap(720, 576, 7)),
-            R"(<?xml version="1.0" encoding="UTF-8" ?>
-<head>
-  <metadata>
+class TtmlImage : public testing::Test {
+ protected:
+  /// Answers every picture with the same bytes, or with none.
+  struct FakePngEncoder final : IPngEncoder {
+    explicit FakePngEncoder(TtmlImage& owner) : test(owner) {}
+    std::optional<ByteBuffer> encode(const RgbaImage&) override {
+      ++test.encoderCalls;
+      return test.png;
+    }
+    TtmlImage& test;
+  };
+
+  std::optional<ByteBuffer> png = ByteBuffer{'p', 'n', 'g'};
+  int encoderCalls = 0;
+  WriterBench<ConverterToTtml> writer{false, std::make_unique<FakePngEncoder>(*this)};
+};
+
+TEST_F(TtmlImage, CarriesThePictureInTheMetadata) {
+  EXPECT_EQ(writer.convert(bitmap(720, 576, 7)), withHead(R"(  <metadata>
     <smpte:image xml:id="Subtitle_7" imagetype="PNG" encoding="Base64">cG5n</smpte:image>
   </metadata>
   <layout>
@@ -30,43 +45,35 @@ TEST(TtmlImage, CarriesThePictureInTheMetadata) {
   <body>
     <div smpte:backgroundImage="#Subtitle_7" region="Region" />
   </body>
-</head>
-)");
+)"));
 }
 
-TEST(TtmlImage, NumbersPicturesWithoutSign) {
-  const std::string document = TtmlWriter().convert(bitmap(1, 1, -2));
-  EXPECT_NE(document.find("xml:id=\"Subtitle_4294967294\""), std::string::npos);
+TEST_F(TtmlImage, NumbersPicturesWithoutSign) {
+  EXPECT_NE(writer.convert(bitmap(1, 1, -2)).find("xml:id=\"Subtitle_4294967294\""),
+            std::string::npos);
 }
 
-TEST(TtmlImage, ClearsTheScreenForABitmapThatIsNotVisible) {
-  TtmlWriter writer;
-  EXPECT_EQ(writer.convert(SubtitleBitmap{}),
-            R"(<?xml version="1.0" encoding="UTF-8" ?>
-<head>
-  <metadata />
+TEST_F(TtmlImage, ClearsTheScreenForABitmapThatIsNotVisible) {
+  EXPECT_EQ(writer.convert(SubtitleBitmap{}), withHead(R"(  <metadata />
   <body>
     <div />
   </body>
-</head>
-)");
-  EXPECT_EQ(writer.encoderCalls, 0);
+)"));
+  EXPECT_EQ(encoderCalls, 0);
 }
 
-TEST(TtmlImage, EncodesEveryPictureOnce) {
-  TtmlWriter writer;
+TEST_F(TtmlImage, EncodesEveryPictureOnce) {
   const std::string first = writer.convert(bitmap(2, 2, 1));
   writer.convert(SubtitleBitmap{});  // clearing keeps what is cached
   EXPECT_EQ(writer.convert(bitmap(2, 2, 1)), first);
-  EXPECT_EQ(writer.encoderCalls, 1);
+  EXPECT_EQ(encoderCalls, 1);
   EXPECT_NE(writer.convert(bitmap(2, 2, 2)), first);
-  EXPECT_EQ(writer.encoderCalls, 2);
+  EXPECT_EQ(encoderCalls, 2);
 }
 
-TEST(TtmlImage, WritesTheDeclarationAloneWhenThePictureCannotBeEncoded) {
-  TtmlWriter writer;
+TEST_F(TtmlImage, WritesTheDeclarationAloneWhenThePictureCannotBeEncoded) {
   const std::string first = writer.convert(bitmap(2, 2, 1));
-  writer.png = std::nullopt;
+  png = std::nullopt;
   EXPECT_EQ(writer.convert(bitmap(2, 2, 2)), "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n");
   EXPECT_EQ(writer.convert(bitmap(2, 2, 1)), first) << "the cache was lost";
 }
