@@ -1,45 +1,82 @@
-// Subtitles for tests, written as they look.
+// Subtitles for tests, written as they look, and the files that are made of them.
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/subtitle.h"
+#include "tests/support/temporary_directory.h"
 #include "txsub/output/cue.h"
+#include "txsub/output/playable_file.h"
 
 namespace korr::txsub {
 
 namespace model = encoding::subtitling;
 
+using model::CaptionText;
+using model::TeletextColour;
+using model::TeletextSize;
+using model::TeletextText;
+using test_support::TemporaryDirectory;
+
 inline std::vector<model::GlyphText> glyphs(std::string_view ascii) {
-  std::vector<model::GlyphText> cells;
-  for (const char c : ascii) cells.emplace_back(c);
-  return cells;
+  return std::vector<model::GlyphText>(ascii.begin(), ascii.end());
 }
 
-inline model::CaptionText::TextRun captionRun(std::uint32_t column, std::string_view text) {
-  model::CaptionText::TextRun run;
+inline CaptionText::TextRun captionRun(std::uint32_t column, std::string_view text) {
+  CaptionText::TextRun run;
   run.column = column;
   run.glyphs = glyphs(text);
   return run;
 }
 
-inline model::CaptionText::TextRow captionRow(std::int32_t number,
-                                              std::vector<model::CaptionText::TextRun> runs) {
-  model::CaptionText::TextRow row;
+inline CaptionText::TextRow captionRow(std::int32_t number,
+                                       std::vector<CaptionText::TextRun> runs) {
+  CaptionText::TextRow row;
   row.number = number;
   row.runs = std::move(runs);
   return row;
 }
 
-inline model::Subtitle captions(std::vector<model::CaptionText::TextRow> rows) {
-  return model::Subtitle(model::CaptionText{std::move(rows)});
+inline CaptionText::TextRow captionRow(std::int32_t number, std::uint32_t column,
+                                       std::string_view text) {
+  return captionRow(number, {captionRun(column, text)});
+}
+
+inline model::Subtitle captions(std::vector<CaptionText::TextRow> rows) {
+  return model::Subtitle(CaptionText{std::move(rows)});
+}
+
+inline TeletextText::Run teletextRun(std::uint32_t column, std::string_view text,
+                                     TeletextColour colour = TeletextColour::White,
+                                     TeletextSize size = TeletextSize::Normal) {
+  return {.column = column, .colour = colour, .size = size, .glyphs = glyphs(text)};
+}
+
+inline model::Subtitle teletext(std::vector<TeletextText::TextRow> rows) {
+  return model::Subtitle(TeletextText{std::move(rows)});
 }
 
 inline Cue cue(MediaTime startMs, MediaTime stopMs, model::Subtitle subtitle) {
   return {.start = startMs * model::kMillisecond,
           .stop = stopMs * model::kMillisecond,
           .subtitle = std::make_shared<const model::Subtitle>(std::move(subtitle))};
+}
+
+inline void writePlayable(const PlayableRequest& request, const std::vector<Cue>& cues) {
+  const auto file = createPlayableFile(request);
+  for (const Cue& cue : cues) file->write(cue);
+  file->finish();
+}
+
+/// What a file of these cues reads.
+inline std::string playableText(PlayableRequest request, const std::vector<Cue>& cues) {
+  const TemporaryDirectory directory;
+  request.path = directory.file("file");
+  writePlayable(request, cues);
+  return directory.read("file");
 }
 
 }  // namespace korr::txsub

@@ -1,13 +1,15 @@
 #include "txsub/output/subtitle_recorder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <deque>
 
 #include "tests/txsub/output/cue_builder.h"
 
 namespace korr::txsub {
 namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
 
 // Plays the chain: each step shows a subtitle from one time to the next.
 class RecorderTest : public testing::Test, protected ICueListener, model::ISubtitleContainer {
@@ -25,18 +27,18 @@ class RecorderTest : public testing::Test, protected ICueListener, model::ISubti
     recorder_.deliver(std::move(buffer));
   }
 
-  void onCue(const Cue& cue) override { cues_.push_back(cue); }
+  void onCue(const Cue& cue) override { cues_.emplace_back(cue.start, cue.stop); }
 
   model::Subtitle currentSubtitle(MediaTime) override { return std::move(*next_); }
 
   model::Subtitle* next_ = nullptr;
-  std::vector<Cue> cues_;
+  std::vector<std::pair<MediaTime, MediaTime>> cues_;
   SubtitleRecorder recorder_{*this};
   std::unique_ptr<model::ISubtitleConverter> writer_ = recorder_.makeWriter(*this);
 };
 
 model::Subtitle text(std::string_view words) {
-  return captions({captionRow(15, {captionRun(0, words)})});
+  return captions({captionRow(15, 0, words)});
 }
 
 model::Subtitle bitmap(std::int32_t page, MediaTime start, MediaTime end,
@@ -60,15 +62,11 @@ TEST_F(RecorderTest, JoinsEqualSubtitlesOverAdjoiningIntervals) {
   show(40, 50, text("A"));
   show(50, 60, text("B"));
   recorder_.finish();
-  ASSERT_EQ(cues_.size(), 2U);
-  EXPECT_EQ(cues_[0].start, 0U);
-  EXPECT_EQ(cues_[0].stop, 50U);
-  EXPECT_EQ(cues_[1].start, 50U);
-  EXPECT_EQ(cues_[1].stop, 60U);
+  EXPECT_THAT(cues_, ElementsAre(Pair(0, 50), Pair(50, 60)));
 }
 
 TEST_F(RecorderTest, MakesNoCueOfNothingAndTwoOfAnInterruptedOne) {
-  show(0, 10, captions({captionRow(15, {captionRun(0, "")})}));
+  show(0, 10, text(""));
   EXPECT_FALSE(recorder_.hasShown());
   show(10, 20, text("A"));
   EXPECT_TRUE(recorder_.hasShown());
@@ -76,26 +74,21 @@ TEST_F(RecorderTest, MakesNoCueOfNothingAndTwoOfAnInterruptedOne) {
   show(30, 40, text("A"));
   show(70, 80, text("A"));  // a break in time
   recorder_.finish();
-  ASSERT_EQ(cues_.size(), 3U);
-  EXPECT_EQ(cues_[0].stop, 20U);
-  EXPECT_EQ(cues_[1].start, 30U);
-  EXPECT_EQ(cues_[2].start, 70U);
+  EXPECT_THAT(cues_, ElementsAre(Pair(10, 20), Pair(30, 40), Pair(70, 80)));
 }
 
 TEST_F(RecorderTest, EndsAPictureWhenItsPageTimesOut) {
   show(0, 1000, bitmap(7, 0, 300));
   deliver(1000, 2000);
   recorder_.finish();
-  ASSERT_EQ(cues_.size(), 1U);
-  EXPECT_EQ(cues_[0].stop, 300U);
+  EXPECT_THAT(cues_, ElementsAre(Pair(0, 300)));
 }
 
 TEST_F(RecorderTest, MakesNoCueOfAPageThatClearsTheScreen) {
   show(0, 1000, bitmap(7, 0, 9000));
   show(1000, 2000, bitmap(8, 1000, 9000, /*alpha=*/0));
   recorder_.finish();
-  ASSERT_EQ(cues_.size(), 1U);
-  EXPECT_EQ(cues_[0].stop, 1000U);
+  EXPECT_THAT(cues_, ElementsAre(Pair(0, 1000)));
 }
 
 }  // namespace

@@ -18,9 +18,9 @@ const char* const kTime = R"(\d{2,}:[0-5]\d:[0-5]\d(\.\d+)?)";
 const char* const kAny = ".*";
 
 struct Rule {
-  std::string children;  // as a pattern over their names, a blank after each
-  std::map<std::string, std::string> attributes;  // allowed ones, and the pattern of their values
-  std::set<std::string> required;
+  std::string children{};  // as a pattern over their names, a blank after each
+  std::map<std::string, std::string> attributes{};  // allowed ones, and the pattern of their values
+  std::set<std::string> required{};
 };
 
 // EBU Tech 3380, clause 3: one rule per element.
@@ -38,15 +38,13 @@ const std::map<std::string, Rule> kRules = {
                      {"xml:space", "default|preserve"},
                      {"xml:lang", "[A-Za-z]{1,8}(-[A-Za-z0-9]{1,8})*"}},
       .required = {"xmlns", "ttp:timeBase", "xml:lang"}}},
-    {"head", {.children = "(metadata )?styling layout ", .attributes = {}, .required = {}}},
-    {"metadata", {.children = "ebuttm:documentMetadata ", .attributes = {}, .required = {}}},
-    {"ebuttm:documentMetadata",
-     {.children = "(ebuttm:conformsToStandard )+", .attributes = {}, .required = {}}},
-    {"ebuttm:conformsToStandard", {.children = "", .attributes = {}, .required = {}}},
-    {"styling", {.children = "(style )+", .attributes = {}, .required = {}}},
+    {"head", {.children = "(metadata )?styling layout "}},
+    {"metadata", {.children = "ebuttm:documentMetadata "}},
+    {"ebuttm:documentMetadata", {.children = "(ebuttm:conformsToStandard )+"}},
+    {"ebuttm:conformsToStandard", {}},
+    {"styling", {.children = "(style )+"}},
     {"style",
-     {.children = "",
-      .attributes = {{"xml:id", kAny},
+     {.attributes = {{"xml:id", kAny},
                      {"tts:fontFamily", kAny},
                      {"tts:fontSize", kPercent},
                      {"tts:lineHeight", std::string("normal|") + kPercent},
@@ -60,24 +58,23 @@ const std::map<std::string, Rule> kRules = {
                      {"ebutts:linePadding", R"(\d+(\.\d+)?c)"},
                      {"itts:fillLineGap", "true|false"}},
       .required = {"xml:id"}}},
-    {"layout", {.children = "(region )+", .attributes = {}, .required = {}}},
+    {"layout", {.children = "(region )+"}},
     {"region",
-     {.children = "",
-      .attributes = {{"xml:id", kAny},
+     {.attributes = {{"xml:id", kAny},
                      {"tts:origin", kPercentPair},
                      {"tts:extent", kPercentPair},
                      {"tts:displayAlign", "before|center|after"},
                      {"tts:overflow", "visible|hidden"}},
       .required = {"xml:id", "tts:origin", "tts:extent"}}},
-    {"body", {.children = "(div )+", .attributes = {}, .required = {}}},
-    {"div", {.children = "(p )+", .attributes = {}, .required = {}}},
+    {"body", {.children = "(div )+"}},
+    {"div", {.children = "(p )+"}},
     {"p",
      {.children = "((span|br) )*",
       .attributes =
           {{"xml:id", kAny}, {"region", kAny}, {"style", kAny}, {"begin", kTime}, {"end", kTime}},
       .required = {"xml:id", "region", "begin", "end"}}},
-    {"span", {.children = "(br )*", .attributes = {{"style", kAny}}, .required = {}}},
-    {"br", {.children = "", .attributes = {}, .required = {}}},
+    {"span", {.children = "(br )*", .attributes = {{"style", kAny}}}},
+    {"br", {}},
 };
 
 class Checker {

@@ -1,34 +1,28 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/txsub/output/cue_builder.h"
-#include "tests/txsub/output/text_of_file.h"
 #include "tests/txsub/output/ttml_rules.h"
+#include "txsub/output/language_tag.h"
 
 namespace korr::txsub {
 namespace {
 
 using model::SubtitleInputType;
-using model::TeletextColour;
-using model::TeletextSize;
-using model::TeletextText;
+using testing::HasSubstr;
 
 constexpr auto kTeletext = SubtitleInputType::Teletext;
-constexpr auto kCaptions = SubtitleInputType::ClosedCaption;
 
-TeletextText::Run run(std::uint32_t column, std::string_view text, TeletextColour colour) {
-  return {.column = column,
-          .colour = colour,
-          .size = TeletextSize::DoubleHeight,
-          .glyphs = glyphs(text)};
+TeletextText::Run run(std::uint32_t column, std::string_view text,
+                      TeletextColour colour = TeletextColour::White) {
+  return teletextRun(column, text, colour, TeletextSize::DoubleHeight);
 }
 
 model::Subtitle teletextPage() {
-  TeletextText page;
-  page.rows = {{.number = 20,
-                .runs = {run(9, "  Is <that>", TeletextColour::Yellow),
-                         run(21, " \"R&D\"?  ", TeletextColour::White)}},
-               {.number = 22, .runs = {run(15, "  No, it's ", TeletextColour::White)}}};
-  return model::Subtitle(page);
+  return teletext(
+      {{.number = 20,
+        .runs = {run(9, "  Is <that>", TeletextColour::Yellow), run(21, " \"R&D\"?  ")}},
+       {.number = 22, .runs = {run(15, "  No, it's ")}}});
 }
 
 std::string ttml(SubtitleInputType type, const std::vector<Cue>& cues, bool ebuTt = false) {
@@ -66,58 +60,47 @@ TEST(TtmlTextFile, KeepsPlaceAndStyleOfCaptions) {
   italic.italic = true;
   italic.underline = true;
   italic.backgroundOpacity = model::CaptionOpacity::SemiTransparent;
-  const std::string document = ttml(
-      kCaptions,
-      {cue(0, 1000,
-           captions({captionRow(1, {captionRun(0, "TOP LEFT")}),
-                     captionRow(3, {captionRun(0, "TWO BELOW")}), captionRow(15, {italic})}))});
-  EXPECT_NE(
-      document.find(" tts:origin=\"10% 10%\" tts:extent=\"80% 16%\" tts:displayAlign=\"before\""),
-      std::string::npos)
-      << document;
-  EXPECT_NE(document.find("TOP LEFT</span><br /><br /><span style=\"Style2\">TWO BELOW</span></p>"),
-            std::string::npos)
-      << document;
-  EXPECT_NE(document.find(
-                " tts:origin=\"20% 84.67%\" tts:extent=\"70% 5.33%\" tts:displayAlign=\"after\""),
-            std::string::npos)
-      << document;
-  EXPECT_NE(document.find(" tts:backgroundColor=\"#0000007F\" tts:fontStyle=\"italic\""
-                          " tts:textDecoration=\"underline\""),
-            std::string::npos)
-      << document;
+  const std::string document =
+      ttml(SubtitleInputType::ClosedCaption,
+           {cue(0, 1000,
+                captions({captionRow(1, 0, "TOP LEFT"), captionRow(3, 0, "TWO BELOW"),
+                          captionRow(15, {italic})}))});
+  for (const char* part :
+       {" tts:origin=\"10% 10%\" tts:extent=\"80% 16%\" tts:displayAlign=\"before\"",
+        "TOP LEFT</span><br /><br /><span style=\"Style2\">TWO BELOW</span></p>",
+        " tts:origin=\"20% 84.67%\" tts:extent=\"70% 5.33%\" tts:displayAlign=\"after\"",
+        " tts:backgroundColor=\"#0000007F\" tts:fontStyle=\"italic\""
+        " tts:textDecoration=\"underline\""}) {
+    EXPECT_THAT(document, HasSubstr(part));
+  }
 }
 
 TEST(TtmlTextFile, KeepsRightToLeftLettersWhereTheyStoodOnScreen) {
-  const auto row = [](std::int32_t number, std::string_view letter) {
-    auto letters = run(9, "  ", TeletextColour::White);
+  const auto documentOf = [](std::string_view letter) {
+    auto letters = run(9, "  ");
     letters.glyphs.emplace_back(letter);
-    return TeletextText::TextRow{.number = number, .runs = {letters}};
+    return ttml(kTeletext, {cue(0, 1, teletext({{.number = 20, .runs = {letters}}}))});
   };
   for (const char* letter : {"א", "ي", "ﺏ"}) {
-    TeletextText page;
-    page.rows = {row(20, letter)};
-    EXPECT_NE(ttml(kTeletext, {cue(0, 1, model::Subtitle(page))})
-                  .find(" tts:direction=\"ltr\" tts:unicodeBidi=\"bidiOverride\""),
-              std::string::npos)
-        << letter;
+    EXPECT_THAT(documentOf(letter),
+                HasSubstr(" tts:direction=\"ltr\" tts:unicodeBidi=\"bidiOverride\""));
   }
-  TeletextText page;
-  page.rows = {row(20, "Ж"), row(22, "♪")};
-  EXPECT_EQ(ttml(kTeletext, {cue(0, 1, model::Subtitle(page))}).find("bidi"), std::string::npos);
+  for (const char* letter : {"Ж", "♪"}) {
+    EXPECT_THAT(documentOf(letter), Not(HasSubstr("bidi")));
+  }
 }
 
 TEST(TtmlTextFile, ConformsToEbuTtD) {
-  TeletextText mixed;
-  mixed.rows = {{.number = 1, .runs = {run(0, "  up", TeletextColour::Red)}},
-                {.number = 3, .runs = {{.column = 9, .glyphs = glyphs("  small")}}}};
   auto styled = captionRun(3, "x");
   styled.italic = styled.underline = true;
   const std::vector<std::vector<Cue>> contents = {
       {},
-      {cue(0, 1, captions({captionRow(3, {captionRun(0, "   ")})}))},
-      {cue(0, 1500, captions({captionRow(1, {styled}), captionRow(9, {captionRun(30, "<&>")})}))},
-      {cue(1000, 2000, teletextPage()), cue(2000, 400'000'000, model::Subtitle(mixed))}};
+      {cue(0, 1, captions({captionRow(3, 0, "   ")}))},
+      {cue(0, 1500, captions({captionRow(1, {styled}), captionRow(9, 30, "<&>")}))},
+      {cue(1000, 2000, teletextPage()),
+       cue(2000, 400'000'000,
+           teletext({{.number = 1, .runs = {run(0, "  up", TeletextColour::Red)}},
+                     {.number = 3, .runs = {teletextRun(9, "  small")}}}))}};
   for (const auto& cues : contents) {
     const std::string document = ttml(kTeletext, cues, true);
     EXPECT_EQ(ebuTtDFaults(document), "") << document;
@@ -127,34 +110,28 @@ TEST(TtmlTextFile, ConformsToEbuTtD) {
 // The rules find what they are there for.
 TEST(EbuTtDRules, RefuseWhatIsNotInTheStandard) {
   const std::string good = ttml(kTeletext, {cue(1000, 2000, teletextPage())}, true);
-  const auto faultsWith = [&](const std::string& from, const std::string& to) {
+  for (const auto& [from, to] : std::vector<std::pair<std::string, std::string>>{
+           {"tts:fontSize=\"96%\"", "tts:fontSize=\"1c 2c\""},
+           {"tts:color=\"#FFFF00\"", "tts:color=\"yellow\""},
+           {"region=\"Region1\"", "region=\"Region9\""},
+           {"begin=\"00:00:01.000\"", "begin=\"1s\""},
+           {"xml:id=\"Style2\"", "xml:id=\"Style1\""},
+           {" xml:id=\"Subtitle1\"", ""},
+           {"ttp:timeBase", "tts:timeBase"}}) {
     std::string document = good;
     document.replace(document.find(from), from.size(), to);
-    return ebuTtDFaults(document);
-  };
-  EXPECT_NE(faultsWith("tts:fontSize=\"96%\"", "tts:fontSize=\"1c 2c\""), "");
-  EXPECT_NE(faultsWith("tts:color=\"#FFFF00\"", "tts:color=\"yellow\""), "");
-  EXPECT_NE(faultsWith("region=\"Region1\"", "region=\"Region9\""), "");
-  EXPECT_NE(faultsWith("begin=\"00:00:01.000\"", "begin=\"1s\""), "");
-  EXPECT_NE(faultsWith("xml:id=\"Style2\"", "xml:id=\"Style1\""), "");
-  EXPECT_NE(faultsWith(" xml:id=\"Subtitle1\"", ""), "");
-  EXPECT_NE(faultsWith("ttp:timeBase", "tts:timeBase"), "");
+    EXPECT_NE(ebuTtDFaults(document), "") << to;
+  }
 }
 
 TEST(LanguageTag, TakesWhatDescriptorsCarry) {
-  const auto tagIn = [](const std::string& language) {
-    const std::string document =
-        playableText({.format = PlayableFormat::Ttml, .type = kTeletext, .language = language}, {});
-    const auto at = document.find("xml:lang=\"") + 10;
-    return document.substr(at, document.find('"', at) - at);
-  };
-  EXPECT_EQ(tagIn("ger"), "de");
-  EXPECT_EQ(tagIn("deu"), "de");
-  EXPECT_EQ(tagIn("SWE"), "sv");
-  EXPECT_EQ(tagIn("zul"), "zu");
-  EXPECT_EQ(tagIn("qaa"), "qaa");
-  EXPECT_EQ(tagIn(""), "und");
-  EXPECT_EQ(tagIn("\"<&"), "und");
+  EXPECT_EQ(languageTag("ger"), "de");
+  EXPECT_EQ(languageTag("deu"), "de");
+  EXPECT_EQ(languageTag("SWE"), "sv");
+  EXPECT_EQ(languageTag("zul"), "zu");
+  EXPECT_EQ(languageTag("qaa"), "qaa");
+  EXPECT_EQ(languageTag(""), "und");
+  EXPECT_EQ(languageTag("\"<&"), "und");
 }
 
 }  // namespace

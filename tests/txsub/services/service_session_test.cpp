@@ -32,10 +32,7 @@ class CueTimesOutput final : public ICueOutput {
   CueTimes& times_;
 };
 
-struct Unit {
-  MediaTime time = 0;
-  Bytes data;
-};
+using Unit = std::pair<MediaTime, Bytes>;
 
 CueTimes cuesOf(SubtitleInputType type, std::uint32_t page, const std::vector<Unit>& units) {
   CueTimes times;
@@ -46,14 +43,14 @@ CueTimes cuesOf(SubtitleInputType type, std::uint32_t page, const std::vector<Un
   configuration.page = page;
   CueSession session(service, configuration, std::nullopt, std::make_unique<CueTimesOutput>(times),
                      console);
-  for (const Unit& unit : units) {
+  for (const auto& [time, data] : units) {
     InputSample sample;
-    sample.data = unit.data;
-    sample.times = InputSample::Times{.start = unit.time, .stop = unit.time};
+    sample.data = data;
+    sample.times = InputSample::Times{.start = time, .stop = time};
     sample.sync = true;
     session.push(sample, share(sample));
   }
-  session.endInput(units.back().time);
+  session.endInput(units.back().first);
   return times;
 }
 
@@ -61,17 +58,14 @@ CueTimes picturesOf(const std::vector<Unit>& units) {
   return cuesOf(SubtitleInputType::DvbSubtitle, 0, units);
 }
 
+const DvbEncoder::Region kRegion{.id = 1, .fill = true, .width = 9, .height = 9, .fillCode = 1};
+
 DvbEncoder page(std::uint8_t timeOut) {
   return DvbEncoder().page(DvbEncoder::kAcquisitionPoint, timeOut, {{1, 10, 10}});
 }
 
-DvbEncoder& addRegion(DvbEncoder& field) {
-  return field.region({.id = 1, .fill = true, .width = 9, .height = 9, .fillCode = 1});
-}
-
 Bytes wholePage(std::uint8_t timeOut) {
-  DvbEncoder field = page(timeOut);
-  return addRegion(field).bytes();
+  return page(timeOut).region(kRegion).bytes();
 }
 
 TEST(CueSession, ShowsWhatComesAtTimeZero) {
@@ -96,8 +90,7 @@ TEST(CueSession, ShowsWhatComesAtTimeZero) {
 
 TEST(CueSession, ShowsDisplaySetsThatComeInPartsOfOneTime) {
   const Bytes composition = page(9).bytes();
-  DvbEncoder rest;
-  const Bytes region = addRegion(rest).bytes();
+  const Bytes region = DvbEncoder().region(kRegion).bytes();
   EXPECT_EQ(picturesOf({{kSecond, wholePage(9)},
                         {3 * kSecond, composition},
                         {3 * kSecond, region},
