@@ -1,6 +1,7 @@
 // What every kind of recording looks like to the rest of the program.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -111,6 +112,10 @@ struct ReaderOptions {
   /// Only this PID; also read when no PAT or PMT names it.
   std::optional<std::uint32_t> pid;
   log::ILogger* logger = nullptr;
+  /// How long a transport stream's tables are waited for once its first bytes have come; streams
+  /// are told by their content until the tables come. They are due every half second (TR 101
+  /// 290, 5.2.1).
+  std::chrono::milliseconds tablesDue{2000};
 };
 
 }  // namespace korr::txsub

@@ -12,12 +12,13 @@ namespace korr::txsub {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
+using Clock = std::chrono::steady_clock;
 
 // Small enough to stay in the cache between the kernel and us.
 constexpr std::size_t kChunk = 128 * 1024;
 constexpr std::size_t kChunksAtOnce = 8;
-// How much of the beginning is kept while the tables are looked for: they come every half second
-// (TR 101 290, 5.2.1), at most 40 Mbit/s or so.
+// How much of the beginning is kept while the tables are looked for, which are due every half
+// second (TR 101 290, 5.2.1), at 40 Mbit/s or so at most.
 constexpr std::size_t kOpening = 2 * 1024 * 1024;
 constexpr std::size_t kMostStreams = 512;
 constexpr std::uint16_t kFirstFreePid = 0x20;
@@ -122,8 +123,11 @@ void TsReader::open() {
   isOpen_ = true;
   TsFraming scout;
   std::size_t at = 0;
+  std::optional<Clock::time_point> due;
   while (!isAtEnd_ && !tables_.areComplete() && end_ < kOpening) {
+    if (due && Clock::now() >= *due) break;  // a slow pipe that may never have any
     fill();
+    if (!due) due = Clock::now() + options_.tablesDue;
     const Bytes bytes(buffer_.data(), end_);
     while (const std::uint8_t* const packet = scout.next(bytes, at, isAtEnd_, 0)) {
       const TsPacket view(packet);

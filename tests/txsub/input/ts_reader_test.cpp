@@ -27,6 +27,7 @@ using encoders::TsProgram;
 using encoders::TsStream;
 using encoding::subtitling::kSecond;
 using test_support::MemorySource;
+using test_support::RecordingListener;
 using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::Field;
@@ -182,6 +183,17 @@ TEST(TsReader, FindsStreamsByTheirContentWithoutTables) {
     EXPECT_THAT(reading.secondsOf(pid), ElementsAre(1, 2)) << pid;
   }
   EXPECT_THAT(reading.logger.lines, IsEmpty());
+}
+
+TEST(TsReader, DoesNotHoldASlowPipeBackForTablesThatDoNotCome) {
+  TsBuilder stream;
+  for (std::uint64_t i = 1; i <= 20; ++i) stream.pes(kTeletextPid, teletextPes(i * kTicks));
+  RecordingListener listener;
+  TsReader reader(std::make_unique<MemorySource>(stream.bytes(), TsBuilder::kPacketBytes),
+                  {.pid = {}, .tablesDue = std::chrono::milliseconds(0)});
+  while (listener.samples.empty() && reader.read(listener)) {
+  }
+  EXPECT_LT(reader.progress().bytesRead, stream.size() / 2);
 }
 
 TEST(TsReader, ReadsOnlyThePidThatIsAskedFor) {
