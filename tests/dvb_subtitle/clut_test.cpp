@@ -27,21 +27,18 @@ DVBClutSet defined(const std::vector<Entry>& entries) {
   return readClutDefinition(reader).cluts;
 }
 
-TEST(DefaultClut, OfTwoAndFourBitsIsTheStandardOne) {
+// Of eight bits one of each kind, worked out from the percentages of EN 300 743, 10.1.
+TEST(DefaultClut, IsTheStandardOne) {
   EXPECT_THAT(kDefaultClutSet.twoBit,
               testing::ElementsAre(Colour{}, Colour{255, 255, 255, 255}, Colour{0, 0, 0, 255},
                                    Colour{127, 127, 127, 255}));
-  const auto& table = kDefaultClutSet.fourBit;
-  EXPECT_EQ(table[0], Colour{});
-  EXPECT_EQ(table[1], (Colour{255, 0, 0, 255}));
-  EXPECT_EQ(table[6], (Colour{0, 255, 255, 255}));
-  EXPECT_EQ(table[8], (Colour{0, 0, 0, 255}));
-  EXPECT_EQ(table[11], (Colour{127, 127, 0, 255}));
-  EXPECT_EQ(table[15], (Colour{127, 127, 127, 255}));
-}
-
-// One of each kind, worked out from the percentages of EN 300 743, 10.1.
-TEST(DefaultClut, OfEightBitsIsTheStandardOne) {
+  const auto& fourBit = kDefaultClutSet.fourBit;
+  EXPECT_EQ(fourBit[0], Colour{});
+  EXPECT_EQ(fourBit[1], (Colour{255, 0, 0, 255}));
+  EXPECT_EQ(fourBit[6], (Colour{0, 255, 255, 255}));
+  EXPECT_EQ(fourBit[8], (Colour{0, 0, 0, 255}));
+  EXPECT_EQ(fourBit[11], (Colour{127, 127, 0, 255}));
+  EXPECT_EQ(fourBit[15], (Colour{127, 127, 127, 255}));
   const auto& table = kDefaultClutSet.eightBit;
   EXPECT_EQ(table[0x00], Colour{});
   EXPECT_EQ(table[0x05], (Colour{255, 0, 255, 64}));
@@ -80,18 +77,15 @@ TEST(ClutEntries, AreConvertedToRgb) {
   EXPECT_EQ(colourOf(128, 0, 255, 0), colourOf(128, 16, 240, 0));
 }
 
-TEST(ClutEntries, OfReducedRangeAreNotScaledUp) {
+TEST(ClutEntries, OfReducedRangeAreNotScaledUpAndWithoutLumaTransparent) {
   const auto cluts = defined({{.id = 1, .y = 60, .cr = 15, .cb = 1, .t = 2, .fullRange = false},
-                              {.id = 2, .y = 60, .cr = 8, .cb = 8, .t = 3, .fullRange = false}});
+                              {.id = 2, .y = 60, .cr = 8, .cb = 8, .t = 3, .fullRange = false},
+                              {.id = 3, .y = 0, .cr = 200, .cb = 9, .t = 0},
+                              {.id = 4, .y = 0, .cr = 15, .cb = 9, .t = 0, .fullRange = false}});
   EXPECT_EQ(cluts.fourBit[1], (Colour{0, 186, 0, 127}));
   EXPECT_EQ(cluts.fourBit[2].alpha, 63);
-}
-
-TEST(ClutEntries, WithoutLumaAreTransparent) {
-  const auto cluts = defined({{.id = 1, .y = 0, .cr = 200, .cb = 9, .t = 0},
-                              {.id = 2, .y = 0, .cr = 15, .cb = 9, .t = 0, .fullRange = false}});
-  EXPECT_EQ(cluts.fourBit[1], (Colour{0, 134, 0, 0}));
-  EXPECT_EQ(cluts.fourBit[2], cluts.fourBit[1]);
+  EXPECT_EQ(cluts.fourBit[3], (Colour{0, 134, 0, 0}));
+  EXPECT_EQ(cluts.fourBit[4], cluts.fourBit[3]);
 }
 
 }  // namespace

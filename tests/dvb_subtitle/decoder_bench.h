@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "dvb_subtitle/dvb_subtitle_parser.h"
@@ -15,43 +16,45 @@ using encoders::Bytes;
 using encoders::DvbEncoder;
 using encoders::IndexedPicture;
 
-/// A picture from rows of hexadecimal codes.
-inline IndexedPicture picture(std::initializer_list<std::string_view> rows) {
-  IndexedPicture picture;
-  picture.height = static_cast<std::uint32_t>(rows.size());
-  for (const std::string_view row : rows) {
-    picture.width = static_cast<std::uint32_t>(row.size());
-    for (const char digit : row)
-      picture.codes.push_back(
-          static_cast<std::uint8_t>(digit <= '9' ? digit - '0' : digit - 'A' + 10));
+inline constexpr auto kNormalCase = DvbEncoder::kNormalCase;
+inline constexpr auto kAcquisitionPoint = DvbEncoder::kAcquisitionPoint;
+inline constexpr auto kModeChange = DvbEncoder::kModeChange;
+
+/// A picture from rows of hexadecimal codes, parted by slashes.
+inline IndexedPicture picture(std::string_view rows) {
+  IndexedPicture picture{.height = 1, .codes = {}};
+  for (const char digit : rows) {
+    if (digit == '/') {
+      ++picture.height;
+    } else {
+      const int code = digit <= '9' ? digit - '0' : digit - 'A' + 10;
+      picture.codes.push_back(static_cast<std::uint8_t>(code));
+    }
   }
+  picture.width = static_cast<std::uint32_t>(picture.codes.size()) / picture.height;
   return picture;
 }
 
-/// A letter for each colour that the tests use.
+/// A letter for each colour that the tests use; w and k are those of Y = 235 and 16.
 inline char letterOf(const std::uint8_t* pixel) {
-  const Colour colour{pixel[0], pixel[1], pixel[2], pixel[3]};
-  if (colour == Colour{}) return '.';
-  if (colour == Colour{0, 0, 0, 255}) return 'K';
-  if (colour == Colour{255, 0, 0, 255}) return 'R';
-  if (colour == Colour{0, 255, 0, 255}) return 'G';
-  if (colour == Colour{255, 255, 0, 255}) return 'Y';
-  if (colour == Colour{0, 0, 255, 255}) return 'B';
-  if (colour == Colour{255, 0, 255, 255}) return 'M';
-  if (colour == Colour{0, 255, 255, 255}) return 'C';
-  if (colour == Colour{255, 255, 255, 255}) return 'W';
-  if (colour == Colour{127, 127, 127, 255}) return 'g';
-  if (colour == Colour{255, 254, 255, 255}) return 'w';  // Y = 235
-  if (colour == Colour{1, 0, 1, 255}) return 'k';        // Y = 16
+  constexpr std::pair<unsigned, char> kLetters[] = {
+      {0x00000000, '.'}, {0x000000FF, 'K'}, {0xFF0000FF, 'R'}, {0x00FF00FF, 'G'},
+      {0xFFFF00FF, 'Y'}, {0x0000FFFF, 'B'}, {0xFFFFFFFF, 'W'}, {0x7F7F7FFF, 'g'},
+      {0xFFFEFFFF, 'w'}, {0x010001FF, 'k'}};
+  const unsigned rgba = pixel[0] << 24U | pixel[1] << 16U | pixel[2] << 8U | pixel[3];
+  for (const auto& [colour, letter] : kLetters) {
+    if (colour == rgba) return letter;
+  }
   return '?';
 }
 
-inline std::vector<std::string> textOf(const SubtitleBitmap& bitmap) {
-  std::vector<std::string> rows;
+/// The rows of a display, parted by slashes.
+inline std::string textOf(const SubtitleBitmap& bitmap) {
+  std::string rows;
   for (std::uint32_t y = 0; y < bitmap.height; ++y) {
-    rows.emplace_back();
+    if (y > 0) rows += '/';
     for (std::uint32_t x = 0; x < bitmap.width; ++x)
-      rows.back() += letterOf(bitmap.pixels->data() + (std::size_t{y} * bitmap.width + x) * 4);
+      rows += letterOf(bitmap.pixels->data() + (std::size_t{y} * bitmap.width + x) * 4);
   }
   return rows;
 }
@@ -67,13 +70,7 @@ class DecoderBench {
 
   SubtitleBitmap at(std::uint64_t time) { return atTicks(time * kSecond); }
   SubtitleBitmap atTicks(MediaTime time) { return *parser_.currentSubtitle(time).bitmap(); }
-
-  /// What a field shows on its own.
-  static std::vector<std::string> shown(const DvbEncoder& field) {
-    DecoderBench bench;
-    bench.feed(field, 10);
-    return textOf(bench.at(10));
-  }
+  std::string shownAt(std::uint64_t time) { return textOf(at(time)); }
 
   DVBSubtitleParser& parser() { return parser_; }
   std::uint64_t droppedPages() const { return droppedPages_; }
@@ -85,13 +82,20 @@ class DecoderBench {
   DVBSubtitleParser parser_{&logger_, &droppedPages_};
 };
 
+/// What a field shows on its own.
+inline std::string shown(const DvbEncoder& field) {
+  DecoderBench bench;
+  bench.feed(field, 10);
+  return bench.shownAt(10);
+}
+
 /// A page of one region that covers a small display.
 inline DvbEncoder smallPage(std::uint32_t width, std::uint32_t height, DvbEncoder::Region region) {
   region.width = static_cast<std::uint16_t>(width);
   region.height = static_cast<std::uint16_t>(height);
   return DvbEncoder()
       .display(width, height)
-      .page(DvbEncoder::kAcquisitionPoint, 5, {{region.id, 0, 0}})
+      .page(kAcquisitionPoint, 5, {{region.id, 0, 0}})
       .region(region);
 }
 
