@@ -40,9 +40,8 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::Contains;
-using testing::HasSubstr;
-
-const std::vector<std::uint8_t> kNoCaption = {0xFC, 0x80, 0x80};
+using testing::ElementsAre;
+using testing::StartsWith;
 
 // Captions that change with every sample, a tenth of a second apart, until `until` answers true or
 // the source is stopped.
@@ -106,7 +105,7 @@ TEST(Faults, StopsWhileTheSinkBlocks) {
   };
   ASSERT_GE(bench.run(), 0);
   bench.push(captionText(1, "Hello"));
-  bench.push(captionSample(3, kNoCaption));
+  bench.push(captionSample(3));
   while (!isBlocked) std::this_thread::sleep_for(1ms);
   EXPECT_EQ(bench.stop(), S_OK);
 }
@@ -122,13 +121,12 @@ TEST(Faults, FlushesWhileTheSinkBlocks) {
   };
   ASSERT_GE(bench.run(), 0);
   bench.push(captionText(1, "Hello"));
-  bench.push(captionSample(80'000, kNoCaption));
+  bench.push(captionSample(80'000));
   while (!isBlocked) std::this_thread::sleep_for(1ms);
   EXPECT_EQ(bench.source->beginFlush(), S_OK);
   EXPECT_EQ(bench.source->endFlush(), S_OK);
   bench.onReceive = nullptr;
-  bench.push(captionText(1, "Hello"));
-  bench.finish();
+  bench.play({captionText(1, "Hello")});
 }
 
 TEST(Faults, FlushesWhileTheSinkHoldsEveryBuffer) {
@@ -139,37 +137,27 @@ TEST(Faults, FlushesWhileTheSinkHoldsEveryBuffer) {
   held.letGo();
   EXPECT_EQ(bench.source->endOfStream(), S_OK);  // late, so it is of before the flush
   EXPECT_EQ(bench.source->endFlush(), S_OK);
-  std::atomic<int> delivered = 0;
-  bench.onReceive = [&](IMediaSample&) {
-    ++delivered;
-    return S_OK;
-  };
-  bench.push(captionText(1, "Hello"));
-  bench.push(captionSample(4, kNoCaption));
-  bench.finish();
-  EXPECT_GT(delivered, 0);
+  bench.onReceive = nullptr;
+  const std::size_t before = bench.received().size();
+  bench.play({captionText(1, "Hello"), captionSample(4)});
+  EXPECT_GT(bench.received().size(), before);
 }
 
 TEST(Faults, LogsASinkThatRefusesAndGoesOn) {
   GraphTestBench bench({});
   bench.onReceive = [](IMediaSample&) { return VFW_E_SAMPLE_REJECTED; };
-  ASSERT_GE(bench.run(), 0);
-  bench.logger.take();
-  bench.push(captionText(1, "Hello"));
-  bench.push(captionSample(9, kNoCaption));
-  bench.finish();
-  const auto lines = bench.logger.take();
-  ASSERT_EQ(lines.size(), 1u) << "one for the sample, not one for each of its four segments";
-  EXPECT_THAT(lines[0], testing::StartsWith("0 Internal error (0x8004022b): "));
+  bench.play({captionText(1, "Hello"), captionSample(9)});
+  EXPECT_THAT(bench.logger.take(), ElementsAre(StartsWith("0 Internal error (0x8004022b): ")))
+      << "one for the sample, not one for each of its four segments";
 }
 
 TEST(Faults, RunsWithoutASink) {
   GraphTestBench bench({});
-  ASSERT_EQ(bench.graph->Disconnect(bench.filterPin(PINDIR_OUTPUT).Get()), S_OK);
+  ASSERT_EQ(bench.graph->Disconnect(bench.filter->GetPin(1)), S_OK);
   ASSERT_EQ(bench.graph->Disconnect(bench.sink->GetPin(0)), S_OK);
   ASSERT_GE(bench.run(), 0);
-  EXPECT_EQ(bench.source->push(captionText(1, "Hello")), S_OK);
-  EXPECT_EQ(bench.source->push(captionSample(2, kNoCaption)), S_OK);
+  bench.push(captionText(1, "Hello"));
+  bench.push(captionSample(2));
   EXPECT_EQ(bench.source->endOfStream(), S_OK);
   EXPECT_EQ(bench.stop(), S_OK);
 }
@@ -177,27 +165,26 @@ TEST(Faults, RunsWithoutASink) {
 TEST(Faults, RefusesToBeTakenApartWhileRunning) {
   GraphTestBench bench({});
   ASSERT_GE(bench.run(), 0);
-  EXPECT_EQ(bench.filterPin(PINDIR_OUTPUT)->Disconnect(), VFW_E_NOT_STOPPED);
-  EXPECT_EQ(bench.filterPin(PINDIR_INPUT)->Disconnect(), VFW_E_NOT_STOPPED);
-  EXPECT_EQ(bench.filterPin(PINDIR_OUTPUT)->Connect(bench.sink->GetPin(0), nullptr),
-            VFW_E_ALREADY_CONNECTED);
+  CBasePin* const output = bench.filter->GetPin(1);
+  EXPECT_EQ(output->Disconnect(), VFW_E_NOT_STOPPED);
+  EXPECT_EQ(bench.filter->inputPin().Disconnect(), VFW_E_NOT_STOPPED);
+  EXPECT_EQ(output->Connect(bench.sink->GetPin(0), nullptr), VFW_E_ALREADY_CONNECTED);
 }
 
 TEST(Faults, PassesOverSamplesWithoutDataOrTimeOrWithABadType) {
   GraphTestBench bench({});
   ASSERT_GE(bench.run(), 0);
-  bench.logger.take();
   bench.push(captionText(1, "Hello"));
   bench.push(captionSample(2, {}));
   InputSample untimed = captionText(0, "untimed");
   untimed.times.reset();
   bench.push(untimed);
-  bench.source->push(captionSample(3, {0xFC}));  // a third of a triplet
-  bench.pushWithFormatType(captionSample(4, kNoCaption), GUID_NULL);
-  bench.push(captionSample(5, kNoCaption));
+  bench.push(captionSample(3, {0xFC}));  // a third of a triplet
+  bench.pushWithUnknownFormatType(captionSample(4));
+  bench.push(captionSample(5));
   bench.finish();
   EXPECT_THAT(bench.logger.take(),
-              Contains(testing::StartsWith("0 Internal error (0x80004005): ")).Times(1));
+              Contains(StartsWith("0 Internal error (0x80004005): ")).Times(1));
   ASSERT_FALSE(bench.received().empty());
   EXPECT_EQ(bench.received().back().stop, 50'000'000u);
 }
@@ -211,7 +198,7 @@ TEST(Faults, SurvivesStateChangesAndConfigurationsUnderLoad) {
       bench.configure({.mode = i % 2 == 0 ? ConversionMode::Ttml : ConversionMode::WebVtt,
                        .durationMs = i % 5,
                        .language = std::string(i % 50, 'x')});
-      bench.config->SetLogger(i % 3 == 0 ? nullptr : &bench.logger);
+      bench.filter->SetLogger(i % 3 == 0 ? nullptr : &bench.logger);
       std::this_thread::sleep_for(100us);
     }
   });
@@ -231,9 +218,7 @@ TEST(Faults, LeavesNoHandlesBehind) {
   };
   const auto once = [] {
     GraphTestBench bench({});
-    bench.run();
-    bench.push(captionText(1, "Hello"));
-    bench.finish();
+    bench.play({captionText(1, "Hello")});
   };
   once();
   const DWORD before = handles();
@@ -250,10 +235,10 @@ class ThrowingLogger final : public mqs_subtitle_converter::ILogger {
 
 TEST(Faults, SurvivesALoggerThatThrows) {
   ThrowingLogger thrower;
-  GraphTestBench bench({.input = SubtitleInputType::Teletext, .page = 0x888});
-  bench.config->SetLogger(&thrower);
+  GraphTestBench bench({.isTeletext = true, .page = 0x888});
+  bench.filter->SetLogger(&thrower);
   ASSERT_GE(bench.run(), 0);
-  bench.pushWithFormatType(captionSample(4, kNoCaption), GUID_NULL);
+  bench.pushWithUnknownFormatType(captionSample(4));
   bench.finish();
 }
 
@@ -261,12 +246,12 @@ TEST(Faults, AnswersExhaustedMemoryOnAHostsThread) {
   GraphTestBench bench({});
   ASSERT_GE(bench.run(), 0);
   allocationsToFail = 1;
-  const HRESULT configured = bench.config->SetConfiguration(4, 1, 2000, "eng", 0, 0, 0);
+  const HRESULT configured = bench.filter->SetConfiguration(4, 1, 2000, "eng", 0, 0, 0);
   EXPECT_EQ(allocationsToFail, 0);
   EXPECT_EQ(configured, E_OUTOFMEMORY);
 
   // The queue does not allocate for every sample.
-  const InputSample sample = captionSample(1, kNoCaption);
+  const InputSample sample = captionSample(1);
   HRESULT pushed = S_OK;
   for (int i = 0; i < 1000 && pushed == S_OK; ++i) {
     allocationsToFail = 1;
@@ -286,7 +271,6 @@ TEST(Faults, LogsExhaustedMemoryOnTheWorkerAndGoesOn) {
     return S_OK;
   };
   ASSERT_GE(bench.run(), 0);
-  bench.logger.take();
   for (int i = 1; i < 40; ++i) bench.push(captionText(i, "Hello"));
   bench.finish();
   EXPECT_GT(pass, 5) << "documents keep coming";

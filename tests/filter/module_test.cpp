@@ -1,9 +1,11 @@
 // The module as the system sees it: registered, listed, created, unloaded.
 #include <dshow.h>
 #include <gtest/gtest.h>
+#include <process.h>
 #include <wrl/client.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -18,55 +20,38 @@ using namespace korr::streaming::direct_show::filters::mqs_subtitle_converter;  
 constexpr WCHAR kModule[] = L"TXSubtitleConverter.ax";
 
 std::filesystem::path modulePath() {
-  WCHAR self[MAX_PATH] = {};
-  GetModuleFileNameW(nullptr, self, MAX_PATH);
-  return std::filesystem::path(self).parent_path() / kModule;
+  return std::filesystem::path(_pgmptr).parent_path() / kModule;
 }
 
 /// Runs regsvr32 and returns its exit code.
-DWORD regsvr32(const std::wstring& options) {
-  std::wstring command = L"regsvr32 /s " + options + L" \"" + modulePath().wstring() + L"\"";
-  STARTUPINFOW startup = {};
-  startup.cb = sizeof startup;
-  PROCESS_INFORMATION process = {};
-  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                      &startup, &process)) {
-    return GetLastError();
-  }
-  WaitForSingleObject(process.hProcess, INFINITE);
-  DWORD code = 0;
-  GetExitCodeProcess(process.hProcess, &code);
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
-  return code;
+std::intptr_t regsvr32(const WCHAR* options) {
+  const std::wstring path = L'"' + modulePath().wstring() + L'"';
+  return _wspawnlp(_P_WAIT, L"regsvr32", L"regsvr32", options, path.c_str(), nullptr);
+}
+
+template <class Interface>
+ComPtr<Interface> create(const CLSID& clsid, HRESULT expected = S_OK) {
+  ComPtr<Interface> object;
+  EXPECT_EQ(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&object)),
+            expected);
+  return object;
 }
 
 class RegisteredModule : public testing::Test {
  protected:
   RegisteredModule() {
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    EXPECT_EQ(regsvr32(L""), 0u);
+    EXPECT_EQ(regsvr32(L"/s"), 0);
   }
   ~RegisteredModule() override {
-    EXPECT_EQ(regsvr32(L"/u"), 0u);
-    ComPtr<IBaseFilter> gone;
-    EXPECT_EQ(CoCreateInstance(CLSID_TXSubtitleConverter, nullptr, CLSCTX_INPROC_SERVER,
-                               IID_PPV_ARGS(&gone)),
-              REGDB_E_CLASSNOTREG);
+    EXPECT_EQ(regsvr32(L"/s /u"), 0);
+    create<IBaseFilter>(CLSID_TXSubtitleConverter, REGDB_E_CLASSNOTREG);
     CoUninitialize();
-  }
-
-  static ComPtr<IBaseFilter> create() {
-    ComPtr<IBaseFilter> filter;
-    EXPECT_EQ(CoCreateInstance(CLSID_TXSubtitleConverter, nullptr, CLSCTX_INPROC_SERVER,
-                               IID_PPV_ARGS(&filter)),
-              S_OK);
-    return filter;
   }
 };
 
 TEST_F(RegisteredModule, CreatesTheFilterWithItsConfiguration) {
-  const auto filter = create();
+  const auto filter = create<IBaseFilter>(CLSID_TXSubtitleConverter);
   ASSERT_TRUE(filter);
   CLSID clsid = {};
   EXPECT_EQ(filter->GetClassID(&clsid), S_OK);
@@ -85,10 +70,8 @@ TEST_F(RegisteredModule, CreatesTheFilterWithItsConfiguration) {
 }
 
 TEST_F(RegisteredModule, IsListedAmongTheFiltersByName) {
-  ComPtr<ICreateDevEnum> devices;
-  ASSERT_EQ(CoCreateInstance(CLSID_SystemDeviceEnum, nullptr, CLSCTX_INPROC_SERVER,
-                             IID_PPV_ARGS(&devices)),
-            S_OK);
+  const auto devices = create<ICreateDevEnum>(CLSID_SystemDeviceEnum);
+  ASSERT_TRUE(devices);
   ComPtr<IEnumMoniker> monikers;
   ASSERT_EQ(devices->CreateClassEnumerator(CLSID_LegacyAmFilterCategory, &monikers, 0), S_OK);
   bool found = false;
@@ -107,10 +90,8 @@ TEST_F(RegisteredModule, IsListedAmongTheFiltersByName) {
 }
 
 TEST_F(RegisteredModule, IsNeverPickedByMediaType) {
-  ComPtr<IFilterMapper2> mapper;
-  ASSERT_EQ(
-      CoCreateInstance(CLSID_FilterMapper2, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&mapper)),
-      S_OK);
+  const auto mapper = create<IFilterMapper2>(CLSID_FilterMapper2);
+  ASSERT_TRUE(mapper);
   const GUID input[] = {MEDIATYPE_TimedText, MEDIASUBTYPE_TeletextPes};
   ComPtr<IEnumMoniker> matching;
   ASSERT_EQ(
@@ -127,7 +108,7 @@ TEST_F(RegisteredModule, CanBeUnloadedAfterUse) {
   const auto canUnload = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)()>(
       reinterpret_cast<void*>(GetProcAddress(module, "DllCanUnloadNow")));
   {
-    const auto filter = create();
+    const auto filter = create<IBaseFilter>(CLSID_TXSubtitleConverter);
     EXPECT_EQ(canUnload(), S_FALSE);
   }
   EXPECT_EQ(canUnload(), S_OK);

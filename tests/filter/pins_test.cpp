@@ -1,21 +1,25 @@
 // What the pins accept, propose and ask for.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <optional>
+#include <array>
 
-#include "filter/subtitle_converter.h"
+#include "filter/media_types.h"
 #include "tests/filter/graph_test_bench.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 namespace {
 
+using testing::ElementsAre;
+
+std::array<long, 4> numbersOf(const ALLOCATOR_PROPERTIES& properties) {
+  return {properties.cBuffers, properties.cbBuffer, properties.cbAlign, properties.cbPrefix};
+}
+
 class FilterPins : public testing::Test {
  protected:
   FilterPins() {
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    HRESULT result = S_OK;
-    filter_ =
-        static_cast<CSubtitleConverter*>(CSubtitleConverter::CreateInstance(nullptr, &result));
+    filter_->SetLogger(&logger_);
   }
   ~FilterPins() override {
     filter_.Reset();
@@ -34,7 +38,8 @@ class FilterPins : public testing::Test {
     return made;
   }
 
-  ComPtr<CSubtitleConverter> filter_;
+  RecordingLogger logger_;
+  ComPtr<CSubtitleConverter> filter_ = createFilter();
 };
 
 TEST_F(FilterPins, AcceptThreeKindsOfInput) {
@@ -64,51 +69,38 @@ TEST_F(FilterPins, AskForManySmallInputBuffersAndNeverBlock) {
   ALLOCATOR_PROPERTIES wanted = {};
   EXPECT_EQ(input().GetAllocatorRequirements(nullptr), E_POINTER);
   ASSERT_EQ(input().GetAllocatorRequirements(&wanted), S_OK);
-  EXPECT_EQ(wanted.cBuffers, 32);
-  EXPECT_EQ(wanted.cbBuffer, 1);
-  EXPECT_EQ(wanted.cbAlign, 32);
-  EXPECT_EQ(wanted.cbPrefix, 0);
+  EXPECT_THAT(numbersOf(wanted), ElementsAre(32, 1, 32, 0));
   EXPECT_EQ(input().ReceiveCanBlock(), S_FALSE);
 }
 
 TEST_F(FilterPins, AnswerMisuseWithResultsAndSayWhatWasWrong) {
-  RecordingLogger logger;
-  filter_->SetLogger(&logger);
   EXPECT_EQ(input().NotifyAllocator(nullptr, FALSE), E_POINTER);
-  const auto lines = logger.take();
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_EQ(lines[0].rfind("0 Error: ", 0), 0u) << lines[0];
+  EXPECT_THAT(logger_.take(), ElementsAre(testing::StartsWith("0 Error: ")));
   EXPECT_EQ(input().Receive(nullptr), E_POINTER);
-  filter_->SetLogger(nullptr);
 }
 
-TEST_F(FilterPins, OfferTheTypeOfTheMode) {
-  const struct {
-    std::uint32_t mode;
-    const GUID& subtype;
-  } kRows[] = {
-      {0, GUID_NULL},           {1, GUID_NULL}, {2, MEDIASUBTYPE_Ttml},       {3, GUID_NULL},
-      {4, MEDIASUBTYPE_WebVtt}, {5, GUID_NULL}, {6, MEDIASUBTYPE_YoutubeSrt}, {7, GUID_NULL}};
-  for (const auto& row : kRows) {
-    setMode(row.mode);
+TEST_F(FilterPins, OfferTheTypeOfTheModeAndAcceptEveryTextType) {
+  for (std::uint32_t mode = 0; mode < 8; ++mode) {
+    SCOPED_TRACE(mode);
+    setMode(mode);
+    const GUID& expected = mode == 2   ? MEDIASUBTYPE_Ttml
+                           : mode == 4 ? MEDIASUBTYPE_WebVtt
+                           : mode == 6 ? MEDIASUBTYPE_YoutubeSrt
+                                       : GUID_NULL;
     CMediaType offered;
     ASSERT_EQ(output().GetMediaType(0, &offered), S_OK);
     EXPECT_EQ(offered.majortype, MEDIATYPE_TimedText);
-    EXPECT_EQ(offered.subtype, row.subtype) << row.mode;
-    EXPECT_EQ(output().CheckMediaType(&offered), row.subtype == GUID_NULL ? S_FALSE : S_OK);
+    EXPECT_EQ(offered.subtype, expected);
+    EXPECT_EQ(output().CheckMediaType(&offered), expected == GUID_NULL ? S_FALSE : S_OK);
+    for (const GUID& sub : {MEDIASUBTYPE_Ttml, MEDIASUBTYPE_WebVtt, MEDIASUBTYPE_YoutubeSrt}) {
+      const CMediaType asked = type(MEDIATYPE_TimedText, sub);
+      EXPECT_EQ(output().CheckMediaType(&asked), S_OK);
+    }
   }
   EXPECT_EQ(output().GetMediaType(1, nullptr), VFW_S_NO_MORE_ITEMS);
   EXPECT_EQ(output().GetMediaType(-1, nullptr), VFW_S_NO_MORE_ITEMS);
   EXPECT_EQ(output().GetMediaType(0, nullptr), E_POINTER);
   EXPECT_EQ(output().CheckMediaType(nullptr), E_POINTER);
-}
-
-TEST_F(FilterPins, AcceptEveryTextTypeWhateverTheMode) {
-  setMode(0);
-  for (const GUID* subtype : {&MEDIASUBTYPE_Ttml, &MEDIASUBTYPE_WebVtt, &MEDIASUBTYPE_YoutubeSrt}) {
-    const CMediaType asked = type(MEDIATYPE_TimedText, *subtype);
-    EXPECT_EQ(output().CheckMediaType(&asked), S_OK);
-  }
 }
 
 TEST_F(FilterPins, TellEnumeratorsWhenTheModeChanges) {
@@ -145,40 +137,25 @@ class FakeAllocator final : public IMemAllocator {
 };
 
 TEST_F(FilterPins, SizeTheOutputForManySmallDocuments) {
-  RecordingLogger logger;
-  filter_->SetLogger(&logger);
   FakeAllocator allocator;
   ALLOCATOR_PROPERTIES wanted = {.cBuffers = 1, .cbBuffer = 9999, .cbAlign = 1, .cbPrefix = 7};
   ASSERT_EQ(output().DecideBufferSize(&allocator, &wanted), S_OK);
-  EXPECT_EQ(allocator.asked.cBuffers, 128);
-  EXPECT_EQ(allocator.asked.cbBuffer, 1024);
-  EXPECT_EQ(allocator.asked.cbAlign, 32);
-  EXPECT_EQ(allocator.asked.cbPrefix, 0);
-  EXPECT_EQ(logger.take(), std::vector<std::string>{"counters subtitle_converter_TTML"});
+  EXPECT_THAT(numbersOf(allocator.asked), ElementsAre(128, 1024, 32, 0));
+  EXPECT_THAT(logger_.take(), ElementsAre("counters subtitle_converter_TTML"));
 
   setMode(6);
   wanted = {.cBuffers = 500, .cbBuffer = 1, .cbAlign = 64, .cbPrefix = 0};
   ASSERT_EQ(output().DecideBufferSize(&allocator, &wanted), S_OK);
-  EXPECT_EQ(allocator.asked.cBuffers, 500);
-  EXPECT_EQ(allocator.asked.cbAlign, 64);
-  EXPECT_EQ(logger.take(), std::vector<std::string>{"counters subtitle_converter_Youtube Srt"});
+  EXPECT_THAT(numbersOf(allocator.asked), ElementsAre(500, 1024, 64, 0));
+  EXPECT_THAT(logger_.take(), ElementsAre("counters subtitle_converter_Youtube Srt"));
 
   allocator.answer = VFW_E_ALREADY_COMMITTED;
   EXPECT_EQ(output().DecideBufferSize(&allocator, &wanted), VFW_E_ALREADY_COMMITTED);
-  EXPECT_TRUE(logger.take().empty()) << "no name for counters of an allocator that refused";
+  EXPECT_TRUE(logger_.take().empty()) << "no name for counters of an allocator that refused";
   EXPECT_EQ(output().DecideBufferSize(nullptr, &wanted), E_POINTER);
-  filter_->SetLogger(nullptr);
 }
 
-TEST_F(FilterPins, AreFoundByName) {
-  ComPtr<IPin> pin;
-  EXPECT_EQ(filter_->FindPin(L"Input", &pin), S_OK);
-  EXPECT_EQ(pin.Get(), &input());
-  EXPECT_EQ(filter_->FindPin(L"Output", pin.ReleaseAndGetAddressOf()), S_OK);
-  EXPECT_EQ(pin.Get(), &output());
-}
-
-/// Counts the quality messages that reach it.
+/// Takes down the quality message that reaches it.
 class QualitySink final : public IQualityControl {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
