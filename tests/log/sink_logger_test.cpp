@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <vector>
 
 #include "log/syslog_sink.h"
+#include "tests/support/temporary_directory.h"
 
 namespace korr::log {
 namespace {
@@ -22,22 +22,13 @@ using ::testing::ThrowsMessage;
 
 class SinkLoggerFile : public ::testing::Test {
  protected:
-  SinkLoggerFile()
-      : path_((std::filesystem::temp_directory_path() /
-               ("sink_logger_test_" +
-                std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
-                ".log"))
-                  .string()) {
-    std::filesystem::remove(path_);
-  }
-  ~SinkLoggerFile() override { std::filesystem::remove(path_); }
-
   std::string content() const {
-    std::ifstream file(path_);
+    std::ifstream file(path_);  // as text: with the system's line ends
     return (std::stringstream() << file.rdbuf()).str();
   }
 
-  std::string path_;
+  test_support::TemporaryDirectory directory_;
+  std::string path_ = directory_.file("log");
 };
 
 TEST_F(SinkLoggerFile, PassesOnOnlyTheLevelsAskedFor) {
@@ -93,30 +84,21 @@ TEST(SinkLogger, OutlivesAFullDiskAndADeadServer) {
               MatchesRegex("log: [^\n]*/dev/full[^\n]*; messages are being lost\n"));
 }
 
-// Keeps what would go out.
 class FakeSender final : public platform::IUdpSender {
  public:
-  explicit FakeSender(std::vector<std::string>& sent) : sent_(sent) {}
-
-  bool send(std::string_view datagram) noexcept override {
-    sent_.emplace_back(datagram);
-    return false;
-  }
-
- private:
-  std::vector<std::string>& sent_;
+  MOCK_METHOD(bool, send, (std::string_view datagram), (noexcept, override));
 };
 
 TEST(SyslogSink, SendsOneDatagramAMessageAsTheStandardWritesIt) {
-  std::vector<std::string> sent;
-  SyslogSink sink(std::make_unique<FakeSender>(sent));
+  auto sender = std::make_unique<FakeSender>();
+  const ::testing::InSequence inOrder;
+  EXPECT_CALL(*sender, send(AllOf(StartsWith("<131>1 2000-02-29T12:34:56.000789Z "),
+                                  HasSubstr(" txsub "), EndsWith(" - - \xEF\xBB\xBFno disk"))));
+  EXPECT_CALL(*sender, send(AllOf(StartsWith("<132>1 2000"), EndsWith("torn"))));
+  SyslogSink sink(std::move(sender));
   const auto time = spdlog::log_clock::time_point(std::chrono::microseconds(951'827'696'000'789));
   sink.log({time, {}, "", spdlog::level::err, "no disk"});
   sink.log({time, {}, "", spdlog::level::warn, "torn"});
-  ASSERT_EQ(sent.size(), 2u);
-  EXPECT_THAT(sent[0], AllOf(StartsWith("<131>1 2000-02-29T12:34:56.000789Z "),
-                             HasSubstr(" txsub "), EndsWith(" - - \xEF\xBB\xBFno disk")));
-  EXPECT_THAT(sent[1], AllOf(StartsWith("<132>1 2000"), EndsWith("torn")));
 }
 
 TEST(UdpSender, TakesBothAddressFamiliesAndNeverWaits) {
