@@ -35,12 +35,9 @@ TEST(BitReader, GivesZeroPastTheEndAndRemembersIt) {
   EXPECT_FALSE(reader.failed());
   reader.skip(SIZE_MAX);
   EXPECT_TRUE(reader.failed());
-}
-
-TEST(BitReader, ReadsNothingOfNothing) {
-  BitReader reader({});
-  EXPECT_TRUE(reader.exhausted());
-  EXPECT_EQ(reader.read(1), 0u);
+  BitReader empty({});
+  EXPECT_TRUE(empty.exhausted());
+  EXPECT_EQ(empty.read(1), 0u);
 }
 
 }  // namespace
