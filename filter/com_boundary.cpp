@@ -15,17 +15,23 @@ std::string toUtf8(const WCHAR* text, int length) {
   return utf8;
 }
 
+// COM's event service has codes of the same values, and the system knows its texts only.
+bool isOfDirectShow(HRESULT result) {
+  return HRESULT_FACILITY(result) == FACILITY_ITF && HRESULT_CODE(result) >= VFW_FIRST_CODE;
+}
+
 }  // namespace
 
 std::string systemMessage(HRESULT result) {
   std::array<WCHAR, 512> text{};
   constexpr DWORD kFlags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
-  DWORD length = FormatMessageW(kFlags, nullptr, static_cast<DWORD>(result), 0, text.data(),
-                                static_cast<DWORD>(text.size()), nullptr);
-  // DirectShow keeps the texts of its own codes.
-  if (length == 0) {
-    length = AMGetErrorTextW(result, text.data(), static_cast<DWORD>(text.size()));
+  constexpr auto kSize = static_cast<DWORD>(text.size());
+  DWORD length = 0;
+  if (!isOfDirectShow(result)) {
+    length =
+        FormatMessageW(kFlags, nullptr, static_cast<DWORD>(result), 0, text.data(), kSize, nullptr);
   }
+  if (length == 0) length = AMGetErrorTextW(result, text.data(), kSize);
   if (length == 0) return "unknown error";
   while (length != 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) --length;
   return toUtf8(text.data(), static_cast<int>(length));

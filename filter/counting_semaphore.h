@@ -13,8 +13,8 @@ namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline 
 /// waits.
 ///
 /// The count is kept in the process. The kernel's semaphore behind it is only released to a thread
-/// that sleeps on it, and a thread looks out for a count for some microseconds before it goes to
-/// sleep: under load neither side enters the kernel.
+/// that sleeps on it, and a thread looks out for a count for some tens of microseconds before it
+/// goes to sleep: under load neither side enters the kernel.
 class CountingSemaphore {
  public:
   /// Throws HResultError when the system has no semaphore left.

@@ -7,10 +7,10 @@
 
 namespace korr::platform::inline v2_1 {
 
-/// Looks some ten microseconds long whether `condition` has come true, which what another thread is
-/// about to do mostly has by then; a thread that falls asleep costs both more. It looks more and
-/// more seldom, so that it does not keep from the other thread what that has to write. `condition`
-/// must not throw, and must see other threads' writes.
+/// Looks some tens of microseconds long whether `condition` has come true, which what another
+/// thread is about to do mostly has by then; a thread that falls asleep costs both more. It looks
+/// more and more seldom, so that it does not keep from the other thread what that has to write.
+/// `condition` must not throw, and must see other threads' writes.
 template <typename Condition>
 bool spinUntil(Condition condition) {
   constexpr int kPauses = 2000;

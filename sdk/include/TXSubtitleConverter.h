@@ -55,7 +55,8 @@ inline constexpr GUID MEDIASUBTYPE_YoutubeSrt = {
     0x3150B2A2, 0x28CA, 0x473B, {0x93, 0xF1, 0x98, 0xCF, 0x51, 0xA1, 0x82, 0x16}};
 
 /// Takes the filter's messages; implemented by the host and frozen. Called from any of the filter's
-/// and the graph's threads, one call at a time. Must not throw.
+/// and the graph's threads, one call at a time. Must not throw, and must not call the graph or wait
+/// for a thread that does: stopping waits for the filter's thread.
 struct ILogger {
   /// One message: a printf format and its arguments, UTF-8, no line feed at its end.
   /// `level`: 0 error, 1 warning, 2 information.
