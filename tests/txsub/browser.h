@@ -18,21 +18,13 @@ inline bool isBrowserInstalled() {
 /// Opens a page, lets its scripts run, and returns what the document has become. The directory
 /// takes the browser's profile.
 inline std::string documentOf(const std::string& url, const TemporaryDirectory& directory) {
-  ProgramCall call;
-  call.program = kBrowser;
-  call.arguments = {"--headless",
-                    "--no-sandbox",
-                    "--disable-gpu",
-                    "--disable-quic",
-                    "--no-first-run",
-                    "--disable-background-networking",
-                    "--disable-component-update",
-                    "--disable-sync",
-                    "--user-data-dir=" + directory.file("profile"),
-                    "--virtual-time-budget=3000",
-                    "--dump-dom",
-                    url};
-  return runProgram(call).output;
+  return runProgram({.program = kBrowser,
+                     .arguments = {"--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
+                                   "--no-first-run", "--disable-background-networking",
+                                   "--disable-component-update", "--disable-sync",
+                                   "--user-data-dir=" + directory.file("profile"),
+                                   "--virtual-time-budget=3000", "--dump-dom", url}})
+      .output;
 }
 
 }  // namespace korr::txsub

@@ -25,9 +25,7 @@ class PreviewTest : public testing::Test {
   // What a browser shows of a sample's preview at an address within it.
   std::string shown(const std::string& sample, const std::string& address) {
     const std::string page = directory_.file("preview.html");
-    ProgramCall call;
-    call.arguments = {"preview", "--quiet", "samples/" + sample, "-o", page};
-    EXPECT_EQ(runProgram(call).exitCode, 0);
+    EXPECT_EQ(run({"preview", "--quiet", "samples/" + sample, "-o", page}).exitCode, 0);
     std::string document = documentOf("file://" + page + "#" + address, directory_);
     // The data and the script would answer every question; only what they have made counts.
     const auto data = document.find("<script");
@@ -88,9 +86,7 @@ TEST_F(PreviewTest, ShowsPicturesWhereTheyLie) {
 }
 
 TEST_F(PreviewTest, ShowsWhatAPictureFolderHolds) {
-  ProgramCall call;
-  call.arguments = {"convert", "--quiet", "samples/dvb.ts", "-o", directory_.file("eng/")};
-  EXPECT_EQ(runProgram(call).exitCode, 0);
+  run({"convert", "--quiet", "samples/dvb.ts", "-o", directory_.file("eng/")});
   const std::string document =
       documentOf("file://" + directory_.file("eng/index.html") + "#t=13", directory_);
   EXPECT_THAT(document, HasSubstr(">dvb.ts</h1>"));
@@ -99,10 +95,7 @@ TEST_F(PreviewTest, ShowsWhatAPictureFolderHolds) {
 }
 
 TEST(Preview, SaysThatThereIsNothingToShow) {
-  ProgramCall call;
-  call.arguments = {"preview", "-", "-o", "-"};
-  call.input = "Scenarist_SCC V1.0\n";
-  const auto result = runProgram(call);
+  const auto result = run({"preview", "-", "-o", "-"}, "Scenarist_SCC V1.0\n");
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_THAT(result.errors, HasSubstr("no subtitles are shown"));
 }

@@ -47,11 +47,14 @@ pid_t start(const ProgramCall& call, const Descriptors& descriptors) {
   return child;
 }
 
-int exitCodeOf(pid_t child) {
+// What a program has written into files of `scratch` when it ends.
+ProgramResult resultOf(pid_t child, const TemporaryDirectory& scratch) {
   int status = 0;
   ::waitpid(child, &status, 0);
   EXPECT_FALSE(WIFSIGNALED(status)) << "ended by signal " << WTERMSIG(status);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return {.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+          .output = scratch.read("out"),
+          .errors = scratch.read("errors")};
 }
 
 }  // namespace
@@ -60,14 +63,10 @@ ProgramResult runProgram(const ProgramCall& call) {
   // Files instead of pipes: neither side ever waits for the other.
   const TemporaryDirectory scratch;
   const std::string output = call.outputPath.empty() ? scratch.file("out") : call.outputPath;
-  const pid_t child = start(call, {.input = openFor(scratch.write("in", call.input), O_RDONLY),
-                                   .output = openFor(output, O_WRONLY | O_CREAT),
-                                   .errors = openFor(scratch.file("errors"), O_WRONLY | O_CREAT)});
-  ProgramResult result;
-  result.exitCode = exitCodeOf(child);
-  if (call.outputPath.empty()) result.output = scratch.read("out");
-  result.errors = scratch.read("errors");
-  return result;
+  return resultOf(start(call, {.input = openFor(scratch.write("in", call.input), O_RDONLY),
+                               .output = openFor(output, O_WRONLY | O_CREAT),
+                               .errors = openFor(scratch.file("errors"), O_WRONLY | O_CREAT)}),
+                  scratch);
 }
 
 ProgramResult runAndInterrupt(const ProgramCall& call) {
@@ -85,12 +84,9 @@ ProgramResult runAndInterrupt(const ProgramCall& call) {
     if (::ioctl(watched, FIONREAD, &left) != 0) break;
   }
   ::kill(child, SIGINT);
-  ProgramResult result;
-  result.exitCode = exitCodeOf(child);
+  const ProgramResult result = resultOf(child, scratch);
   ::close(watched);
   ::close(pipe[1]);
-  result.output = scratch.read("out");
-  result.errors = scratch.read("errors");
   return result;
 }
 
@@ -99,13 +95,10 @@ ProgramResult runIntoClosedPipe(const ProgramCall& call) {
   int pipe[2] = {};
   EXPECT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
   ::close(pipe[0]);
-  const pid_t child = start(call, {.input = openFor("/dev/null", O_RDONLY),
-                                   .output = pipe[1],
-                                   .errors = openFor(scratch.file("errors"), O_WRONLY | O_CREAT)});
-  ProgramResult result;
-  result.exitCode = exitCodeOf(child);
-  result.errors = scratch.read("errors");
-  return result;
+  return resultOf(start(call, {.input = openFor("/dev/null", O_RDONLY),
+                               .output = pipe[1],
+                               .errors = openFor(scratch.file("errors"), O_WRONLY | O_CREAT)}),
+                  scratch);
 }
 
 }  // namespace korr::txsub

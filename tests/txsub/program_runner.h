@@ -16,13 +16,21 @@ struct ProgramResult {
 
 struct ProgramCall {
   std::string program = TXSUB_PROGRAM;
-  std::vector<std::string> arguments;
-  std::string input;       ///< for its standard input
-  std::string outputPath;  ///< where its standard output goes, if not into the result
+  std::vector<std::string> arguments{};
+  std::string input{};       ///< for its standard input
+  std::string outputPath{};  ///< where its standard output goes, if not into the result
 };
 
 /// Waits for the end of the program; fails the test when it takes longer than half a minute.
 ProgramResult runProgram(const ProgramCall& call);
+
+inline ProgramResult run(const std::vector<std::string>& arguments, const std::string& input = {}) {
+  return runProgram({.arguments = arguments, .input = input});
+}
+
+inline ProgramResult runShell(const std::string& command) {
+  return runProgram({.program = "/bin/sh", .arguments = {"-c", command}});
+}
 
 /// Hands the input over through a pipe that stays open, and interrupts the program when it has
 /// taken everything.

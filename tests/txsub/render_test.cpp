@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <optional>
 
 #include "platform/png_decoder.h"
@@ -33,11 +34,9 @@ double difference(const DecodedPng& left, const DecodedPng& right) {
 
 class RenderTest : public testing::Test {
  protected:
-  ProgramResult run(std::vector<std::string> arguments) {
+  ProgramResult render(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "render");
-    ProgramCall call;
-    call.arguments = std::move(arguments);
-    return runProgram(call);
+    return run(arguments);
   }
 
   // Rewritten instead of compared when TESSARY_UPDATE_GOLDEN is set: look at them in git diff.
@@ -58,29 +57,25 @@ class RenderTest : public testing::Test {
   TemporaryDirectory directory_;
 };
 
-TEST_F(RenderTest, DrawsCaptionsAsAReceiverWould) {
-  const auto result = run({kCaptions, "--at", "0:08.5", "--size", "640x360"});
-  EXPECT_EQ(result.exitCode, 0) << result.errors;
-  compareWithGolden(result.output, "captions.png");
-}
-
-TEST_F(RenderTest, DrawsTeletextAsAReceiverWould) {
-  const auto result =
-      run({"samples/teletext.ts", "--language", "swe", "--at", "7", "--size", "360x288"});
-  EXPECT_EQ(result.exitCode, 0) << result.errors;
-  compareWithGolden(result.output, "teletext.png");
-}
-
-TEST_F(RenderTest, StretchesDvbPicturesOverTheFrame) {
-  const auto result = run({"samples/dvb.ts", "--pid", "0x200", "--at", "5", "--size", "360x202"});
-  EXPECT_EQ(result.exitCode, 0) << result.errors;
-  compareWithGolden(result.output, "dvb.png");
+TEST_F(RenderTest, DrawsAsAReceiverWould) {
+  const std::map<std::string, std::vector<std::string>> pictures = {
+      {"captions.png", {kCaptions, "--at", "0:08.5", "--size", "640x360"}},
+      {"teletext.png",
+       {"samples/teletext.ts", "--language", "swe", "--at", "7", "--size", "360x288"}},
+      // Stretched over the frame.
+      {"dvb.png", {"samples/dvb.ts", "--pid", "0x200", "--at", "5", "--size", "360x202"}}};
+  for (const auto& [name, arguments] : pictures) {
+    SCOPED_TRACE(name);
+    const auto result = render(arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    compareWithGolden(result.output, name);
+  }
 }
 
 TEST_F(RenderTest, DrawsOverAPictureInItsSize) {
-  const auto blank = run({kCaptions, "--at", "0", "--size", "64x33"});
+  const auto blank = render({kCaptions, "--at", "0", "--size", "64x33"});
   const auto path = directory_.write("paper.png", blank.output);
-  const auto result = run({kCaptions, "--at", "8.5", "--over", path});
+  const auto result = render({kCaptions, "--at", "8.5", "--over", path});
   const auto drawn = decode(result.output);
   ASSERT_TRUE(drawn) << result.errors;
   EXPECT_EQ(drawn->width, 64u);
@@ -88,14 +83,14 @@ TEST_F(RenderTest, DrawsOverAPictureInItsSize) {
   EXPECT_NE(result.output, blank.output);
 
   const auto refused =
-      run({kCaptions, "--at", "8.5", "--over", directory_.write("no.png", "\x89PNG\r\n")});
+      render({kCaptions, "--at", "8.5", "--over", directory_.write("no.png", "\x89PNG\r\n")});
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_THAT(refused.errors, HasSubstr("no.png' is not a PNG picture"));
 }
 
 TEST_F(RenderTest, WritesRawFramesOfTheWholeRecording) {
   const auto path = directory_.file("frames.rgba");
-  ASSERT_EQ(run({kCaptions, "--frames", "2", "--size", "34x15", path, "-q"}).exitCode, 0);
+  ASSERT_EQ(render({kCaptions, "--frames", "2", "--size", "34x15", path, "-q"}).exitCode, 0);
   const auto frames = directory_.read("frames.rgba");
   constexpr std::size_t kFrame = 34 * 15 * 4;
   ASSERT_EQ(frames.size() % kFrame, 0u);
@@ -118,7 +113,7 @@ TEST_F(RenderTest, WritesNoFramesForABreakInTime) {
       "break.jsonl", std::string(R"({"stream": "captions"})") + "\n" +
                          sample("/JQg/JRw/Mjp/JQv", "10000000") +
                          sample("/JQs", "864010000000000") + sample("/ICA", "864020000000000"));
-  const auto result = run({path, "--page", "1", "--frames", "1", "--size", "34x15"});
+  const auto result = render({path, "--page", "1", "--frames", "1", "--size", "34x15"});
   EXPECT_EQ(result.exitCode, 0) << result.errors;
   EXPECT_GT(result.output.size(), 34u * 15 * 4);
   EXPECT_LT(result.output.size(), 100u * 34 * 15 * 4);
@@ -126,15 +121,13 @@ TEST_F(RenderTest, WritesNoFramesForABreakInTime) {
 
 TEST_F(RenderTest, FeedsVideoTools) {
   if (std::system("command -v ffmpeg >/dev/null") != 0) GTEST_SKIP() << "no ffmpeg here";
-  ProgramCall call;
-  call.program = "/bin/sh";
-  call.arguments = {"-c", std::string(TXSUB_PROGRAM) +
-                              " render samples/captions.scc --frames 25 --size 320x180 - |"
-                              " ffmpeg -v error -f lavfi -i color=gray:s=320x180:r=25"
-                              " -f rawvideo -pix_fmt rgba -s 320x180 -r 25 -i -"
-                              " -filter_complex overlay=shortest=1 -ss 8.5 -frames:v 1"
-                              " -f image2pipe -c:v png -"};
-  const auto drawn = decode(runProgram(call).output);
+  const auto drawn = decode(runShell(std::string(TXSUB_PROGRAM) +
+                                     " render samples/captions.scc --frames 25 --size 320x180 - |"
+                                     " ffmpeg -v error -f lavfi -i color=gray:s=320x180:r=25"
+                                     " -f rawvideo -pix_fmt rgba -s 320x180 -r 25 -i -"
+                                     " -filter_complex overlay=shortest=1 -ss 8.5 -frames:v 1"
+                                     " -f image2pipe -c:v png -")
+                                .output);
   ASSERT_TRUE(drawn);
   // In the boxes of the two rows, and beside them.
   const auto redAt = [&](std::size_t x, std::size_t y) { return drawn->rgba[(y * 320 + x) * 4]; };
@@ -143,12 +136,12 @@ TEST_F(RenderTest, FeedsVideoTools) {
 }
 
 TEST_F(RenderTest, RefusesWhatCannotBeDrawn) {
-  EXPECT_EQ(run({kCaptions}).exitCode, 2);
-  EXPECT_EQ(run({kCaptions, "--at", "1:2:3:4"}).exitCode, 2);
-  EXPECT_EQ(run({kCaptions, "--at", "1", "--size", "0x100"}).exitCode, 2);
-  EXPECT_EQ(run({kCaptions, "--at", "1", "--size", "100000x100000"}).exitCode, 2);
-  EXPECT_EQ(run({kCaptions, "--frames", "0"}).exitCode, 2);
-  const auto none = run({kCaptions, "--at", "1", "--page", "4"});
+  EXPECT_EQ(render({kCaptions}).exitCode, 2);
+  EXPECT_EQ(render({kCaptions, "--at", "1:2:3:4"}).exitCode, 2);
+  EXPECT_EQ(render({kCaptions, "--at", "1", "--size", "0x100"}).exitCode, 2);
+  EXPECT_EQ(render({kCaptions, "--at", "1", "--size", "100000x100000"}).exitCode, 2);
+  EXPECT_EQ(render({kCaptions, "--frames", "0"}).exitCode, 2);
+  const auto none = render({kCaptions, "--at", "1", "--page", "4"});
   EXPECT_EQ(none.exitCode, 1);
   EXPECT_THAT(none.errors, HasSubstr("no subtitles to draw"));
 }

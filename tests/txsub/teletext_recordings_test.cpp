@@ -16,12 +16,6 @@ using testing::IsEmpty;
 
 constexpr const char* kSample = "samples/teletext.ts";
 
-ProgramResult run(std::vector<std::string> arguments) {
-  ProgramCall call;
-  call.arguments = std::move(arguments);
-  return runProgram(call);
-}
-
 // The text of all entries, without numbers and times.
 std::string srtLines(const std::vector<std::string>& arguments) {
   std::vector<std::string> all{"convert", "--mode", "srt", "--quiet"};
