@@ -4,11 +4,15 @@
 #include <utility>
 
 namespace korr::encoders {
+namespace {
 
+/// `byte` with odd parity in bit 7.
 std::uint8_t withOddParity(std::uint8_t byte) {
   const auto bits = static_cast<unsigned>(byte & 0x7F);
   return static_cast<std::uint8_t>(bits | (std::popcount(bits) % 2 == 0 ? 0x80u : 0u));
 }
+
+}  // namespace
 
 CaptionBuilder& CaptionBuilder::pair(std::uint8_t b1, std::uint8_t b2) {
   triplets_.push_back(static_cast<std::uint8_t>(0xFC | (field_ - 1)));

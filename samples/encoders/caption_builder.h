@@ -52,7 +52,4 @@ class CaptionBuilder {
   std::vector<std::uint8_t> triplets_;
 };
 
-/// `byte` with odd parity in bit 7.
-std::uint8_t withOddParity(std::uint8_t byte);
-
 }  // namespace korr::encoders

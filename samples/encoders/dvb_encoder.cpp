@@ -189,10 +189,9 @@ DvbEncoder& DvbEncoder::characters(std::uint16_t id, std::u16string_view codes) 
   return segment(0x13, bits.bytes());
 }
 
-DvbEncoder& DvbEncoder::segment(std::uint8_t type, const Bytes& body,
-                                std::optional<std::uint16_t> declaredLength) {
+DvbEncoder& DvbEncoder::segment(std::uint8_t type, const Bytes& body) {
   BitWriter header;
-  header.put(0x0F, 8).put(type, 8).put(pageId_, 16).put(declaredLength.value_or(body.size()), 16);
+  header.put(0x0F, 8).put(type, 8).put(pageId_, 16).put(body.size(), 16);
   append(segments_, header.bytes());
   append(segments_, body);
   return *this;

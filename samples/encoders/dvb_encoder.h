@@ -83,9 +83,7 @@ class DvbEncoder {
   DvbEncoder& characters(std::uint16_t id, std::u16string_view codes);
   DvbEncoder& end() { return segment(0x80, {}); }
 
-  /// `declaredLength`: segment_length where it is not that of `body`.
-  DvbEncoder& segment(std::uint8_t type, const Bytes& body,
-                      std::optional<std::uint16_t> declaredLength = {});
+  DvbEncoder& segment(std::uint8_t type, const Bytes& body);
 
   /// Segments from now on are of another page.
   DvbEncoder& ofPage(std::uint16_t pageId) {

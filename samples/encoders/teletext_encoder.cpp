@@ -100,14 +100,12 @@ TeletextPacket headerPacket(const TeletextHeader& header) {
   const std::array<std::uint32_t, 8> nibbles = {
       header.page,
       header.page >> 4,
-      header.subcode,
-      (header.subcode >> 4 & 7) | at(4, header.erasePage),
-      header.subcode >> 8,
-      (header.subcode >> 12 & 3) | at(3, header.newsflash) | at(4, header.subtitle),
-      at(1, header.suppressHeader) | at(2, header.update) | at(3, header.interruptedSequence) |
-          at(4, header.inhibitDisplay),
-      at(1, header.magazineSerial) | at(2, (option & 4) != 0) | at(3, (option & 2) != 0) |
-          at(4, (option & 1) != 0)};
+      0,  // the subcode, here and in the bits before C4 and C6
+      at(4, header.erasePage),
+      0,
+      at(4, header.subtitle),
+      at(1, header.suppressHeader) | at(2, header.update),
+      at(2, (option & 4) != 0) | at(3, (option & 2) != 0) | at(4, (option & 1) != 0)};
   std::ranges::transform(nibbles, packet.begin() + kData, hamming);
   putText(packet, nibbles.size(), header.text);
   return packet;
@@ -166,6 +164,7 @@ std::vector<std::uint8_t> teletextDataField(std::span<const TeletextPacket> pack
 }
 
 std::vector<std::uint8_t> stuffedTeletextDataField(std::span<const TeletextPacket> packets) {
+  constexpr std::uint8_t kStuffingUnit = 0xFF;
   constexpr std::size_t kPesHeader = 45;
   constexpr std::size_t kTransportPayload = 184;
   std::vector<std::uint8_t> field = teletextDataField(packets);

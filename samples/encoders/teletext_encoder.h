@@ -20,15 +20,10 @@ using TeletextPacket = std::array<std::uint8_t, 42>;
 /// A page header (EN 300 706, 9.3.1).
 struct TeletextHeader {
   std::uint32_t page = 0x888;  ///< magazine 1 to 8, then two hexadecimal digits
-  std::uint32_t subcode = 0;   ///< S4 S3 S2 S1, each in four bits
   bool erasePage = true;
-  bool newsflash = false;
   bool subtitle = true;
   bool suppressHeader = true;
   bool update = false;
-  bool interruptedSequence = false;
-  bool inhibitDisplay = false;
-  bool magazineSerial = false;
   std::uint32_t nationalOption = 0;  ///< C12 C13 C14, C12 in bit 2
   std::string_view text{};           ///< codes of columns 8 to 39, the rest blank
 };
@@ -56,7 +51,6 @@ std::array<std::uint8_t, 3> encodeHamming2418(std::uint32_t data);
 
 inline constexpr std::uint8_t kEbuTeletext = 0x02;
 inline constexpr std::uint8_t kEbuTeletextSubtitle = 0x03;
-inline constexpr std::uint8_t kStuffingUnit = 0xFF;
 
 /// A PES data field: the data_identifier, then units of 46 bytes (EN 300 472, 4.2).
 std::vector<std::uint8_t> teletextDataField(std::span<const TeletextPacket> packets,

@@ -43,6 +43,16 @@ Bytes adaptationField(std::size_t size, std::optional<std::uint64_t> pcr, bool d
   return field;
 }
 
+/// CRC_32 of sections (ISO/IEC 13818-1, annex A).
+std::uint32_t crc32(std::span<const std::uint8_t> bytes) {
+  std::uint32_t crc = 0xFFFF'FFFF;
+  for (const std::uint8_t byte : bytes) {
+    crc ^= static_cast<std::uint32_t>(byte) << 24;
+    for (int bit = 0; bit < 8; ++bit) crc = crc << 1 ^ (crc >> 31 ? 0x04C1'1DB7U : 0U);
+  }
+  return crc;
+}
+
 /// The least an adaptation field with a PCR takes.
 constexpr std::size_t kPcrField = 8;
 
@@ -72,15 +82,6 @@ Bytes pesPacket(const Pes& pes, std::span<const std::uint8_t> payload) {
   add(packet, times);
   packet.insert(packet.end(), payload.begin(), payload.end());
   return packet;
-}
-
-std::uint32_t crc32(std::span<const std::uint8_t> bytes) {
-  std::uint32_t crc = 0xFFFF'FFFF;
-  for (const std::uint8_t byte : bytes) {
-    crc ^= static_cast<std::uint32_t>(byte) << 24;
-    for (int bit = 0; bit < 8; ++bit) crc = crc << 1 ^ (crc >> 31 ? 0x04C1'1DB7U : 0U);
-  }
-  return crc;
 }
 
 TsBuilder& TsBuilder::pat(std::span<const TsProgram> programs, unsigned version) {
@@ -173,11 +174,6 @@ TsBuilder& TsBuilder::nullPacket() {
 
 TsBuilder& TsBuilder::raw(std::span<const std::uint8_t> bytes) {
   bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
-  return *this;
-}
-
-TsBuilder& TsBuilder::lose(std::uint16_t pid, unsigned packets) {
-  continuity_[pid] += packets;
   return *this;
 }
 

@@ -28,15 +28,11 @@ struct Pes {
 };
 Bytes pesPacket(const Pes& pes, std::span<const std::uint8_t> payload);
 
-/// CRC_32 of sections (ISO/IEC 13818-1, annex A).
-std::uint32_t crc32(std::span<const std::uint8_t> bytes);
-
 /// One elementary stream in a PMT.
 struct TsStream {
   static constexpr std::uint8_t kMpeg2Video = 0x02;
   static constexpr std::uint8_t kPrivateData = 0x06;
   static constexpr std::uint8_t kH264 = 0x1B;
-  static constexpr std::uint8_t kHevc = 0x24;
 
   std::uint16_t pid = 0;
   std::uint8_t type = kPrivateData;
@@ -63,9 +59,6 @@ class TsBuilder {
   /// The name of one service in an SDT (EN 300 468, 5.2.3).
   TsBuilder& sdt(std::uint16_t serviceId, std::string_view serviceName);
 
-  /// A section with its CRC after `body`, behind a pointer_field.
-  TsBuilder& section(std::uint16_t pid, std::span<const std::uint8_t> body);
-
   /// A PES packet, cut into transport packets, the last of them stuffed. `pcr`, in ticks of 90 kHz,
   /// goes into the first.
   TsBuilder& pes(std::uint16_t pid, std::span<const std::uint8_t> packet,
@@ -80,9 +73,6 @@ class TsBuilder {
   /// Bytes as they are, to damage a stream.
   TsBuilder& raw(std::span<const std::uint8_t> bytes);
 
-  /// Makes the next packet of `pid` look as if `packets` before it were lost.
-  TsBuilder& lose(std::uint16_t pid, unsigned packets = 1);
-
   const Bytes& bytes() const { return bytes_; }
   std::size_t size() const { return bytes_.size(); }
 
@@ -90,6 +80,9 @@ class TsBuilder {
   Bytes take();
 
  private:
+  /// A section with its CRC after `body`, behind a pointer_field.
+  TsBuilder& section(std::uint16_t pid, std::span<const std::uint8_t> body);
+
   void packet(std::uint16_t pid, bool unitStart, std::optional<std::uint64_t> pcr,
               std::span<const std::uint8_t>& payload);
 
