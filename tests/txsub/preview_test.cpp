@@ -82,16 +82,9 @@ TEST_F(PreviewTest, ShowsPicturesWhereTheyLie) {
   EXPECT_THAT(stage, HasSubstr("src=\"data:image/png;base64,iVBOR"));
   EXPECT_THAT(stage, HasSubstr("left: 61.1111%")) << "column 440 of 720";
   EXPECT_EQ(count(document, "<img"), 6U) << "one on the stage and each on its card";
-  EXPECT_THAT(shown("dvb.ts", "q=ferry"), HasSubstr("there is no text to search"));
-}
-
-TEST_F(PreviewTest, ShowsWhatAPictureFolderHolds) {
-  run({"convert", "--quiet", "samples/dvb.ts", "-o", directory_.file("eng/")});
-  const std::string document =
-      documentOf("file://" + directory_.file("eng/index.html") + "#t=13", directory_);
-  EXPECT_THAT(document, HasSubstr(">dvb.ts</h1>"));
   EXPECT_THAT(document, HasSubstr(">0:00:12.000 – 0:00:16.000<"));
-  EXPECT_EQ(count(document, "<img"), 6U) << "one on the stage and each on its card";
+  EXPECT_THAT(document, HasSubstr(">dvb.ts</h1>"));
+  EXPECT_THAT(shown("dvb.ts", "q=ferry"), HasSubstr("there is no text to search"));
 }
 
 TEST(Preview, SaysThatThereIsNothingToShow) {

@@ -59,6 +59,33 @@ inline model::Subtitle teletext(std::vector<TeletextText::TextRow> rows) {
   return model::Subtitle(TeletextText{std::move(rows)});
 }
 
+struct Box {
+  std::uint32_t x;
+  std::uint32_t y;
+  std::uint32_t width;
+  std::uint32_t height;
+  std::uint8_t grey;
+};
+
+/// A display with an opaque box on it.
+inline model::SubtitleBitmap display(std::uint32_t width, std::uint32_t height, const Box& box) {
+  auto pixels = std::make_shared<model::PixelBuffer>(width, height);
+  pixels->addPaintedRows({0, height});
+  for (std::uint32_t y = box.y; y < box.y + box.height; ++y) {
+    std::uint8_t* row = pixels->data() + (std::size_t{y} * width + box.x) * 4;
+    for (std::uint32_t x = 0; x < box.width; ++x, row += 4) {
+      row[0] = row[1] = row[2] = box.grey;
+      row[3] = 255;
+    }
+  }
+  model::SubtitleBitmap bitmap;
+  bitmap.visible = 1;
+  bitmap.width = width;
+  bitmap.height = height;
+  bitmap.pixels = std::move(pixels);
+  return bitmap;
+}
+
 inline Cue cue(MediaTime startMs, MediaTime stopMs, model::Subtitle subtitle) {
   return {.start = startMs * model::kMillisecond,
           .stop = stopMs * model::kMillisecond,

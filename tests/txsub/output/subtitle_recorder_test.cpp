@@ -41,20 +41,16 @@ model::Subtitle text(std::string_view words) {
   return captions({captionRow(15, 0, words)});
 }
 
-model::Subtitle bitmap(std::int32_t page, MediaTime start, MediaTime end,
-                       std::uint8_t alpha = 255) {
-  auto pixels = std::make_shared<model::PixelBuffer>(1, 1);
-  pixels->addPaintedRows({.first = 0, .end = 1});
-  pixels->data()[3] = alpha;
-  model::SubtitleBitmap picture;
-  picture.visible = 1;
-  picture.width = picture.height = 1;
-  picture.pixels = pixels;
-  picture.pageState = page;
+model::Subtitle page(std::int32_t number, MediaTime start, MediaTime end, const Box& box) {
+  model::SubtitleBitmap picture = display(1, 1, box);
+  picture.pageState = number;
   picture.start = start;
   picture.end = end;
   return model::Subtitle(std::move(picture));
 }
+
+constexpr Box kFull{.x = 0, .y = 0, .width = 1, .height = 1, .grey = 255};
+constexpr Box kEmpty{};
 
 TEST_F(RecorderTest, JoinsEqualSubtitlesOverAdjoiningIntervals) {
   show(0, 20, text("A"));
@@ -78,15 +74,15 @@ TEST_F(RecorderTest, MakesNoCueOfNothingAndTwoOfAnInterruptedOne) {
 }
 
 TEST_F(RecorderTest, EndsAPictureWhenItsPageTimesOut) {
-  show(0, 1000, bitmap(7, 0, 300));
+  show(0, 1000, page(7, 0, 300, kFull));
   deliver(1000, 2000);
   recorder_.finish();
   EXPECT_THAT(cues_, ElementsAre(Pair(0, 300)));
 }
 
 TEST_F(RecorderTest, MakesNoCueOfAPageThatClearsTheScreen) {
-  show(0, 1000, bitmap(7, 0, 9000));
-  show(1000, 2000, bitmap(8, 1000, 9000, /*alpha=*/0));
+  show(0, 1000, page(7, 0, 9000, kFull));
+  show(1000, 2000, page(8, 1000, 9000, kEmpty));
   recorder_.finish();
   EXPECT_THAT(cues_, ElementsAre(Pair(0, 1000)));
 }

@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
 #include "tests/txsub/output/cue_builder.h"
 #include "timed_text/png_encoder.h"
 #include "util/base64.h"
@@ -10,38 +8,10 @@
 namespace korr::txsub {
 namespace {
 
-using model::PixelBuffer;
 using model::SubtitleBitmap;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
-
-struct Box {
-  std::uint32_t x;
-  std::uint32_t y;
-  std::uint32_t width;
-  std::uint32_t height;
-  std::uint8_t grey;
-};
-
-// A display with an opaque box on it.
-SubtitleBitmap display(std::uint32_t width, std::uint32_t height, const Box& box) {
-  auto pixels = std::make_shared<PixelBuffer>(width, height);
-  pixels->addPaintedRows({0, height});
-  for (std::uint32_t y = box.y; y < box.y + box.height; ++y) {
-    std::uint8_t* row = pixels->data() + (std::size_t{y} * width + box.x) * 4;
-    for (std::uint32_t x = 0; x < box.width; ++x, row += 4) {
-      row[0] = row[1] = row[2] = box.grey;
-      row[3] = 255;
-    }
-  }
-  SubtitleBitmap bitmap;
-  bitmap.visible = 1;
-  bitmap.width = width;
-  bitmap.height = height;
-  bitmap.pixels = std::move(pixels);
-  return bitmap;
-}
 
 Cue shown(MediaTime startMs, MediaTime stopMs, SubtitleBitmap bitmap) {
   return cue(startMs, stopMs, model::Subtitle(std::move(bitmap)));
@@ -155,16 +125,10 @@ TEST(PictureFolder, HasAPageThatTellsTheSameTimes) {
   EXPECT_EQ(directory.read("pictures/index.html"), "") << "not before it is complete";
   file->finish();
   const std::string page = directory.read("pictures/index.html");
-  constexpr std::string_view kData = "id=\"data\">";
-  const auto begin = page.find(kData) + kData.size();
-  const auto data =
-      nlohmann::json::parse(page.substr(begin, page.find("</script>", begin) - begin));
-  EXPECT_EQ(data.at("input"), "</script>.ts");
-  EXPECT_EQ(data.at("duration"), 8.0);
-  EXPECT_EQ(data.at("services").at(0).at("cues").back().at("start"), 4.501);
-  const auto index = nlohmann::json::parse(directory.read("pictures/index.json"));
-  EXPECT_EQ(index.at("pictures").back().at("start"), "00:00:04.501");
-  EXPECT_EQ(data.at("pictures").size(), 2U) << "cropped, the first two are one";
+  EXPECT_THAT(page, HasSubstr(R"({"input":"\u003c/script>.ts","duration":8.0,)"));
+  // Cropped, the first two pictures are one, so that this is the second.
+  EXPECT_THAT(page, HasSubstr(R"({"start":4.501,"stop":5.0,"picture":1,)"));
+  EXPECT_THAT(directory.read("pictures/index.json"), HasSubstr(R"("start":"00:00:04.501")"));
 }
 
 }  // namespace
