@@ -21,11 +21,6 @@ class DvbRecordings : public testing::Test {
  protected:
   using Times = std::vector<std::pair<double, double>>;
 
-  static ProgramResult convert(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"convert", "--quiet"});
-    return run(arguments);
-  }
-
   // From which to which second each picture in a folder is shown.
   Times timesIn(const std::string& folder) const {
     const auto seconds = [](const std::string& time) {  // "HH:MM:SS.mmm", in the first hour
@@ -42,9 +37,9 @@ class DvbRecordings : public testing::Test {
   // The same of a recording.
   Times timesOf(std::vector<std::string> arguments) {
     const std::string folder = "pictures" + std::to_string(++folders_);
-    arguments.insert(arguments.end(), {"--as", "pictures", "-o", directory_.file(folder)});
-    const auto result = convert(arguments);
-    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    arguments.insert(arguments.begin(),
+                     {"convert", "--as", "pictures", "-o", directory_.file(folder)});
+    outputOf(arguments);
     return timesIn(folder);
   }
 
@@ -59,16 +54,14 @@ TEST_F(DvbRecordings, BecomePicturesWithTheirTimes) {
 }
 
 TEST_F(DvbRecordings, BecomePicturesWithThePageOfThePreview) {
-  ASSERT_EQ(convert({"samples/dvb.ts", "-o", directory_.file("eng/")}).exitCode, 0);
+  outputOf({"convert", "samples/dvb.ts", "-o", directory_.file("eng/")});
   EXPECT_EQ(directory_.read("eng/index.html"),
-            run({"preview", "samples/dvb.ts", "--pid", "0x200", "-o", "-"}).output);
+            outputOf({"preview", "samples/dvb.ts", "--pid", "0x200", "-o", "-"}));
 }
 
 TEST_F(DvbRecordings, FillADirectoryWithTtmlAskedForToo) {
   for (const char* folder : {"new/", "new"}) {
-    const auto result =
-        convert({"samples/dvb.ts", "--mode", "ttml", "-o", directory_.file(folder)});
-    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    outputOf({"convert", "samples/dvb.ts", "--mode", "ttml", "-o", directory_.file(folder)});
     EXPECT_EQ(timesIn(folder).size(), 5U);
   }
 }
@@ -139,16 +132,15 @@ TEST_F(DvbRecordings, GiveTheSamplesOfAllPagesOfAPidOnce) {
   DvbRecording recording({0x59, 16, 'e', 'n', 'g', 0x10, 0, 1, 0, 1,  //
                           'f', 'r', 'a', 0x10, 0, 2, 0, 2});
   const std::string input = recording.page(kPid, 0, 3).page(kPid, 10, 2).write(directory_);
-  ASSERT_EQ(convert({input, "--all", "--as", "samples", "-o", directory_.file("")}).exitCode, 0);
+  outputOf({"convert", input, "--all", "--as", "samples", "-o", directory_.file("")});
   EXPECT_THAT(directory_.names(), ElementsAre("0x0200-dvb-subtitles-page-1-eng.jsonl", "pages.ts"));
 }
 
 TEST_F(DvbRecordings, SayThatNoPageIsShownForAnyTime) {
   const auto silent = DvbRecording().page(kPid, 0, 0).page(kPid, 10, 0).write(directory_);
-  const auto result = convert({silent, "-o", directory_.file("pictures/")});
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors, testing::EndsWith("pages.ts': the pages of DVB subtitles of PID "
-                                               "0x0200 have a time-out of 0 seconds\n"));
+  EXPECT_THAT(errorsOf(1, {"convert", silent, "-o", directory_.file("pictures/")}),
+              testing::EndsWith("pages.ts': the pages of DVB subtitles of PID 0x0200 have a "
+                                "time-out of 0 seconds\n"));
   EXPECT_THAT(directory_.names(), ElementsAre("pages.ts"));
   const auto mixed = DvbRecording().page(kPid, 0, 0).page(kPid, 10, 4).write(directory_);
   EXPECT_THAT(timesOf({mixed}), ElementsAre(Pair(10, 14)));
@@ -164,7 +156,8 @@ TEST_F(DvbRecordings, SayWhereTheyAreDamaged) {
   recording.send(kPid, 7, {0x21, 0x00, 0xFF}).send(kPid, 8, unknown).sound(9);
   const std::string warning = "txsub: warning: ";
   const std::string text = "Unsupported DVB subtitle segment (segment type = 21)\n";
-  const auto result = convert({recording.write(directory_), "--all", "-o", directory_.file("all")});
+  const auto result = run(
+      {"convert", "--quiet", recording.write(directory_), "--all", "-o", directory_.file("all")});
   EXPECT_EQ(result.errors, warning + "PID 0x0200, 11.000 s: " + text +                //
                                warning + "PID 0x0201, 12.000 s: " + text +            //
                                "txsub: PID 0x0200: the same 2 more times: " + text +  //
@@ -184,20 +177,19 @@ TEST_F(DvbRecordings, KeepTheLastPageUntilItTimesOut) {
                                .write(directory_);
   for (const std::string duration : {"0", "500", "2000", "60000"}) {
     SCOPED_TRACE(duration);
-    const auto result = convert({path, "--all", "--as", "pictures", "--duration", duration, "-o",
-                                 directory_.file(duration)});
-    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    outputOf({"convert", path, "--all", "--as", "pictures", "--duration", duration, "-o",
+              directory_.file(duration)});
     EXPECT_THAT(timesIn(duration + "/0x0200-dvb-subtitles-eng"), ElementsAre(Pair(0, 8)));
     EXPECT_THAT(timesIn(duration + "/0x0201-dvb-subtitles-eng"),
                 ElementsAre(Pair(1, 5), Pair(5, 25)));
   }
-  const auto ttml = convert({path, "--mode", "ttml", "--duration", "0"});
-  EXPECT_THAT(ttml.output, HasSubstr("end=\"00:00:08.000\""));
+  EXPECT_THAT(outputOf({"convert", path, "--mode", "ttml", "--duration", "0"}),
+              HasSubstr("end=\"00:00:08.000\""));
 }
 
 TEST_F(DvbRecordings, AreDrawnToTheirEndOnly) {
   const auto path = DvbRecording().sound(0).page(kPid, 0, 8).sound(3).write(directory_);
-  EXPECT_EQ(run({"render", path, "--frames", "1", "--size", "36x20"}).output.size(),
+  EXPECT_EQ(outputOf({"render", path, "--frames", "1", "--size", "36x20"}).size(),
             3U * 36 * 20 * 4);
 }
 
@@ -235,16 +227,14 @@ TEST_F(DvbRecordings, ShowTheLanguageThatIsAskedForWherePagesShareAPid) {
 
 TEST_F(DvbRecordings, AreRefusedAsTextUnlessForSamples) {
   for (const char* mode : {"webvtt", "srt"}) {
-    const auto result = convert({"samples/dvb.ts", "--mode", mode});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(result.errors, HasSubstr("are pictures and cannot become text; use --mode ttml, "
-                                         "or -o DIR/ for PNG files"));
-    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(errorsOf(1, {"convert", "samples/dvb.ts", "--mode", mode}),
+                HasSubstr("are pictures and cannot become text; use --mode ttml, "
+                          "or -o DIR/ for PNG files"));
   }
-  const auto samples = convert({"samples/dvb.ts", "--mode", "ttml", "--as", "samples"});
-  EXPECT_EQ(samples.exitCode, 0);
-  EXPECT_THAT(samples.output, HasSubstr("\"sync\""));
-  EXPECT_EQ(convert({"samples/dvb.ts", "--mode", "webvtt", "--as", "samples"}).exitCode, 0);
+  for (const char* mode : {"webvtt", "ttml"}) {
+    EXPECT_THAT(outputOf({"convert", "samples/dvb.ts", "--mode", mode, "--as", "samples"}),
+                HasSubstr("\"sync\""));
+  }
 }
 
 TEST_F(DvbRecordings, FromBroadcastGiveTheirPages) {

@@ -25,7 +25,7 @@ class PreviewTest : public testing::Test {
   // What a browser shows of a sample's preview at an address within it.
   std::string shown(const std::string& sample, const std::string& address) {
     const std::string page = directory_.file("preview.html");
-    EXPECT_EQ(run({"preview", "--quiet", "samples/" + sample, "-o", page}).exitCode, 0);
+    outputOf({"preview", "--quiet", "samples/" + sample, "-o", page});
     std::string document = documentOf("file://" + page + "#" + address, directory_);
     // The data and the script would answer every question; only what they have made counts.
     const auto data = document.find("<script");

@@ -69,6 +69,19 @@ ProgramResult runProgram(const ProgramCall& call) {
                   scratch);
 }
 
+std::string outputOf(const std::vector<std::string>& arguments, const std::string& input) {
+  const auto result = run(arguments, input);
+  EXPECT_EQ(result.exitCode, 0) << testing::PrintToString(arguments) << '\n' << result.errors;
+  return result.output;
+}
+
+std::string errorsOf(int exitCode, const std::vector<std::string>& arguments) {
+  const auto result = run(arguments);
+  EXPECT_EQ(result.exitCode, exitCode) << testing::PrintToString(arguments) << result.errors;
+  EXPECT_EQ(result.output, "") << testing::PrintToString(arguments);
+  return result.errors;
+}
+
 ProgramResult runAndInterrupt(const ProgramCall& call) {
   const TemporaryDirectory scratch;
   int pipe[2] = {};

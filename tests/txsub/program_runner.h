@@ -28,6 +28,12 @@ inline ProgramResult run(const std::vector<std::string>& arguments, const std::s
   return runProgram({.arguments = arguments, .input = input});
 }
 
+/// The output of a run that must succeed.
+std::string outputOf(const std::vector<std::string>& arguments, const std::string& input = {});
+
+/// What a run says that must fail, with this exit code and without output.
+std::string errorsOf(int exitCode, const std::vector<std::string>& arguments);
+
 inline ProgramResult runShell(const std::string& command) {
   return runProgram({.program = "/bin/sh", .arguments = {"-c", command}});
 }

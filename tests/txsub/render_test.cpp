@@ -34,11 +34,6 @@ double difference(const DecodedPng& left, const DecodedPng& right) {
 
 class RenderTest : public testing::Test {
  protected:
-  ProgramResult render(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "render");
-    return run(arguments);
-  }
-
   // Rewritten instead of compared when TESSARY_UPDATE_GOLDEN is set: look at them in git diff.
   void compareWithGolden(const std::string& png, const std::string& name) {
     const std::string path = "tests/txsub/golden/" + name;
@@ -59,38 +54,35 @@ class RenderTest : public testing::Test {
 
 TEST_F(RenderTest, DrawsAsAReceiverWould) {
   const std::map<std::string, std::vector<std::string>> pictures = {
-      {"captions.png", {kCaptions, "--at", "0:08.5", "--size", "640x360"}},
+      {"captions.png", {"render", kCaptions, "--at", "0:08.5", "--size", "640x360"}},
       {"teletext.png",
-       {"samples/teletext.ts", "--language", "swe", "--at", "7", "--size", "360x288"}},
+       {"render", "samples/teletext.ts", "--language", "swe", "--at", "7", "--size", "360x288"}},
       // Stretched over the frame.
-      {"dvb.png", {"samples/dvb.ts", "--pid", "0x200", "--at", "5", "--size", "360x202"}}};
+      {"dvb.png",
+       {"render", "samples/dvb.ts", "--pid", "0x200", "--at", "5", "--size", "360x202"}}};
   for (const auto& [name, arguments] : pictures) {
     SCOPED_TRACE(name);
-    const auto result = render(arguments);
-    EXPECT_EQ(result.exitCode, 0) << result.errors;
-    compareWithGolden(result.output, name);
+    compareWithGolden(outputOf(arguments), name);
   }
 }
 
 TEST_F(RenderTest, DrawsOverAPictureInItsSize) {
-  const auto blank = render({kCaptions, "--at", "0", "--size", "64x33"});
-  const auto path = directory_.write("paper.png", blank.output);
-  const auto result = render({kCaptions, "--at", "8.5", "--over", path});
-  const auto drawn = decode(result.output);
-  ASSERT_TRUE(drawn) << result.errors;
+  const auto blank = outputOf({"render", kCaptions, "--at", "0", "--size", "64x33"});
+  const auto path = directory_.write("paper.png", blank);
+  const auto png = outputOf({"render", kCaptions, "--at", "8.5", "--over", path});
+  const auto drawn = decode(png);
+  ASSERT_TRUE(drawn);
   EXPECT_EQ(drawn->width, 64u);
   EXPECT_EQ(drawn->height, 33u);
-  EXPECT_NE(result.output, blank.output);
-
-  const auto refused =
-      render({kCaptions, "--at", "8.5", "--over", directory_.write("no.png", "\x89PNG\r\n")});
-  EXPECT_EQ(refused.exitCode, 1);
-  EXPECT_THAT(refused.errors, HasSubstr("no.png' is not a PNG picture"));
+  EXPECT_NE(png, blank);
+  EXPECT_THAT(errorsOf(1, {"render", kCaptions, "--at", "8.5", "--over",
+                           directory_.write("no.png", "\x89PNG\r\n")}),
+              HasSubstr("no.png' is not a PNG picture"));
 }
 
 TEST_F(RenderTest, WritesRawFramesOfTheWholeRecording) {
   const auto path = directory_.file("frames.rgba");
-  ASSERT_EQ(render({kCaptions, "--frames", "2", "--size", "34x15", path, "-q"}).exitCode, 0);
+  outputOf({"render", kCaptions, "--frames", "2", "--size", "34x15", path, "-q"});
   const auto frames = directory_.read("frames.rgba");
   constexpr std::size_t kFrame = 34 * 15 * 4;
   ASSERT_EQ(frames.size() % kFrame, 0u);
@@ -113,10 +105,9 @@ TEST_F(RenderTest, WritesNoFramesForABreakInTime) {
       "break.jsonl", std::string(R"({"stream": "captions"})") + "\n" +
                          sample("/JQg/JRw/Mjp/JQv", "10000000") +
                          sample("/JQs", "864010000000000") + sample("/ICA", "864020000000000"));
-  const auto result = render({path, "--page", "1", "--frames", "1", "--size", "34x15"});
-  EXPECT_EQ(result.exitCode, 0) << result.errors;
-  EXPECT_GT(result.output.size(), 34u * 15 * 4);
-  EXPECT_LT(result.output.size(), 100u * 34 * 15 * 4);
+  const auto frames = outputOf({"render", path, "--page", "1", "--frames", "1", "--size", "34x15"});
+  EXPECT_GT(frames.size(), 34u * 15 * 4);
+  EXPECT_LT(frames.size(), 100u * 34 * 15 * 4);
 }
 
 TEST_F(RenderTest, FeedsVideoTools) {
@@ -136,14 +127,13 @@ TEST_F(RenderTest, FeedsVideoTools) {
 }
 
 TEST_F(RenderTest, RefusesWhatCannotBeDrawn) {
-  EXPECT_EQ(render({kCaptions}).exitCode, 2);
-  EXPECT_EQ(render({kCaptions, "--at", "1:2:3:4"}).exitCode, 2);
-  EXPECT_EQ(render({kCaptions, "--at", "1", "--size", "0x100"}).exitCode, 2);
-  EXPECT_EQ(render({kCaptions, "--at", "1", "--size", "100000x100000"}).exitCode, 2);
-  EXPECT_EQ(render({kCaptions, "--frames", "0"}).exitCode, 2);
-  const auto none = render({kCaptions, "--at", "1", "--page", "4"});
-  EXPECT_EQ(none.exitCode, 1);
-  EXPECT_THAT(none.errors, HasSubstr("no subtitles to draw"));
+  errorsOf(2, {"render", kCaptions});
+  errorsOf(2, {"render", kCaptions, "--at", "1:2:3:4"});
+  errorsOf(2, {"render", kCaptions, "--at", "1", "--size", "0x100"});
+  errorsOf(2, {"render", kCaptions, "--at", "1", "--size", "100000x100000"});
+  errorsOf(2, {"render", kCaptions, "--frames", "0"});
+  EXPECT_THAT(errorsOf(1, {"render", kCaptions, "--at", "1", "--page", "4"}),
+              HasSubstr("no subtitles to draw"));
 }
 
 }  // namespace

@@ -12,7 +12,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr const char* kSample = "samples/teletext.ts";
 
@@ -20,10 +19,8 @@ constexpr const char* kSample = "samples/teletext.ts";
 std::string srtLines(const std::vector<std::string>& arguments) {
   std::vector<std::string> all{"convert", "--mode", "srt", "--quiet"};
   all.insert(all.end(), arguments.begin(), arguments.end());
-  const auto result = run(all);
-  EXPECT_EQ(result.exitCode, 0) << result.errors;
   std::string lines;
-  std::istringstream stream(result.output);
+  std::istringstream stream(outputOf(all));
   for (std::string line; std::getline(stream, line);) {
     const bool isNumber = line.find_first_not_of("0123456789") == std::string::npos;
     if (!isNumber && line.find(" --> ") == std::string::npos) lines += line + '\n';
@@ -75,10 +72,7 @@ TEST(TeletextRecording, FollowsALanguage) {
   EXPECT_THAT(result.output, HasSubstr("<c.cyan>* Möwen schreien *</c>"));
   EXPECT_THAT(result.errors, HasSubstr("=> Follow language deu-imp on page 149\n"));
   EXPECT_THAT(srtLines({kSample, "--language", "swe"}), HasSubstr("Ålen är färsk i dag."));
-
-  const auto absent = run({"convert", kSample, "--language", "nor"});
-  EXPECT_EQ(absent.exitCode, 1);
-  EXPECT_THAT(absent.output, IsEmpty());
+  errorsOf(1, {"convert", kSample, "--language", "nor"});
 }
 
 TEST(TeletextRecording, TellsThePageThatAReplayFollows) {
@@ -102,8 +96,7 @@ TEST(TeletextRecording, ListsPagesThatNoDescriptorNamesWhenScanned) {
 
 TEST(TeletextRecording, GivesEveryPageOfTheDescriptorsAFile) {
   const TemporaryDirectory directory;
-  const auto result = run({"convert", kSample, "--all", "-o", directory.file("out")});
-  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  outputOf({"convert", kSample, "--all", "-o", directory.file("out")});
   EXPECT_THAT(directory.read("out/0x0200-page-149-deu.vtt"), HasSubstr("* Möwen schreien *"));
   EXPECT_THAT(directory.read("out/0x0200-page-688-heb.vtt"), HasSubstr(".למנהמ בוט ברע"))
       << "as sent";
