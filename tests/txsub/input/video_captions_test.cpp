@@ -33,10 +33,7 @@ using testing::Pair;
 
 constexpr MediaTime kFrame = kSecond * 1001 / 30000;
 
-struct Pes {
-  std::optional<MediaTime> pts;
-  Bytes payload;
-};
+using Pes = std::pair<std::optional<MediaTime>, Bytes>;
 
 /// An extractor and what came out of it: time and text of each sample.
 struct Extraction {
@@ -49,11 +46,13 @@ struct Extraction {
 
   /// Of a whole stream.
   Extraction(VideoCodec codec, const std::vector<Pes>& stream) : Extraction(codec) {
-    for (const Pes& pes : stream) {
-      extractor.beginPes(pes.pts);
-      extractor.feed(pes.payload);
-    }
+    for (const auto& [pts, payload] : stream) pes(pts, payload);
     extractor.flush();
+  }
+
+  void pes(std::optional<MediaTime> pts, std::span<const std::uint8_t> payload) {
+    extractor.beginPes(pts);
+    extractor.feed(payload);
   }
 
   RecordingLogger logger;
@@ -102,14 +101,11 @@ TEST_P(EveryCodec, TakesEveryCutOfTheStream) {
 TEST_P(EveryCodec, LossCostsOnlyTheTornUnit) {
   Extraction out{GetParam()};
   const Bytes torn = picture("torn");
-  out.extractor.beginPes(1 * kFrame);
-  out.extractor.feed(picture("good"));
-  out.extractor.beginPes(2 * kFrame);
-  out.extractor.feed(std::span(torn).first(20));
+  out.pes(1 * kFrame, picture("good"));
+  out.pes(2 * kFrame, std::span(torn).first(20));
   out.extractor.lostData();
   out.extractor.feed(std::span(torn).last(60));
-  out.extractor.beginPes(3 * kFrame);
-  out.extractor.feed(picture("next"));
+  out.pes(3 * kFrame, picture("next"));
   out.extractor.flush();
   EXPECT_THAT(out.samples, ElementsAre(Pair(1 * kFrame, "good"), Pair(3 * kFrame, "next")));
 }

@@ -8,8 +8,9 @@
 namespace korr::txsub {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
+
+constexpr auto kTeletext = SubtitleInputType::Teletext;
 
 // Teletext descriptor: Swedish on 888, Finnish on 889, Swedish for the hard of hearing on 899.
 const std::vector<std::uint8_t> kTeletextDescriptor = {0x56, 15,                    //
@@ -17,9 +18,9 @@ const std::vector<std::uint8_t> kTeletextDescriptor = {0x56, 15,                
                                                        'f',  'i', 'n', 0x10, 0x89,  //
                                                        's',  'w', 'e', 0x28, 0x99};
 
-StreamInfo teletext(std::vector<std::uint8_t> descriptors) {
+StreamInfo streamOf(SubtitleInputType type, std::vector<std::uint8_t> descriptors) {
   StreamInfo stream;
-  stream.type = SubtitleInputType::Teletext;
+  stream.type = type;
   stream.descriptors = std::move(descriptors);
   return stream;
 }
@@ -33,58 +34,54 @@ InputSample pageHeader(std::uint32_t page, bool isSubtitle) {
 }
 
 // The names of what is found, in order.
-std::vector<std::string> namesOf(const std::vector<Service>& services) {
-  std::vector<std::string> names;
+std::string namesOf(const std::vector<Service>& services) {
+  std::string names;
   for (const auto& service : services) {
-    names.push_back(displayName(service) + ' ' + service.language +
-                    (service.hearingImpaired ? "-imp" : "") +
-                    (service.isDeclared ? "" : " on air"));
+    if (!names.empty()) names += ", ";
+    names += displayName(service) + ' ' + service.language +
+             (service.hearingImpaired ? "-imp" : "") + (service.isDeclared ? "" : " on air");
   }
   return names;
 }
 
-std::vector<std::string> described(const StreamInfo& stream, const ServiceQuery& query) {
+std::string described(const StreamInfo& stream, const ServiceQuery& query) {
   const auto finder = createServiceFinder(stream, query, nullptr);
-  if (!finder) return {"unwanted"};
-  return namesOf(finder->describe(stream));
+  return finder ? namesOf(finder->describe(stream)) : "unwanted";
 }
 
 TEST(TeletextServices, AreThePagesThatTheDescriptorsName) {
-  const auto stream = teletext(kTeletextDescriptor);
-  EXPECT_THAT(described(stream, {}),
-              ElementsAre("page 888 swe", "page 889 fin", "page 899 swe-imp"));
-  EXPECT_THAT(described(stream, {.page = 0x889}), ElementsAre("page 889 fin"));
-  EXPECT_THAT(described(stream, {.page = 0x150}), ElementsAre("page 150  on air"));
-  EXPECT_THAT(described(stream, {.page = 1}), ElementsAre("unwanted"));
+  const auto stream = streamOf(kTeletext, kTeletextDescriptor);
+  EXPECT_EQ(described(stream, {}), "page 888 swe, page 889 fin, page 899 swe-imp");
+  EXPECT_EQ(described(stream, {.page = 0x889}), "page 889 fin");
+  EXPECT_EQ(described(stream, {.page = 0x150}), "page 150  on air");
+  EXPECT_EQ(described(stream, {.page = 1}), "unwanted");
 }
 
 TEST(TeletextServices, FollowTheLanguageAndElseThePage) {
-  const auto stream = teletext(kTeletextDescriptor);
-  EXPECT_THAT(described(stream, {.language = "swe", .hearingImpaired = true}),
-              ElementsAre("page 899 swe-imp"));
-  EXPECT_THAT(described(stream, {.page = 0x150, .language = "fin"}), ElementsAre("page 889 fin"));
-  EXPECT_THAT(described(stream, {.page = 0x150, .language = "dan"}),
-              ElementsAre("page 150  on air"));
-  EXPECT_THAT(described(stream, {.language = "dan"}), IsEmpty());
+  const auto stream = streamOf(kTeletext, kTeletextDescriptor);
+  EXPECT_EQ(described(stream, {.language = "swe", .hearingImpaired = true}), "page 899 swe-imp");
+  EXPECT_EQ(described(stream, {.page = 0x150, .language = "fin"}), "page 889 fin");
+  EXPECT_EQ(described(stream, {.page = 0x150, .language = "dan"}), "page 150  on air");
+  EXPECT_EQ(described(stream, {.language = "dan"}), "");
 }
 
 TEST(TeletextServices, AreFoundOnAirWhereNoneAreNamed) {
-  const auto stream = teletext({});
+  const auto stream = streamOf(kTeletext, {});
   const auto finder = createServiceFinder(stream, {}, nullptr);
   EXPECT_THAT(finder->describe(stream), IsEmpty());
   ASSERT_TRUE(finder->isSearching());
   EXPECT_THAT(finder->inspect(pageHeader(0x100, false)), IsEmpty());
-  EXPECT_THAT(namesOf(finder->inspect(pageHeader(0x888, true))), ElementsAre("page 888  on air"));
+  EXPECT_EQ(namesOf(finder->inspect(pageHeader(0x888, true))), "page 888  on air");
   EXPECT_THAT(finder->inspect(pageHeader(0x888, true)), IsEmpty()) << "known already";
   EXPECT_THAT(finder->inspect(pageHeader(0x1FF, true)), IsEmpty()) << "no page that one can key in";
 
-  const auto named = createServiceFinder(teletext(kTeletextDescriptor), {}, nullptr);
-  named->describe(teletext(kTeletextDescriptor));
+  const auto named = createServiceFinder(streamOf(kTeletext, kTeletextDescriptor), {}, nullptr);
+  named->describe(streamOf(kTeletext, kTeletextDescriptor));
   EXPECT_FALSE(named->isSearching());
 }
 
 TEST(TeletextServices, TakeTheirCharactersFromTheLanguage) {
-  const auto stream = teletext({0x56, 5, 'p', 'o', 'l', 0x10, 0x88});
+  const auto stream = streamOf(kTeletext, {0x56, 5, 'p', 'o', 'l', 0x10, 0x88});
   const auto groupOf = [&](const ServiceQuery& query) {
     return createServiceFinder(stream, query, nullptr)->describe(stream).front().pageOption;
   };
@@ -96,25 +93,23 @@ TEST(TeletextServices, TakeTheirCharactersFromTheLanguage) {
 }
 
 TEST(DvbServices, AreThePagesOfTheLanguageThatIsAskedForOrElseAll) {
-  StreamInfo stream;
-  stream.type = SubtitleInputType::DvbSubtitle;
-  stream.descriptors = {0x59, 16,                                 //
-                        'f',  'r', 'a', 0x10, 0, 1, 0, 1,         //
-                        'd',  'e', 'u', 0x20, 0, 2, 0, 2, 0x59};  // and a descriptor cut short
-  EXPECT_THAT(described(stream, {}),
-              ElementsAre("DVB subtitles page 1 fra", "DVB subtitles page 2 deu-imp"));
-  EXPECT_THAT(described(stream, {.language = "deu", .hearingImpaired = true}),
-              ElementsAre("DVB subtitles page 2 deu-imp"));
-  EXPECT_THAT(described(stream, {.language = "ita"}), IsEmpty());
-  EXPECT_THAT(described(stream, {.page = 0x888}), ElementsAre("unwanted"));
+  const auto stream = streamOf(SubtitleInputType::DvbSubtitle,
+                               {0x59, 16,                           //
+                                'f',  'r', 'a', 0x10, 0,  1, 0, 1,  //
+                                'd',  'e', 'u', 0x20, 0,  2, 0, 2,  //
+                                0x59, 8,   'i', 't',  'a'});        // and a descriptor cut short
+  EXPECT_EQ(described(stream, {}), "DVB subtitles page 1 fra, DVB subtitles page 2 deu-imp");
+  EXPECT_EQ(described(stream, {.language = "deu", .hearingImpaired = true}),
+            "DVB subtitles page 2 deu-imp");
+  EXPECT_EQ(described(stream, {.language = "ita"}), "");
+  EXPECT_EQ(described(stream, {.page = 0x888}), "unwanted");
 }
 
 TEST(CaptionServices, AreFourUnlessOneIsAskedFor) {
-  StreamInfo stream;
-  stream.type = SubtitleInputType::ClosedCaption;
-  EXPECT_EQ(described(stream, {}).size(), 4U);
-  EXPECT_THAT(described(stream, {.page = 3}), ElementsAre("CC3 "));
-  EXPECT_THAT(described(stream, {.page = 0x888}), ElementsAre("unwanted"));
+  const auto stream = streamOf(SubtitleInputType::ClosedCaption, {});
+  EXPECT_EQ(described(stream, {}), "CC1 , CC2 , CC3 , CC4 ");
+  EXPECT_EQ(described(stream, {.page = 3}), "CC3 ");
+  EXPECT_EQ(described(stream, {.page = 0x888}), "unwanted");
 }
 
 }  // namespace
