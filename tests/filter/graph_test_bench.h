@@ -60,9 +60,6 @@ class GraphTestBench {
   /// Runs the graph if need be, pushes samples and finishes.
   void play(std::initializer_list<InputSample> samples);
 
-  /// Waits until the sink has `count` samples in all; false after ten seconds.
-  bool waitForSamples(std::size_t count);
-
   std::vector<Received> received();
 
   /// Pushes a sample with a media type of a format type that the filter does not know.
@@ -84,7 +81,7 @@ class GraphTestBench {
   std::jthread watchdog_;
   ComPtr<IMediaControl> control_;
   std::mutex mutex_;
-  std::condition_variable changed_;
+  std::condition_variable ended_;
   std::vector<Received> received_;
   bool isAtEnd_ = false;
 };

@@ -119,8 +119,7 @@ TEST_F(RegisteredModule, CanBeUnloadedAfterUse) {
 
 TEST(Module, CarriesItsVersion) {
   const auto path = modulePath();
-  DWORD ignored = 0;
-  const DWORD size = GetFileVersionInfoSizeW(path.c_str(), &ignored);
+  const DWORD size = GetFileVersionInfoSizeW(path.c_str(), nullptr);
   ASSERT_NE(size, 0u);
   std::vector<char> info(size);
   ASSERT_TRUE(GetFileVersionInfoW(path.c_str(), 0, size, info.data()));

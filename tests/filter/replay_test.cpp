@@ -32,75 +32,52 @@ std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-/// Documents, each put together from its buffers.
-struct Document {
-  txsub::MediaTime start = 0;
-  txsub::MediaTime stop = 0;
-  std::string text;
-};
+/// Puts the pixels of a document's picture, if it has one, in place of their encoding.
+void decodePicture(std::string& document) {
+  const std::size_t tag = document.find("<smpte:image");
+  if (tag == std::string::npos) return;
+  const std::size_t begin = document.find('>', tag) + 1;
+  const std::size_t length = document.find('<', begin) - begin;
+  const auto png = util::decodeBase64(document.substr(begin, length)).value();
+  const auto picture = platform::decodePng(png).value();
+  document.replace(begin, length, std::to_string(picture.width) + " pixels a row: ");
+  document.append(picture.rgba.begin(), picture.rgba.end());
+}
 
-std::vector<Document> documentsOf(const std::string& delivered) {
-  std::vector<Document> documents;
+/// Documents, each put together from its buffers and with its times before it.
+std::vector<std::string> documentsOf(const std::string& delivered) {
+  std::vector<std::string> documents;
   for (const auto& line : linesOf(delivered)) {
     if (line.find("endOfStream") != std::string::npos) continue;
     const auto buffer = txsub::parseSample(line);
     EXPECT_EQ(buffer.sync, buffer.discontinuity);
     if (buffer.sync) {
-      documents.push_back({.start = buffer.times->start, .stop = buffer.times->stop, .text = {}});
+      documents.push_back(std::to_string(buffer.times->start) + " to " +
+                          std::to_string(buffer.times->stop) + '\n');
     }
-    documents.back().text.append(buffer.data.begin(), buffer.data.end());
+    documents.back().append(buffer.data.begin(), buffer.data.end());
   }
+  for (auto& document : documents) decodePicture(document);
   return documents;
-}
-
-/// Takes the picture out of a document; empty when it has none.
-std::string takePicture(std::string& document) {
-  const std::size_t tag = document.find("<smpte:image");
-  if (tag == std::string::npos) return {};
-  const std::size_t begin = document.find('>', tag) + 1;
-  const std::size_t end = document.find('<', begin);
-  const std::string picture = document.substr(begin, end - begin);
-  document.erase(begin, end - begin);
-  return picture;
 }
 
 // Encoders differ, pictures may not.
 void expectSameDocuments(const std::string& delivered, const std::string& reference) {
-  auto ours = documentsOf(delivered);
-  auto theirs = documentsOf(reference);
+  const auto ours = documentsOf(delivered);
+  const auto theirs = documentsOf(reference);
   ASSERT_EQ(ours.size(), theirs.size());
-  for (std::size_t i = 0; i < ours.size(); ++i) {
-    EXPECT_EQ(ours[i].start, theirs[i].start);
-    EXPECT_EQ(ours[i].stop, theirs[i].stop);
-    const auto ourPicture = takePicture(ours[i].text);
-    const auto theirPicture = takePicture(theirs[i].text);
-    ASSERT_EQ(ours[i].text, theirs[i].text);
-    ASSERT_EQ(ourPicture.empty(), theirPicture.empty());
-    if (ourPicture.empty() || ourPicture == theirPicture) continue;
-    const auto picture = platform::decodePng(util::decodeBase64(ourPicture).value());
-    const auto expected = platform::decodePng(util::decodeBase64(theirPicture).value());
-    ASSERT_TRUE(picture && expected);
-    ASSERT_EQ(picture->width, expected->width);
-    ASSERT_TRUE(picture->rgba == expected->rgba) << "document " << i;
-  }
+  for (std::size_t i = 0; i < ours.size(); ++i)
+    ASSERT_TRUE(ours[i] == theirs[i]) << ours[i].c_str() << "\nis not\n" << theirs[i].c_str();
 }
 
 // The program says where in the recording a message comes from; the filter leaves that to its host.
-std::string withoutPlaces(const std::string& errors) {
-  std::string text;
-  for (const auto& line : linesOf(errors)) {
+std::vector<std::string> errorsWithoutPlaces(const std::string& errors) {
+  auto lines = linesOf(errors);
+  for (auto& line : lines) {
     const auto begin = line.find("Error: ");
-    text += line.substr(begin == std::string::npos ? 0 : begin) + '\n';
+    line = "0 " + line.substr(begin == std::string::npos ? 0 : begin);
   }
-  return text;
-}
-
-std::string errorsOf(RecordingLogger& logger) {
-  std::string text;
-  for (const auto& line : logger.take()) {
-    if (line.starts_with("0 ")) text += line.substr(2) + '\n';
-  }
-  return text;
+  return lines;
 }
 
 /// What comes out of the filter, as the native program writes it.
@@ -141,7 +118,7 @@ TEST(Replay, DeliversWhatTheNativeProgramMakes) {
 
     const auto recording = readRecording((folder / name).string(), nullptr);
     const auto reference = contentOf(folder / (number + ".jsonl"));
-    const auto errors = withoutPlaces(contentOf(folder / (number + ".errors")));
+    const auto errors = errorsWithoutPlaces(contentOf(folder / (number + ".errors")));
     for (const auto sink : {SinkKind::Collecting, SinkKind::Grabber}) {
       SCOPED_TRACE(sink == SinkKind::Grabber ? "Grabber" : "Collecting");
       RecordingLogger logger;
@@ -151,7 +128,9 @@ TEST(Replay, DeliversWhatTheNativeProgramMakes) {
       } else {
         EXPECT_EQ(delivered, reference);
       }
-      EXPECT_EQ(errorsOf(logger), errors);
+      auto said = logger.take();
+      std::erase_if(said, [](const std::string& text) { return !text.starts_with("0 "); });
+      EXPECT_EQ(said, errors);
     }
   }
   CoUninitialize();

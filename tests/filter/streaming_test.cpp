@@ -29,10 +29,7 @@ TEST(Streaming, ForgetsEverythingOfBeforeAStop) {
 
 TEST(Streaming, ForgetsEverythingOfBeforeAFlush) {
   GraphTestBench bench({});
-  ASSERT_GE(bench.run(), 0);
-  bench.push(captionText(100, "before"));
-  bench.push(captionSample(102));
-  ASSERT_TRUE(bench.waitForSamples(1));
+  bench.play({captionText(100, "before"), captionSample(102)});
   ASSERT_EQ(bench.source->beginFlush(), S_OK);
   EXPECT_EQ(bench.source->push(captionSample(103)), S_FALSE);
   ASSERT_EQ(bench.source->endFlush(), S_OK);
