@@ -17,6 +17,10 @@ const CLSID kTestClass = {
 const WCHAR kTestName[] = L"Test filter";
 const AMOVIESETUP_FILTER kSetup = {&kTestClass, kTestName, MERIT_DO_NOT_USE, 0, nullptr};
 
+std::wstring longName(std::size_t length) {
+  return std::wstring(length, L'n');
+}
+
 class TestInputPin final : public CBaseInputPin {
  public:
   TestInputPin(CBaseFilter* filter, CCritSec* lock, HRESULT* result)
@@ -41,9 +45,7 @@ class TestInputPin final : public CBaseInputPin {
 class TestOutputPin final : public CBaseOutputPin {
  public:
   TestOutputPin(CBaseFilter* filter, CCritSec* lock, HRESULT* result)
-      : CBaseOutputPin(TEXT("output"), filter, lock, result,
-                       L"An output pin whose name is longer than what fits the information that a "
-                       L"pin gives about itself, which ends after 127 characters of any kind") {}
+      : CBaseOutputPin(TEXT("output"), filter, lock, result, longName(MAX_PIN_NAME).c_str()) {}
 
   HRESULT CheckMediaType(const CMediaType* type) override {
     return type->majortype == MEDIATYPE_Text ? S_OK : S_FALSE;
@@ -199,7 +201,7 @@ TEST_F(DirectShowBaseClasses, EnumerateMediaTypes) {
 TEST_F(DirectShowBaseClasses, GiveCountedReferencesAndCutNamesInTheirInformation) {
   PIN_INFO pin = {};
   ASSERT_EQ(source_->output.QueryPinInfo(&pin), S_OK);
-  EXPECT_EQ(std::wstring(pin.achName).size(), MAX_PIN_NAME - 1u);
+  EXPECT_EQ(std::wstring(pin.achName), longName(MAX_PIN_NAME - 1));
   EXPECT_EQ(pin.pFilter, source_.Get());
   pin.pFilter->Release();
 
@@ -208,13 +210,12 @@ TEST_F(DirectShowBaseClasses, GiveCountedReferencesAndCutNamesInTheirInformation
       CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&graph)),
       S_OK);
   const ULONG before = referencesOf(graph.Get());
-  const std::wstring longName(2 * MAX_FILTER_NAME, L'n');
-  ASSERT_EQ(source_->JoinFilterGraph(graph.Get(), longName.c_str()), S_OK);
+  ASSERT_EQ(source_->JoinFilterGraph(graph.Get(), longName(MAX_FILTER_NAME).c_str()), S_OK);
   EXPECT_EQ(referencesOf(graph.Get()), before) << "a filter takes no reference on its graph";
 
   FILTER_INFO filter = {};
   ASSERT_EQ(source_->QueryFilterInfo(&filter), S_OK);
-  EXPECT_EQ(std::wstring(filter.achName), longName.substr(0, MAX_FILTER_NAME - 1));
+  EXPECT_EQ(std::wstring(filter.achName), longName(MAX_FILTER_NAME - 1));
   EXPECT_EQ(filter.pGraph, graph.Get());
   EXPECT_EQ(filter.pGraph->Release(), before);
   EXPECT_EQ(source_->JoinFilterGraph(nullptr, nullptr), S_OK);
