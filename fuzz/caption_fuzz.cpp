@@ -3,34 +3,15 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
-#include <optional>
 #include <span>
 
 #include "core/conversion_chain.h"
+#include "tests/support/memory_item.h"
 
 namespace {
 
 using namespace korr::encoding::subtitling;
-using korr::encoding::packaging::lib_parse_es::IMediaItem;
-using korr::encoding::packaging::lib_parse_es::Result;
-
-class Item final : public IMediaItem {
- public:
-  Item(std::span<const std::uint8_t> bytes, MediaTime start) : bytes_(bytes), start_(start) {}
-
-  std::int32_t length() const override { return static_cast<std::int32_t>(bytes_.size()); }
-  Result payload(const std::uint8_t*& data) const override {
-    data = bytes_.data();
-    return 0;
-  }
-  std::optional<Times> times() const override { return Times{start_, start_ + 1}; }
-  bool startFlag() const override { return true; }
-  bool secondFlag() const override { return false; }
-
- private:
-  std::span<const std::uint8_t> bytes_;
-  MediaTime start_;
-};
+using korr::test_support::MemoryItem;
 
 class Buffer final : public IOutputBuffer {
  public:
@@ -85,7 +66,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   while (!bytes.empty()) {
     const auto unit = bytes.subspan(1, std::min<std::size_t>(bytes[0] & 0x3F, bytes.size() - 1));
     time += bytes[0] * 10 * kMillisecond;
-    chain.framer().push(std::make_shared<Item>(unit, time));
+    auto item = std::make_shared<MemoryItem>();
+    item->bytes.assign(unit.begin(), unit.end());
+    item->time = {time, time + 1};
+    item->sync = true;
+    chain.framer().push(std::move(item));
     bytes = bytes.subspan(1 + unit.size());
   }
   chain.framer().endOfStream();

@@ -1,29 +1,14 @@
 // Any bytes as an SCC file: refused, or one pair a frame with times that never run backwards.
-#include <algorithm>
 #include <cstdlib>
 #include <span>
 
+#include "tests/support/reader_support.h"
 #include "txsub/input/scc_reader.h"
 
 namespace {
 
 using namespace korr::txsub;
-
-class Source final : public IByteSource {
- public:
-  explicit Source(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
-
-  std::size_t read(std::uint8_t* buffer, std::size_t size) override {
-    const auto taken = bytes_.first(std::min(size, bytes_.size()));
-    std::ranges::copy(taken, buffer);
-    bytes_ = bytes_.subspan(taken.size());
-    return taken.size();
-  }
-  std::optional<std::uint64_t> size() const override { return {}; }
-
- private:
-  std::span<const std::uint8_t> bytes_;
-};
+using korr::test_support::MemorySource;
 
 class Listener final : public IReaderListener {
  public:
@@ -41,7 +26,7 @@ class Listener final : public IReaderListener {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Listener listener;
-  SccReader reader(std::make_unique<Source>(std::span(data, size)), {});
+  SccReader reader(std::make_unique<MemorySource>(std::span(data, size)), {});
   try {
     while (reader.read(listener)) {
     }
