@@ -41,7 +41,8 @@ inline char letterOf(const std::uint8_t* pixel) {
       {0x00000000, '.'}, {0x000000FF, 'K'}, {0xFF0000FF, 'R'}, {0x00FF00FF, 'G'},
       {0xFFFF00FF, 'Y'}, {0x0000FFFF, 'B'}, {0xFFFFFFFF, 'W'}, {0x7F7F7FFF, 'g'},
       {0xFFFEFFFF, 'w'}, {0x010001FF, 'k'}};
-  const unsigned rgba = pixel[0] << 24U | pixel[1] << 16U | pixel[2] << 8U | pixel[3];
+  const unsigned rgba =
+      unsigned{pixel[0]} << 24 | unsigned{pixel[1]} << 16 | unsigned{pixel[2]} << 8 | pixel[3];
   for (const auto& [colour, letter] : kLetters) {
     if (colour == rgba) return letter;
   }
