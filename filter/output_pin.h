@@ -29,10 +29,8 @@ class CSubtitleConverterOutputPin final : public CBaseOutputPin {
     if (m_pAllocator) m_pAllocator->Decommit();
   }
 
-  /// There are buffers again. Not while stopped.
-  void resumeWaits() {
-    if (m_pAllocator) m_pAllocator->Commit();
-  }
+  /// There are buffers again, or a failure says why not. Not while stopped.
+  HRESULT resumeWaits() { return m_pAllocator ? m_pAllocator->Commit() : S_OK; }
 
   /// Passes quality messages on to the upstream filter.
   HRESULT STDMETHODCALLTYPE Notify(IBaseFilter* self, Quality quality) override;

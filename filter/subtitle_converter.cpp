@@ -135,7 +135,7 @@ void CSubtitleConverter::endFlush() {
   outputPin_->DeliverEndFlush();
   const CAutoLock lock(&filterLock_);  // against a stop in between
   if (IsStopped()) return;
-  outputPin_->resumeWaits();
+  logIfFailed(outputPin_->resumeWaits());
   outputSink_->setFlushing(false);
 }
 
@@ -157,13 +157,16 @@ void CSubtitleConverter::processNext() {
     const CAutoLock lock(&streamLock_);
     if (!queue_.isCurrent(*entry)) return;
     const HRESULT result = process(*entry);
-    if (FAILED(result) && result != VFW_E_NOT_COMMITTED) {
-      log::write(&logger_, Level::Error, "Internal error (0x%x): %s", static_cast<unsigned>(result),
-                 systemMessage(result).c_str());
-    }
+    if (result != VFW_E_NOT_COMMITTED) logIfFailed(result);
   } catch (const std::exception& error) {
     log::write(&logger_, Level::Error, "Error: %s", error.what());
   }
+}
+
+void CSubtitleConverter::logIfFailed(HRESULT result) {
+  if (SUCCEEDED(result)) return;
+  log::write(&logger_, Level::Error, "Internal error (0x%x): %s", static_cast<unsigned>(result),
+             systemMessage(result).c_str());
 }
 
 HRESULT CSubtitleConverter::process(const SampleQueue::Entry& entry) {

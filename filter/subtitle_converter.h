@@ -77,6 +77,7 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   CSubtitleConverter(IUnknown* outer, HRESULT* result);
 
   void destroyChain();
+  void logIfFailed(HRESULT result);
 
   // Worker.
   void processNext();

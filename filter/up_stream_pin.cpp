@@ -64,7 +64,10 @@ void UpStreamPin::endOfStream() {
   note(pin_->DeliverEndOfStream());
 }
 
+// A graph stops its filters from the last one on: that the sink has stopped before us is no
+// failure.
 void UpStreamPin::note(HRESULT result) {
+  if (result == VFW_E_WRONG_STATE) return;
   if (FAILED(result) && SUCCEEDED(result_)) result_ = result;
 }
 
