@@ -6,20 +6,16 @@
 #include <iterator>
 #include <random>
 
+#include "txsub/utf8_path.h"
+
 namespace korr::test_support {
 
 namespace {
 
 namespace fs = std::filesystem;
 
-fs::path pathOf(const std::string& utf8) {
-  return fs::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
-std::string utf8Of(const fs::path& path) {
-  const std::u8string utf8 = path.u8string();
-  return {utf8.begin(), utf8.end()};
-}
+using txsub::pathFromUtf8;
+using txsub::utf8FromPath;
 
 }  // namespace
 
@@ -29,28 +25,28 @@ TemporaryDirectory::TemporaryDirectory() {
   do {
     path = fs::temp_directory_path() / ("txsub-test-" + std::to_string(random()));
   } while (!fs::create_directory(path));
-  path_ = utf8Of(path);
+  path_ = utf8FromPath(path);
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
   std::error_code ignored;
-  fs::remove_all(pathOf(path_), ignored);
+  fs::remove_all(pathFromUtf8(path_), ignored);
 }
 
 std::string TemporaryDirectory::write(const std::string& name, const std::string& content) const {
-  std::ofstream(pathOf(file(name)), std::ios::binary) << content;
+  std::ofstream(pathFromUtf8(file(name)), std::ios::binary) << content;
   return file(name);
 }
 
 std::string TemporaryDirectory::read(const std::string& name) const {
-  std::ifstream stream(pathOf(file(name)), std::ios::binary);
+  std::ifstream stream(pathFromUtf8(file(name)), std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 std::vector<std::string> TemporaryDirectory::names() const {
   std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(pathOf(path_))) {
-    names.push_back(utf8Of(entry.path().filename()));
+  for (const auto& entry : fs::directory_iterator(pathFromUtf8(path_))) {
+    names.push_back(utf8FromPath(entry.path().filename()));
   }
   std::sort(names.begin(), names.end());
   return names;

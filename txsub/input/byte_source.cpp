@@ -3,17 +3,10 @@
 #include <algorithm>
 #include <system_error>
 
+#include "txsub/utf8_path.h"
 #include "util/exception.h"
 
 namespace korr::txsub {
-
-namespace {
-
-std::filesystem::path pathFromUtf8(const std::string& utf8) {
-  return {std::u8string(utf8.begin(), utf8.end())};
-}
-
-}  // namespace
 
 FileSource::FileSource(const std::string& path)
     : name_(path == "-" ? "standard input" : '\'' + path + '\'') {

@@ -11,15 +11,6 @@ namespace korr::txsub {
 
 namespace fs = std::filesystem;
 
-fs::path pathFromUtf8(std::string_view utf8) {
-  return fs::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
-std::string utf8FromPath(const fs::path& path) {
-  const std::u8string utf8 = path.u8string();
-  return {utf8.begin(), utf8.end()};
-}
-
 OutputFile::OutputFile(const std::string& path) : name_('\'' + path + '\'') {
   if (path == "-") {
     name_ = "standard output";

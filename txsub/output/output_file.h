@@ -6,13 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "txsub/utf8_path.h"
 #include "util/exception.h"
 
 namespace korr::txsub {
-
-/// A path as the user typed it, in UTF-8.
-std::filesystem::path pathFromUtf8(std::string_view utf8);
-std::string utf8FromPath(const std::filesystem::path& path);
 
 /// The output cannot be written: the end of the job, unlike what a damaged input throws.
 class OutputError final : public util::TessaryException {
