@@ -41,6 +41,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::StartsWith;
 
 // Captions that change with every sample, a tenth of a second apart, until `until` answers true or
@@ -149,6 +150,9 @@ TEST(Faults, LogsASinkThatRefusesAndGoesOn) {
   bench.play({captionText(1, "Hello"), captionSample(9)});
   EXPECT_THAT(bench.logger.take(), ElementsAre(StartsWith("0 Internal error (0x8004022b): ")))
       << "one for the sample, not one for each of its four segments";
+  bench.onReceive = [](IMediaSample&) { return VFW_E_WRONG_STATE; };  // as the graph stops
+  bench.play({captionText(10, "Hello"), captionSample(19)});
+  EXPECT_THAT(bench.logger.take(), IsEmpty());
 }
 
 TEST(Faults, RunsWithoutASink) {
