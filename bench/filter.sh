@@ -10,12 +10,12 @@
 #
 # The chain passes over most of dense teletext at the speed of a copy, so this shows what a graph
 # costs at most: each sample is copied into a buffer, queued, and taken by another thread. Measured
-# here, best of ten: chain 0.0244 to 0.0250 s natively and under Wine, graph 0.0254 to 0.0259 s, 1.02
+# here, best of ten: chain 0.0244 to 0.0253 s natively and under Wine, graph 0.0247 to 0.0259 s, 0.98
 # to 1.05 times the native chain; Receive takes 0.1 us in the median. The median of the graph's times
 # is 1.1 to 1.6 times the chain's: a sample takes seven cache lines or more from one thread to the
-# other, and what that costs depends on where the system has put the two threads. Between two
-# processors of a virtual machine a line takes 30 ns where they share a cache and 170 ns where they do
-# not, as they happen to be placed.
+# other, and what that costs depends on where the system has put the two threads. Between the two
+# processors of this virtual machine a line takes 30 ns where they share a cache and 170 ns where they
+# do not, as they happen to be placed.
 set -eu
 cd "$(dirname "$0")/.."
 root=$PWD
