@@ -9,7 +9,7 @@ packages="
   nlohmann-json3-dev libcli11-dev googletest libbenchmark-dev
   clang libclang-rt-14-dev
   g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev nsis zip unzip
-  chromium
+  chromium ffmpeg
 "
 
 missing=""
