@@ -180,7 +180,7 @@ TEST(VideoCaptions, FieldsOfOneFrameAreOneSample) {
 
 TEST(VideoCaptions, ReadsSeveralMessagesOfOneSei) {
   const Bytes registeredElsewhere = seiMessage(4, Bytes{0xB5, 0x00, 0x3C, 1, 2, 3});
-  const Bytes large = seiMessage(300, Bytes(700, 0));
+  const Bytes large = seiMessage(0xFF, Bytes(2 * 0xFF, 0));  // numbers that end in a byte of 0
   const Bytes sei = seiUnit(VideoCodec::H264, join({seiMessage(1, Bytes{0x12}), registeredElsewhere,
                                                     captionSeiMessage(textTriplets("ab")), large,
                                                     captionSeiMessage(textTriplets("cd"))}));
