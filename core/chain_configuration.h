@@ -15,7 +15,7 @@ struct ChainConfiguration {
   ConversionMode mode = ConversionMode::Ttml;
   std::uint32_t page = 0;           ///< as in ConversionChain::Settings
   std::uint32_t durationMs = 2000;  ///< segment duration
-  std::string language;             ///< teletext: the page of this language rather than `page`
+  std::string language = "";        ///< teletext: the page of this language rather than `page`
   bool hearingImpaired = false;     ///< with `language`
   std::uint32_t pageOption = 0;
   bool ttmlOption = false;

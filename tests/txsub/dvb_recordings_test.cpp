@@ -128,12 +128,14 @@ TEST_F(DvbRecordings, EndAPageThatTimesOut) {
   EXPECT_THAT(timesOf({recording.write(directory_)}), ElementsAre(Pair(0, 3), Pair(10, 12)));
 }
 
-TEST_F(DvbRecordings, GiveTheSamplesOfAllPagesOfAPidOnce) {
+TEST_F(DvbRecordings, AreAServiceForEachPageButOneForSamples) {
   DvbRecording recording({0x59, 16, 'e', 'n', 'g', 0x10, 0, 1, 0, 1,  //
-                          'f', 'r', 'a', 0x10, 0, 2, 0, 2});
+                          'f', 'r', 'a', 0x10, 0, 1, 0, 2});
   const std::string input = recording.page(kPid, 0, 3).page(kPid, 10, 2).write(directory_);
+  outputOf({"convert", input, "--all", "-o", directory_.file("${feedIndex}.ttml")});
   outputOf({"convert", input, "--all", "--as", "samples", "-o", directory_.file("")});
-  EXPECT_THAT(directory_.names(), ElementsAre("0x0200-dvb-subtitles-page-1-eng.jsonl", "pages.ts"));
+  EXPECT_THAT(directory_.names(),
+              ElementsAre("0x0200-dvb-subtitles-page-1-eng.jsonl", "1.ttml", "2.ttml", "pages.ts"));
 }
 
 TEST_F(DvbRecordings, SayThatNoPageIsShownForAnyTime) {

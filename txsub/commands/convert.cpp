@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 #include <system_error>
+#include <tuple>
 
 #include "txsub/commands/commands.h"
 #include "txsub/input/open_input.h"
@@ -100,8 +101,9 @@ class Conversion {
   Console& console_;
   OpenedInput input_;
   std::optional<Service> refused_;  // the first that the format cannot hold
-  std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> feedIndexes_;  // stream, page
-  std::set<std::string> paths_;  // of the files so far
+  using Feed = std::tuple<std::uint32_t, std::uint32_t, std::optional<DvbPages>>;
+  std::map<Feed, std::uint32_t> feedIndexes_;  // in the order in which they were found
+  std::set<std::string> paths_;                // of the files so far
   // Streams of DVB subtitles: all their pages give the same samples, as they would in the filter.
   std::set<std::uint32_t> sampled_;
 };
@@ -124,7 +126,8 @@ ExitCode Conversion::run() {
   return report(pass);
 }
 
-// Recorded samples are replayed as configured: nothing is looked for, nothing guessed.
+// Recorded samples are replayed as configured: nothing is guessed, and the page of a language is
+// the one that their format block names, as in the filter.
 std::unique_ptr<IServiceFinder> Conversion::makeFinder(const StreamInfo& stream) {
   if (isReplay()) {
     const auto settings = encoding::subtitling::chainSettings(
@@ -136,7 +139,7 @@ std::unique_ptr<IServiceFinder> Conversion::makeFinder(const StreamInfo& stream)
 
 std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
                                                         const StreamInfo& stream) {
-  feedIndexes_.try_emplace({service.streamId, service.page},
+  feedIndexes_.try_emplace({service.streamId, service.page, service.dvbPages},
                            static_cast<std::uint32_t>(feedIndexes_.size() + 1));
   ChainConfiguration configuration = configurationOf(options_);
   if (!isReplay()) {
@@ -220,10 +223,11 @@ std::string Conversion::expandedPath(const Service& service, const StreamInfo& s
   }
   const std::string language = service.language.empty() ? "" : service.language + ' ';
   const auto expanded = expandTemplate(
-      options_.output, {.feedIndex = feedIndexes_.at({service.streamId, service.page}),
-                        .serviceName = stream.serviceName.empty() ? language + displayName(service)
-                                                                  : stream.serviceName,
-                        .customName = options_.customName});
+      options_.output,
+      {.feedIndex = feedIndexes_.at({service.streamId, service.page, service.dvbPages}),
+       .serviceName =
+           stream.serviceName.empty() ? language + displayName(service) : stream.serviceName,
+       .customName = options_.customName});
   if (const auto* error = std::get_if<util::ExpansionError>(&expanded)) {
     throw UsageError(explain(*error, options_.output));
   }
@@ -263,7 +267,7 @@ void Conversion::explainNothing(const ServicePass& pass) {
   });
   if (timedOut != sessions.end()) {
     console_.error("no subtitles are shown in " + input + ": the pages of " +
-                   (*timedOut)->description() + " have a time-out of 0 seconds");
+                   describe((*timedOut)->service()) + " have a time-out of 0 seconds");
   } else if (refused_ && refused_->type == SubtitleInputType::DvbSubtitle) {
     console_.error(
         describe(*refused_) + " in " + input +

@@ -15,9 +15,7 @@ using Tracks = std::map<const ServiceSession*, PreviewTrack*>;
 
 std::unique_ptr<ServiceSession> makeSession(const Service& service,
                                             std::unique_ptr<PreviewTrack> track, Console& console) {
-  ChainConfiguration configuration;
-  configuration.page = service.page;
-  configuration.pageOption = service.pageOption;
+  const ChainConfiguration configuration{.page = service.page, .pageOption = service.pageOption};
   return std::make_unique<CueSession>(service, configuration, std::nullopt, std::move(track),
                                       console);
 }

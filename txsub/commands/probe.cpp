@@ -73,9 +73,8 @@ Findings probe(const ProbeOptions& options, Console& console) {
       },
       [&](const Service& service, const StreamInfo&) {
         auto tally = std::make_unique<Tally>();
-        ChainConfiguration configuration;
-        configuration.page = service.page;
-        configuration.pageOption = service.pageOption;
+        const ChainConfiguration configuration{.page = service.page,
+                                               .pageOption = service.pageOption};
         auto session = std::make_unique<CueSession>(service, configuration, std::nullopt,
                                                     std::make_unique<TallyOutput>(*tally), console);
         tallies[session.get()] = std::move(tally);

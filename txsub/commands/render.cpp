@@ -53,9 +53,7 @@ ExitCode Rendering::run() {
 }
 
 std::unique_ptr<ServiceSession> Rendering::makeSession(const Service& service) {
-  ChainConfiguration configuration;
-  configuration.page = service.page;
-  configuration.pageOption = service.pageOption;
+  const ChainConfiguration configuration{.page = service.page, .pageOption = service.pageOption};
   return std::make_unique<CueSession>(
       service, configuration, std::nullopt,
       std::make_unique<CueTrack>([this, program = service.program] { return start(program); },

@@ -1,7 +1,5 @@
 #include "txsub/input/dvb_data_field.h"
 
-#include <cstddef>
-
 namespace korr::txsub {
 
 namespace {

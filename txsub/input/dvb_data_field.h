@@ -1,13 +1,14 @@
 // The PES data fields of DVB subtitles (EN 300 743, 7.1), as far as a reader looks into them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 
 namespace korr::txsub {
 
-constexpr std::size_t kDvbFieldHeader = 2;  ///< bytes: data_identifier, subtitle_stream_id
+inline constexpr std::size_t kDvbFieldHeader = 2;  ///< bytes: data_identifier, subtitle_stream_id
 
 /// A subtitling segment (EN 300 743, 7.2).
 struct DvbSegment {

@@ -71,7 +71,6 @@ HostCounters ChainHost::counters() const {
 void ChainHost::start() {
   const auto settings =
       encoding::subtitling::chainSettings(configuration_, type_, format_, &reporter_);
-  page_ = settings.page;
   if (wiring_.makeWriter) {
     chain_ =
         std::make_unique<ConversionChain>(wiring_.sink, settings, &reporter_, wiring_.makeWriter);

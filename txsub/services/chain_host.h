@@ -55,9 +55,6 @@ class ChainHost {
   /// Delivers the last document up to `end`; what the filter drops at its end.
   void flush(MediaTime end);
 
-  /// What the chain follows: the configured page, or the one of the language.
-  std::uint32_t page() const { return page_; }
-
   /// Of all chains so far.
   HostCounters counters() const;
 
@@ -92,8 +89,7 @@ class ChainHost {
   bool holdsUnit_ = false;             // the framer does
   std::optional<MediaTime> unitTime_;  // of that unit
   std::unique_ptr<encoding::subtitling::ConversionChain> chain_;
-  std::uint32_t page_ = 0;  // of the chain
-  HostCounters past_;       // without what the present chain has counted
+  HostCounters past_;  // without what the present chain has counted
 };
 
 }  // namespace korr::txsub

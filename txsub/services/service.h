@@ -1,6 +1,7 @@
 // The subtitle services of a recording: what can be listed, chosen and converted.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -18,7 +19,7 @@ struct DvbPages {
   std::uint16_t composition = 0;
   std::uint16_t ancillary = 0;  ///< the same where nothing is shared
 
-  friend bool operator==(const DvbPages&, const DvbPages&) = default;
+  friend auto operator<=>(const DvbPages&, const DvbPages&) = default;
 };
 
 /// One subtitle service: a caption channel, a teletext page, a DVB subtitle stream.

@@ -118,7 +118,7 @@ void ServicePass::choose(ServiceSession* chosen) {
     stream.finder.reset();
     if (stream.sessions.empty()) reader_.unselect(id);
   }
-  console_.detail("converting " + chosen->description());
+  console_.detail("converting " + describe(chosen->service()));
   chosen_->open();
 }
 

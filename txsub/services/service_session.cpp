@@ -61,12 +61,6 @@ SharedSample share(const InputSample& sample) {
   return std::make_shared<const SampleItem>(sample);
 }
 
-std::string ServiceSession::description() const {
-  Service followed = service_;
-  followed.page = page();
-  return describe(followed);
-}
-
 CueSession::CueSession(const Service& service, const ChainConfiguration& configuration,
                        FormatBlock format, std::unique_ptr<ICueOutput> output, Console& console)
     : ServiceSession(service),

@@ -23,10 +23,6 @@ class ServiceSession {
 
   const Service& service() const { return service_; }
 
-  /// What the chain follows, for messages. A replay finds the page of a language in the format
-  /// blocks, as the filter does, so it may differ from the service's.
-  std::string description() const;
-
   virtual void push(const InputSample& sample, const SharedSample& shared) = 0;
 
   /// Whether the service has shown anything, or is wanted all the same.
@@ -55,7 +51,6 @@ class ServiceSession {
 
  private:
   virtual void openOutput() = 0;
-  virtual std::uint32_t page() const { return service_.page; }
 
   Service service_;
   bool isOpen_ = false;
@@ -77,7 +72,6 @@ class CueSession final : public ServiceSession {
 
  private:
   void openOutput() override { output_->open(); }
-  std::uint32_t page() const override { return host_.page(); }
   MediaTime chainTimeOf(const InputSample& sample);
 
   MediaTime segment_;
@@ -109,7 +103,6 @@ class SampleSession final : public ServiceSession {
   class WatchedWriter;
 
   void openOutput() override { recorder_.open(path_); }
-  std::uint32_t page() const override { return host_.page(); }
 
   std::string path_;
   bool hasShown_;

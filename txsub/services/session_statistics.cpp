@@ -23,7 +23,7 @@ std::string statisticsText(const ServiceSession& session, ConversionMode mode) {
   const HostCounters counters = session.counters();
   const auto& chain = counters.chain;
   std::string text =
-      counterName(mode) + ", " + session.description() + ": " +
+      counterName(mode) + ", " + describe(session.service()) + ": " +
       counted(counters.samples, "sample") + ", " + counted(chain.units, "unit") + " (" +
       counted(chain.unitBytes, "byte") + "), " + counted(chain.documents, "document") + " in " +
       counted(chain.buffers, "buffer") + " (" + counted(chain.documentBytes, "byte") + ')';
@@ -38,7 +38,7 @@ std::string statisticsText(const ServiceSession& session, ConversionMode mode) {
 std::string statisticsJson(const ServiceSession& session, ConversionMode mode) {
   const HostCounters counters = session.counters();
   const nlohmann::ordered_json json{{"name", counterName(mode)},
-                                    {"service", session.description()},
+                                    {"service", describe(session.service())},
                                     {"samples", counters.samples},
                                     {"errors", counters.errors},
                                     {"units", counters.chain.units},
