@@ -5,7 +5,7 @@
 
 #include "burn/text_drawing.h"
 #include "closed_caption/closed_captions_renderer.h"
-#include "core/interfaces.h"
+#include "model/interfaces.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "burn/burn_renderer.h"
-#include "core/interfaces.h"
+#include "model/interfaces.h"
 
 namespace korr::encoding::subtitling::burn::inline v2_1 {
 

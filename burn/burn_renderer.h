@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "burn/frame_buffer.h"
-#include "core/media_time.h"
-#include "core/subtitle.h"
+#include "model/media_time.h"
+#include "model/subtitle.h"
 
 namespace korr::encoding::subtitling::burn::inline v2_1 {
 

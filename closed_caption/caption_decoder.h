@@ -6,7 +6,7 @@
 
 #include "closed_caption/caption_memory.h"
 #include "closed_caption/cc_data.h"
-#include "core/subtitle.h"
+#include "model/subtitle.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 

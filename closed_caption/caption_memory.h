@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "core/subtitle.h"
+#include "model/subtitle.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "core/glyph_text.h"
+#include "model/glyph_text.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 

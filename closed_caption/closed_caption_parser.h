@@ -3,7 +3,7 @@
 
 #include "closed_caption/caption_decoder.h"
 #include "closed_caption/cc_data.h"
-#include "core/interfaces.h"
+#include "model/interfaces.h"
 #include "log/logger.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {

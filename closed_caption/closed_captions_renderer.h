@@ -3,7 +3,7 @@
 
 #include "burn/burn_renderer.h"
 #include "burn/text_drawing.h"
-#include "core/interfaces.h"
+#include "model/interfaces.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 

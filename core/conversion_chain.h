@@ -5,8 +5,8 @@
 #include <functional>
 #include <memory>
 
-#include "core/modes.h"
-#include "core/output_sink.h"
+#include "model/modes.h"
+#include "model/output_sink.h"
 #include "core/timed_text_builder.h"
 #include "framing/nal.h"
 #include "log/logger.h"

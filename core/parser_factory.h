@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "core/interfaces.h"
-#include "core/modes.h"
+#include "model/interfaces.h"
+#include "model/modes.h"
 #include "log/logger.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {

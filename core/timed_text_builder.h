@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "core/chain_counters.h"
-#include "core/interfaces.h"
-#include "core/output_sink.h"
+#include "model/interfaces.h"
+#include "model/output_sink.h"
 #include "framing/nal.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {

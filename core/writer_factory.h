@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "core/interfaces.h"
-#include "core/modes.h"
+#include "model/interfaces.h"
+#include "model/modes.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 

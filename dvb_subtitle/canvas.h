@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "core/pixel_buffer.h"
+#include "model/pixel_buffer.h"
 #include "dvb_subtitle/clut.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {

@@ -1,7 +1,7 @@
 // DVB subtitles: the parser of PES data fields.
 #pragma once
 
-#include "core/interfaces.h"
+#include "model/interfaces.h"
 #include "dvb_subtitle/dvb_subtitle_renderer.h"
 #include "dvb_subtitle/page_history.h"
 #include "dvb_subtitle/pes_data_field.h"

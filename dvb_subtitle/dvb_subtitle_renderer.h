@@ -7,8 +7,8 @@
 #include <span>
 #include <string>
 
-#include "core/media_time.h"
-#include "core/subtitle.h"
+#include "model/media_time.h"
+#include "model/subtitle.h"
 #include "dvb_subtitle/page_painter.h"
 #include "dvb_subtitle/pixel_buffer_pool.h"
 #include "dvb_subtitle/region.h"

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <map>
 
-#include "core/media_time.h"
-#include "core/subtitle.h"
+#include "model/media_time.h"
+#include "model/subtitle.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 

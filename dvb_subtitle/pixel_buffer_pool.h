@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "core/pixel_buffer.h"
+#include "model/pixel_buffer.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 

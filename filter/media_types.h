@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "core/modes.h"
+#include "model/modes.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <utility>
 
-#include "core/output_sink.h"
+#include "model/output_sink.h"
 #include "filter/output_pin.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {

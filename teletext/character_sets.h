@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "core/glyph_text.h"
+#include "model/glyph_text.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <span>
 
-#include "core/glyph_text.h"
+#include "model/glyph_text.h"
 #include "teletext/character_sets.h"
 #include "teletext/packet.h"
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/subtitle.h"
+#include "model/subtitle.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 

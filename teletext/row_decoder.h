@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "core/subtitle.h"
+#include "model/subtitle.h"
 #include "teletext/character_sets.h"
 #include "teletext/enhancement.h"
 

@@ -1,7 +1,7 @@
 // Teletext subtitles: the parser of PES data fields.
 #pragma once
 
-#include "core/interfaces.h"
+#include "model/interfaces.h"
 #include "teletext/enhancement.h"
 #include "teletext/packet.h"
 #include "teletext/page_header.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "core/interfaces.h"
+#include "model/interfaces.h"
 #include "timed_text/ttml_image.h"
 #include "timed_text/ttml_styles.h"
 

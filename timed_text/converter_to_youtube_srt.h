@@ -1,7 +1,7 @@
 // SRT entry text.
 #pragma once
 
-#include "core/interfaces.h"
+#include "model/interfaces.h"
 
 namespace korr::encoding::subtitling::ttml::inline v2_1 {
 

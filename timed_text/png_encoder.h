@@ -6,8 +6,8 @@
 #include <memory>
 #include <optional>
 
-#include "core/byte_buffer.h"
-#include "core/subtitle.h"
+#include "model/byte_buffer.h"
+#include "model/subtitle.h"
 
 namespace korr::encoding::subtitling::ttml::inline v2_1 {
 

@@ -5,8 +5,8 @@
 #include <memory>
 #include <optional>
 
-#include "core/byte_buffer.h"
-#include "core/subtitle.h"
+#include "model/byte_buffer.h"
+#include "model/subtitle.h"
 #include "timed_text/png_encoder.h"
 
 class TiXmlElement;

@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "core/subtitle.h"
+#include "model/subtitle.h"
 #include "timed_text/element_stack.h"
 
 namespace korr::encoding::subtitling::ttml::inline v2_1 {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "core/output_sink.h"
+#include "model/output_sink.h"
 
 namespace korr::test_support {
 

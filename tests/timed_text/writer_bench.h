@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "core/byte_buffer.h"
-#include "core/interfaces.h"
+#include "model/byte_buffer.h"
+#include "model/interfaces.h"
 #include "util/exception.h"
 
 namespace korr::encoding::subtitling::ttml {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "core/media_time.h"
-#include "core/modes.h"
+#include "model/media_time.h"
+#include "model/modes.h"
 #include "log/logger.h"
 
 namespace korr::txsub {

@@ -5,7 +5,7 @@
 #include <optional>
 #include <span>
 
-#include "core/media_time.h"
+#include "model/media_time.h"
 
 namespace korr::txsub {
 

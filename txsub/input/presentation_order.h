@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "core/media_time.h"
+#include "model/media_time.h"
 
 namespace korr::txsub {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "core/media_time.h"
+#include "model/media_time.h"
 
 namespace korr::txsub {
 

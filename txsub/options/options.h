@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "core/chain_configuration.h"
-#include "core/modes.h"
+#include "model/modes.h"
 #include "txsub/console.h"
 #include "txsub/output/playable_file.h"
 #include "txsub/services/service.h"

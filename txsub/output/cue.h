@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "core/media_time.h"
-#include "core/subtitle.h"
+#include "model/media_time.h"
+#include "model/subtitle.h"
 
 namespace korr::txsub {
 

@@ -8,8 +8,8 @@
 #include <optional>
 #include <utility>
 
-#include "core/byte_buffer.h"
-#include "core/subtitle.h"
+#include "model/byte_buffer.h"
+#include "model/subtitle.h"
 #include "timed_text/png_encoder.h"
 
 namespace korr::txsub {

@@ -1,6 +1,6 @@
 #include "txsub/output/picture_files.h"
 
-#include "core/byte_buffer.h"
+#include "model/byte_buffer.h"
 #include "txsub/output/output_file.h"
 
 namespace korr::txsub {

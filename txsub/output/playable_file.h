@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "core/modes.h"
+#include "model/modes.h"
 #include "txsub/output/cue.h"
 #include "txsub/services/service.h"
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "core/output_sink.h"
+#include "model/output_sink.h"
 #include "txsub/output/output_file.h"
 
 namespace korr::txsub {

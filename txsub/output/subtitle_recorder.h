@@ -4,8 +4,8 @@
 #include <memory>
 #include <optional>
 
-#include "core/interfaces.h"
-#include "core/output_sink.h"
+#include "model/interfaces.h"
+#include "model/output_sink.h"
 #include "txsub/output/cue.h"
 
 namespace korr::txsub {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/subtitle.h"
+#include "model/subtitle.h"
 
 namespace korr::txsub {
 

@@ -5,7 +5,7 @@
 #include "burn/bitmap_renderer.h"
 #include "burn/text_drawing.h"
 #include "closed_caption/closed_captions_renderer.h"
-#include "core/interfaces.h"
+#include "model/interfaces.h"
 #include "teletext/teletext_renderer.h"
 #include "util/exception.h"
 

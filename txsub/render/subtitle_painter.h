@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "burn/burn_renderer.h"
-#include "core/modes.h"
+#include "model/modes.h"
 
 namespace korr::txsub {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "core/modes.h"
+#include "model/modes.h"
 #include "txsub/services/service_session.h"
 
 namespace korr::txsub {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/subtitle.h"
+#include "model/subtitle.h"
 #include "tests/support/temporary_directory.h"
 #include "txsub/output/cue.h"
 #include "txsub/output/playable_file.h"

@@ -1,4 +1,4 @@
-#include "core/pixel_buffer.h"
+#include "model/pixel_buffer.h"
 
 #include <cstring>
 #include <limits>

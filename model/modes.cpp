@@ -1,4 +1,4 @@
-#include "core/modes.h"
+#include "model/modes.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <span>
 
-#include "core/byte_buffer.h"
-#include "core/media_time.h"
-#include "core/subtitle.h"
+#include "model/byte_buffer.h"
+#include "model/media_time.h"
+#include "model/subtitle.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 

@@ -1,4 +1,4 @@
-#include "core/subtitle.h"
+#include "model/subtitle.h"
 
 #include <algorithm>
 

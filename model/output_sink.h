@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "core/media_time.h"
+#include "model/media_time.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 

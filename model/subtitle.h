@@ -5,9 +5,9 @@
 #include <memory>
 #include <vector>
 
-#include "core/glyph_text.h"
-#include "core/media_time.h"
-#include "core/pixel_buffer.h"
+#include "model/glyph_text.h"
+#include "model/media_time.h"
+#include "model/pixel_buffer.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 
