@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "closed_caption/closed_caption_parser.h"
-#include "core/conversion_chain.h"
+#include "chain/conversion_chain.h"
 #include "samples/encoders/caption_builder.h"
 
 namespace korr::encoding::subtitling {

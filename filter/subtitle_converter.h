@@ -9,7 +9,7 @@
 #include <memory_resource>
 #include <vector>
 
-#include "core/chain_configuration.h"
+#include "chain/chain_configuration.h"
 #include "filter/forwarding_logger.h"
 #include "filter/input_pin.h"
 #include "filter/output_pin.h"

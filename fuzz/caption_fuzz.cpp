@@ -5,7 +5,7 @@
 #include <memory>
 #include <span>
 
-#include "core/conversion_chain.h"
+#include "chain/conversion_chain.h"
 #include "tests/support/memory_item.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "core/chain_configuration.h"
+#include "chain/chain_configuration.h"
 #include "filter/host/collecting_sink.h"
 #include "filter/host/recording.h"
 #include "filter/host/replay_statistics.h"

@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-#include "core/chain_configuration.h"
+#include "chain/chain_configuration.h"
 #include "model/modes.h"
 #include "txsub/console.h"
 #include "txsub/output/playable_file.h"

@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-#include "core/chain_configuration.h"
+#include "chain/chain_configuration.h"
 #include "txsub/console.h"
 #include "txsub/input/media_reader.h"
 

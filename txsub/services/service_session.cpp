@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/writer_factory.h"
+#include "chain/writer_factory.h"
 #include "txsub/services/dvb_page_filter.h"
 
 namespace korr::txsub {

@@ -1,7 +1,7 @@
-#include "core/conversion_chain.h"
+#include "chain/conversion_chain.h"
 
-#include "core/parser_factory.h"
-#include "core/writer_factory.h"
+#include "chain/parser_factory.h"
+#include "chain/writer_factory.h"
 #include "framing/nal_builder_dvb_subtitle.h"
 #include "framing/nal_builder_raw.h"
 #include "framing/nal_builder_teletext.h"

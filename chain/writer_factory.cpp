@@ -1,4 +1,4 @@
-#include "core/writer_factory.h"
+#include "chain/writer_factory.h"
 
 #include "timed_text/converter_to_ttml.h"
 #include "timed_text/converter_to_webvtt.h"

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "core/conversion_chain.h"
+#include "chain/conversion_chain.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 

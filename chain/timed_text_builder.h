@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "core/chain_counters.h"
+#include "chain/chain_counters.h"
 #include "model/interfaces.h"
 #include "model/output_sink.h"
 #include "framing/nal.h"

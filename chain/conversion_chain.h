@@ -7,7 +7,7 @@
 
 #include "model/modes.h"
 #include "model/output_sink.h"
-#include "core/timed_text_builder.h"
+#include "chain/timed_text_builder.h"
 #include "framing/nal.h"
 #include "log/logger.h"
 

@@ -1,9 +1,9 @@
-#include "core/conversion_chain.h"
+#include "chain/conversion_chain.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "core/parser_factory.h"
+#include "chain/parser_factory.h"
 #include "samples/encoders/caption_builder.h"
 #include "tests/support/memory_item.h"
 #include "tests/support/recording_sink.h"

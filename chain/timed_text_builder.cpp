@@ -1,4 +1,4 @@
-#include "core/timed_text_builder.h"
+#include "chain/timed_text_builder.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "core/chain_configuration.h"
+#include "chain/chain_configuration.h"
 
 #include "teletext/teletext_descriptor.h"
 

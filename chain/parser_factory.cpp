@@ -1,4 +1,4 @@
-#include "core/parser_factory.h"
+#include "chain/parser_factory.h"
 
 #include "closed_caption/closed_caption_parser.h"
 #include "dvb_subtitle/dvb_subtitle_parser.h"
