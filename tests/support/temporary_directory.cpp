@@ -6,7 +6,7 @@
 #include <iterator>
 #include <random>
 
-#include "txsub/utf8_path.h"
+#include "util/utf8_path.h"
 
 namespace korr::test_support {
 

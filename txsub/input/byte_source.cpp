@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <system_error>
 
-#include "txsub/utf8_path.h"
+#include "util/utf8_path.h"
 #include "util/exception.h"
 
 namespace korr::txsub {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "txsub/utf8_path.h"
+#include "util/utf8_path.h"
 #include "util/exception.h"
 
 namespace korr::txsub {
