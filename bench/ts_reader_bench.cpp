@@ -6,7 +6,7 @@
 
 #include "samples/encoders/ts_builder.h"
 #include "samples/encoders/video_builder.h"
-#include "txsub/input/ts_reader.h"
+#include "readers/mpegts/ts_reader.h"
 
 namespace korr::txsub {
 namespace {

@@ -5,7 +5,7 @@
 #include <random>
 
 #include "samples/encoders/video_builder.h"
-#include "txsub/input/video_captions.h"
+#include "readers/video/video_captions.h"
 
 namespace korr::txsub {
 namespace {

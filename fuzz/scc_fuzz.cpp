@@ -3,7 +3,7 @@
 #include <span>
 
 #include "tests/support/reader_support.h"
-#include "txsub/input/scc_reader.h"
+#include "readers/scc_reader.h"
 
 namespace {
 

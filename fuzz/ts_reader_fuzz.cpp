@@ -7,7 +7,7 @@
 
 #include "samples/encoders/ts_builder.h"
 #include "tests/support/reader_support.h"
-#include "txsub/input/ts_reader.h"
+#include "readers/mpegts/ts_reader.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "txsub/input/video_captions.h"
+#include "readers/video/video_captions.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "txsub/input/video_syntax.h"
+#include "readers/video/video_syntax.h"
 
 namespace korr::samples {
 

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "log/sink_logger.h"
-#include "txsub/input/media_reader.h"
+#include "readers/media_reader.h"
 
 namespace korr::txsub {
 

@@ -3,7 +3,7 @@
 
 #include <streams.h>
 
-#include "txsub/input/media_reader.h"
+#include "readers/media_reader.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
 

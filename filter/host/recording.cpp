@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "txsub/input/byte_source.h"
-#include "txsub/input/samples_reader.h"
+#include "readers/byte_source.h"
+#include "readers/samples_reader.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
 

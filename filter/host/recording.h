@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "txsub/input/media_reader.h"
+#include "readers/media_reader.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
 

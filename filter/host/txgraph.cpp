@@ -9,7 +9,7 @@
 #include "platform/terminal.h"
 #include "txsub/options/subcommand.h"
 #include "txsub/output/output_file.h"
-#include "txsub/record_format.h"
+#include "readers/record_format.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "txsub/input/video_syntax.h"
+#include "readers/video/video_syntax.h"
 
 namespace korr::encoders {
 

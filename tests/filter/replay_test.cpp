@@ -11,7 +11,7 @@
 #include "platform/png_decoder.h"
 #include "tests/filter/recording_logger.h"
 #include "txsub/options/options.h"
-#include "txsub/record_format.h"
+#include "readers/record_format.h"
 #include "util/base64.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {

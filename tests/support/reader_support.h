@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "txsub/input/media_reader.h"
+#include "readers/media_reader.h"
 
 namespace korr::test_support {
 

@@ -6,7 +6,7 @@
 #include <tuple>
 
 #include "txsub/commands/commands.h"
-#include "txsub/input/open_input.h"
+#include "readers/open_input.h"
 #include "txsub/output/cue_track.h"
 #include "txsub/output/output_template.h"
 #include "txsub/preview/preview_document.h"

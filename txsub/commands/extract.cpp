@@ -2,9 +2,9 @@
 
 #include "platform/terminal.h"
 #include "txsub/commands/commands.h"
-#include "txsub/input/open_input.h"
+#include "readers/open_input.h"
 #include "txsub/output/output_file.h"
-#include "txsub/record_format.h"
+#include "readers/record_format.h"
 #include "txsub/services/service.h"
 
 namespace korr::txsub {

@@ -2,7 +2,7 @@
 #include <map>
 
 #include "txsub/commands/commands.h"
-#include "txsub/input/open_input.h"
+#include "readers/open_input.h"
 #include "txsub/preview/preview_document.h"
 #include "txsub/services/service_pass.h"
 #include "txsub/services/service_session.h"

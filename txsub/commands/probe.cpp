@@ -3,10 +3,10 @@
 #include <nlohmann/json.hpp>
 
 #include "txsub/commands/commands.h"
-#include "txsub/input/open_input.h"
+#include "readers/open_input.h"
 #include "txsub/output/cue.h"
 #include "txsub/output/cue_time.h"
-#include "txsub/record_format.h"
+#include "readers/record_format.h"
 #include "txsub/services/service_pass.h"
 #include "txsub/services/service_session.h"
 

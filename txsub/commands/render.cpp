@@ -1,5 +1,5 @@
 #include "txsub/commands/commands.h"
-#include "txsub/input/open_input.h"
+#include "readers/open_input.h"
 #include "txsub/output/cue_track.h"
 #include "txsub/render/frame_files.h"
 #include "txsub/services/service_pass.h"

@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "txsub/record_format.h"
+#include "readers/record_format.h"
 
 namespace korr::txsub {
 

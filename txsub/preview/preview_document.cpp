@@ -4,7 +4,7 @@
 
 #include "txsub/output/text_layout.h"
 #include "txsub/preview/preview_template.h"
-#include "txsub/record_format.h"
+#include "readers/record_format.h"
 #include "util/base64.h"
 
 namespace korr::txsub {

@@ -10,7 +10,7 @@
 
 #include "chain/chain_configuration.h"
 #include "txsub/console.h"
-#include "txsub/input/media_reader.h"
+#include "readers/media_reader.h"
 
 namespace korr::txsub {
 

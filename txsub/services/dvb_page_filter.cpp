@@ -1,6 +1,6 @@
 #include "txsub/services/dvb_page_filter.h"
 
-#include "txsub/input/dvb_data_field.h"
+#include "readers/dvb_data_field.h"
 
 namespace korr::txsub {
 

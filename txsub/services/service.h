@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "log/logger.h"
-#include "txsub/input/media_reader.h"
+#include "readers/media_reader.h"
 
 namespace korr::txsub {
 

@@ -1,0 +1,112 @@
+// The elementary streams of a transport stream that the reader follows.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "readers/media_reader.h"
+#include "readers/mpegts/ts_clock.h"
+#include "readers/mpegts/ts_packet.h"
+#include "readers/mpegts/ts_pes.h"
+#include "readers/mpegts/ts_report.h"
+#include "readers/video/video_captions.h"
+
+namespace korr::txsub {
+
+/// What a stream holds for us.
+struct TsStreamKind {
+  SubtitleInputType type = SubtitleInputType::Teletext;
+  bool isVideo = false;
+  VideoCodec codec = VideoCodec::Mpeg2;  ///< of video
+
+  friend bool operator==(const TsStreamKind&, const TsStreamKind&) = default;
+};
+
+/// The clock of one program, and the times seen on its line.
+struct TsProgramTime {
+  TsClock clock;
+  std::optional<TsTicks> pictureStart;   ///< first of video and audio: where players begin
+  std::optional<TsTicks> subtitleStart;  ///< first of subtitles
+  std::optional<TsTicks> end;            ///< last of all
+
+  void notePicture(TsTicks time) {
+    pictureStart = std::min(pictureStart.value_or(time), time);
+    noteEnd(time);
+  }
+  void noteSubtitle(TsTicks time) {
+    subtitleStart = std::min(subtitleStart.value_or(time), time);
+    noteEnd(time);
+  }
+  void noteEnd(TsTicks time) { end = std::max(end.value_or(time), time); }
+};
+
+/// What a stream has around it.
+struct TsStreamContext {
+  std::uint16_t pid = 0;
+  TsProgramTime& time;
+  TsReport& report;
+  log::ILogger* logger = nullptr;
+  std::function<void(const InputSample&)> onSample;
+};
+
+/// Makes samples of the packets of one PID.
+class ITsStream {
+ public:
+  virtual ~ITsStream() = default;
+
+  /// The next packet, after `lost` others that are missing.
+  virtual void take(const TsPacket& packet, unsigned lost) = 0;
+
+  /// The stream ends: hands out what is held back.
+  virtual void flush() = 0;
+};
+
+/// Teletext and DVB subtitles: a PES payload is a sample.
+class TsSubtitleStream final : public ITsStream {
+ public:
+  TsSubtitleStream(SubtitleInputType type, TsStreamContext context)
+      : type_(type), context_(std::move(context)) {}
+
+  void take(const TsPacket& packet, unsigned lost) override;
+  void flush() override { finish(); }
+
+ private:
+  void onLoss(unsigned lost);
+  void finish();
+  void deliver(std::span<const std::uint8_t> payload, std::optional<std::uint64_t> pts);
+  TsTicks timeOf(std::optional<std::uint64_t> pts);
+  void warn(const std::string& what);
+
+  SubtitleInputType type_;
+  TsStreamContext context_;
+  PesAssembler pes_;
+  TsStreamClock clock_;
+  std::optional<TsTicks> lastTime_;
+  InputSample sample_;            // kept, so that its memory is
+  bool hasLost_ = false;          // something since the last sample
+  bool isDoubtReported_ = false;  // that times are not the stream's own
+};
+
+/// Video with captions in its pictures: the triplets of a picture are a sample.
+class TsVideoStream final : public ITsStream {
+ public:
+  TsVideoStream(VideoCodec codec, TsStreamContext context);
+
+  void take(const TsPacket& packet, unsigned lost) override;
+  void flush() override { captions_.flush(); }
+
+ private:
+  void beginPes(const PesHeader& header);
+
+  TsStreamContext context_;
+  TsStreamClock clock_;
+  VideoCaptionExtractor captions_;
+  std::vector<std::uint8_t> header_;  // of a PES packet, as far as it has come
+  bool inHeader_ = false;
+  bool inPes_ = false;
+};
+
+}  // namespace korr::txsub

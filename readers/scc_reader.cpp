@@ -1,0 +1,193 @@
+#include "readers/scc_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cinttypes>
+#include <span>
+#include <utility>
+
+#include "readers/caption_sample.h"
+#include "readers/video/caption_user_data.h"
+
+namespace korr::txsub {
+namespace {
+
+constexpr std::size_t kReadBytes = 64 * 1024;
+constexpr std::size_t kLongestLine = 64 * 1024;  // over half an hour of pairs
+constexpr std::uint64_t kFramesPerSecond = 30;   // as the time code counts
+constexpr std::uint8_t kField1 = 0xFC;           // marker bits, cc_valid, cc_type 0
+constexpr std::string_view kBlanks = " \t\r";
+
+constexpr MediaTime timeOfFrame(std::uint64_t frame) {
+  return frame * encoding::subtitling::kSecond * 1001 / 30000;
+}
+
+/// Takes the first word off `line`; empty at its end.
+std::string_view takeWord(std::string_view& line) {
+  line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+  const std::string_view word = line.substr(0, line.find_first_of(kBlanks));
+  line.remove_prefix(word.size());
+  return word;
+}
+
+/// A number of exactly `digits` digits. Nothing when it is none.
+std::optional<unsigned> number(std::string_view digits, int base) {
+  unsigned value = 0;
+  const auto [end, error] = std::from_chars(digits.begin(), digits.end(), value, base);
+  if (error != std::errc{} || end != digits.end()) return {};
+  return value;
+}
+
+std::optional<std::array<std::uint8_t, 2>> bytePair(std::string_view word) {
+  if (word.size() != 4) return {};
+  const auto value = number(word, 16);
+  if (!value) return {};
+  return std::array{static_cast<std::uint8_t>(*value >> 8), static_cast<std::uint8_t>(*value)};
+}
+
+/// The time code of the hour that `timeCode` lies in.
+std::string wholeHour(std::string_view timeCode) {
+  std::string hour(timeCode);
+  std::replace_if(
+      hour.begin() + 2, hour.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+  return hour;
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> frameOfTimeCode(std::string_view timeCode) {
+  constexpr std::string_view kForm = "00:00:00:00";
+  if (timeCode.size() != kForm.size() || timeCode[2] != ':' || timeCode[5] != ':') return {};
+  const bool dropFrame = timeCode[8] == ';';
+  if (!dropFrame && timeCode[8] != ':') return {};
+
+  const auto hours = number(timeCode.substr(0, 2), 10);
+  const auto minutes = number(timeCode.substr(3, 2), 10);
+  const auto seconds = number(timeCode.substr(6, 2), 10);
+  const auto frames = number(timeCode.substr(9, 2), 10);
+  if (!hours || !minutes || !seconds || !frames) return {};
+  if (*minutes > 59 || *seconds > 59 || *frames >= kFramesPerSecond) return {};
+
+  const std::uint64_t minute = std::uint64_t{*hours} * 60 + *minutes;
+  const std::uint64_t dropped = dropFrame ? 2 * (minute - minute / 10) : 0;
+  return (minute * 60 + *seconds) * kFramesPerSecond + *frames - dropped;
+}
+
+SccReader::SccReader(std::unique_ptr<IByteSource> source, const ReaderOptions& options)
+    : source_(std::move(source)), logger_(options.logger) {
+  stream_.id = stream_.pid = 1;
+  stream_.type = SubtitleInputType::ClosedCaption;
+}
+
+bool SccReader::read(IReaderListener& listener) {
+  if (bytesRead_ == 0) wanted_ = listener.onStream(stream_);
+  const bool more = readBytes();
+  if (!more && !text_.empty()) text_ += '\n';
+
+  std::string_view rest = text_;
+  for (std::size_t end = rest.find('\n'); end != rest.npos; end = rest.find('\n')) {
+    ++lineNumber_;
+    if (!std::exchange(skipsLine_, false)) readLine(rest.substr(0, end), listener);
+    rest.remove_prefix(end + 1);
+  }
+  text_.erase(0, text_.size() - rest.size());
+  if (text_.size() > kLongestLine) skipLine();
+  if (!more && !headerSeen_) throw util::TessaryException("it is no SCC file: it is empty");
+  return more;
+}
+
+void SccReader::skipLine() {
+  if (!headerSeen_) readHeader(text_);
+  if (!skipsLine_) {
+    log::write(logger_, log::Level::Warning,
+               "line %" PRIu64 ": longer than %zu bytes; the line is left out", lineNumber_ + 1,
+               kLongestLine);
+  }
+  skipsLine_ = true;
+  text_.clear();
+}
+
+bool SccReader::readBytes() {
+  const std::size_t before = text_.size();
+  text_.resize(before + kReadBytes);
+  auto* const buffer = reinterpret_cast<std::uint8_t*>(text_.data() + before);
+  const std::size_t count = source_->read(buffer, kReadBytes);
+  text_.resize(before + count);
+  bytesRead_ += count;
+  return count > 0;
+}
+
+void SccReader::readHeader(std::string_view line) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (line.starts_with(kByteOrderMark)) line.remove_prefix(kByteOrderMark.size());
+  if (!line.starts_with(kHeader)) {
+    throw util::TessaryException("it is no SCC file: it does not begin with \"" +
+                                 std::string(kHeader) + "\"");
+  }
+  headerSeen_ = true;
+}
+
+void SccReader::readLine(std::string_view line, IReaderListener& listener) {
+  if (line.find_first_not_of(kBlanks) == line.npos) return;
+  if (!headerSeen_) return readHeader(line);
+
+  const std::string_view timeCode = takeWord(line);
+  const auto frame = frameOfTimeCode(timeCode);
+  if (!frame) return leaveOut(timeCode, "is no time code HH:MM:SS:FF or HH:MM:SS;FF");
+
+  triplets_.clear();
+  for (auto word = takeWord(line); !word.empty(); word = takeWord(line)) {
+    const auto pair = bytePair(word);
+    if (!pair) return leaveOut(word, "is no pair of hexadecimal bytes");
+    triplets_.insert(triplets_.end(), {kField1, pair->front(), pair->back()});
+  }
+  if (!startFrame_) startFrame_ = frameOfTimeCode(wholeHour(timeCode));
+  sendLine(*frame, listener);
+}
+
+void SccReader::sendLine(std::uint64_t frame, IReaderListener& listener) {
+  if (frame < lineFrame_) {
+    log::write(logger_, log::Level::Warning,
+               "line %" PRIu64
+               ": its time code lies before that of the line before; its captions "
+               "follow at once",
+               lineNumber_);
+  }
+  lineFrame_ = frame;
+  nextFrame_ = std::max(nextFrame_, frame);
+
+  const auto triplets = std::span<const std::uint8_t>(triplets_);
+  for (std::size_t at = 0; at < triplets.size(); at += kTripletBytes, ++nextFrame_) {
+    if (!wanted_) continue;
+    listener.onSample(stream_, captionSample(triplets.subspan(at, kTripletBytes),
+                                             timeOfFrame(nextFrame_), timeOfFrame(nextFrame_ + 1)));
+  }
+}
+
+void SccReader::leaveOut(std::string_view word, const char* why) {
+  constexpr std::size_t kShown = 40;
+  const std::string shown(word.substr(0, kShown));
+  log::write(logger_, log::Level::Warning, "line %" PRIu64 ": \"%s\" %s; the line is left out",
+             lineNumber_, shown.c_str(), why);
+}
+
+void SccReader::unselect(std::uint32_t streamId) {
+  if (streamId == stream_.id) wanted_ = false;
+}
+
+ReadProgress SccReader::progress() const {
+  return {bytesRead_, source_->size()};
+}
+
+std::optional<MediaTime> SccReader::startTime(std::uint32_t) const {
+  if (!startFrame_) return {};
+  return timeOfFrame(*startFrame_);
+}
+
+std::optional<MediaTime> SccReader::endTime(std::uint32_t) const {
+  if (!startFrame_) return {};
+  return timeOfFrame(nextFrame_);
+}
+
+}  // namespace korr::txsub
