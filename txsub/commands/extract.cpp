@@ -5,7 +5,7 @@
 #include "readers/open_input.h"
 #include "txsub/output/output_file.h"
 #include "readers/record_format.h"
-#include "txsub/services/service.h"
+#include "services/service.h"
 
 namespace korr::txsub {
 

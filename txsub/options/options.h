@@ -11,7 +11,7 @@
 #include "model/modes.h"
 #include "txsub/console.h"
 #include "txsub/output/playable_file.h"
-#include "txsub/services/service.h"
+#include "services/service.h"
 #include "util/exception.h"
 
 namespace korr::txsub {

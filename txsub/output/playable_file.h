@@ -8,7 +8,7 @@
 
 #include "model/modes.h"
 #include "txsub/output/cue.h"
-#include "txsub/services/service.h"
+#include "services/service.h"
 
 namespace korr::txsub {
 

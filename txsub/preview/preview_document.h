@@ -10,7 +10,7 @@
 #include "txsub/output/cue.h"
 #include "txsub/output/output_file.h"
 #include "txsub/output/picture.h"
-#include "txsub/services/service.h"
+#include "services/service.h"
 
 namespace korr::txsub {
 

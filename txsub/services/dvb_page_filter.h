@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "txsub/services/service.h"
+#include "services/service.h"
 
 namespace korr::txsub {
 

@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-#include "txsub/services/service.h"
+#include "services/service.h"
 #include "txsub/services/service_session.h"
 
 namespace korr::txsub {

@@ -8,7 +8,7 @@
 #include "txsub/output/sample_recorder.h"
 #include "txsub/output/subtitle_recorder.h"
 #include "txsub/services/chain_host.h"
-#include "txsub/services/service.h"
+#include "services/service.h"
 
 namespace korr::txsub {
 

@@ -1,4 +1,4 @@
-#include "txsub/services/dvb_services.h"
+#include "services/dvb_services.h"
 
 #include <span>
 

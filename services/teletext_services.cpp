@@ -1,4 +1,4 @@
-#include "txsub/services/teletext_services.h"
+#include "services/teletext_services.h"
 
 #include <algorithm>
 #include <array>

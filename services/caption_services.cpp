@@ -1,4 +1,4 @@
-#include "txsub/services/caption_services.h"
+#include "services/caption_services.h"
 
 namespace korr::txsub {
 

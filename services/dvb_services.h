@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "txsub/services/service.h"
+#include "services/service.h"
 
 namespace korr::txsub {
 

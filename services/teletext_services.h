@@ -5,7 +5,7 @@
 #include <memory>
 #include <string_view>
 
-#include "txsub/services/service.h"
+#include "services/service.h"
 
 namespace korr::txsub {
 

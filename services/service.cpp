@@ -1,10 +1,10 @@
-#include "txsub/services/service.h"
+#include "services/service.h"
 
 #include <cstdio>
 
-#include "txsub/services/caption_services.h"
-#include "txsub/services/dvb_services.h"
-#include "txsub/services/teletext_services.h"
+#include "services/caption_services.h"
+#include "services/dvb_services.h"
+#include "services/teletext_services.h"
 
 namespace korr::txsub {
 

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "samples/encoders/teletext_encoder.h"
-#include "txsub/services/service.h"
-#include "txsub/services/teletext_services.h"
+#include "services/service.h"
+#include "services/teletext_services.h"
 
 namespace korr::txsub {
 namespace {
