@@ -4,8 +4,8 @@
 
 #include "txsub/commands/commands.h"
 #include "readers/open_input.h"
-#include "txsub/output/cue.h"
-#include "txsub/output/cue_time.h"
+#include "cues/cue.h"
+#include "cues/cue_time.h"
 #include "readers/record_format.h"
 #include "txsub/services/service_pass.h"
 #include "txsub/services/service_session.h"

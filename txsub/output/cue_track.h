@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "txsub/output/cue.h"
+#include "cues/cue.h"
 #include "txsub/output/playable_file.h"
 
 namespace korr::txsub {

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "txsub/output/cue_time.h"
+#include "cues/cue_time.h"
 
 namespace korr::txsub {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "model/modes.h"
-#include "txsub/output/cue.h"
+#include "cues/cue.h"
 #include "services/service.h"
 
 namespace korr::txsub {

@@ -1,7 +1,7 @@
 #include "txsub/output/srt_file.h"
 
-#include "txsub/output/cue_time.h"
-#include "txsub/output/text_layout.h"
+#include "cues/cue_time.h"
+#include "cues/text_layout.h"
 
 namespace korr::txsub {
 

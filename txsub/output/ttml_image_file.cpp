@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "txsub/output/language_tag.h"
+#include "cues/language_tag.h"
 #include "util/base64.h"
 
 namespace korr::txsub {

@@ -2,7 +2,7 @@
 
 #include <tinyxml.h>
 
-#include "txsub/output/cue_time.h"
+#include "cues/cue_time.h"
 
 namespace korr::txsub {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "timed_text/element_stack.h"
-#include "txsub/output/cue.h"
+#include "cues/cue.h"
 
 namespace korr::txsub {
 

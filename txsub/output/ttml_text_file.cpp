@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <string_view>
 
-#include "txsub/output/language_tag.h"
-#include "txsub/output/text_group.h"
+#include "cues/language_tag.h"
+#include "cues/text_group.h"
 
 namespace korr::txsub {
 

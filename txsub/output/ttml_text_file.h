@@ -6,7 +6,7 @@
 
 #include "txsub/output/output_file.h"
 #include "txsub/output/playable_file.h"
-#include "txsub/output/text_group.h"
+#include "cues/text_group.h"
 #include "txsub/output/ttml_markup.h"
 
 namespace korr::txsub {

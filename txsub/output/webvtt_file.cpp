@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "txsub/output/cue_time.h"
-#include "txsub/output/text_group.h"
+#include "cues/cue_time.h"
+#include "cues/text_group.h"
 
 namespace korr::txsub {
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "txsub/output/text_layout.h"
+#include "cues/text_layout.h"
 #include "txsub/preview/preview_template.h"
 #include "readers/record_format.h"
 #include "util/base64.h"

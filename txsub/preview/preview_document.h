@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "txsub/output/cue.h"
+#include "cues/cue.h"
 #include "txsub/output/output_file.h"
 #include "txsub/output/picture.h"
 #include "services/service.h"

@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "txsub/output/cue.h"
+#include "cues/cue.h"
 #include "txsub/output/sample_recorder.h"
-#include "txsub/output/subtitle_recorder.h"
+#include "cues/subtitle_recorder.h"
 #include "txsub/services/chain_host.h"
 #include "services/service.h"
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/txsub/browser.h"
-#include "tests/txsub/output/cue_builder.h"
+#include "tests/cues/cue_builder.h"
 #include "txsub/output/webvtt_file.h"
 #include "util/base64.h"
 

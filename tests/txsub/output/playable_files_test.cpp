@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/txsub/output/cue_builder.h"
-#include "txsub/output/cue_time.h"
+#include "tests/cues/cue_builder.h"
+#include "cues/cue_time.h"
 #include "txsub/output/srt_file.h"
 #include "txsub/output/webvtt_file.h"
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/txsub/output/cue_builder.h"
+#include "tests/cues/cue_builder.h"
 #include "timed_text/png_encoder.h"
 #include "util/base64.h"
 

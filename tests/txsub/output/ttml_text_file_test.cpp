@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/txsub/output/cue_builder.h"
+#include "tests/cues/cue_builder.h"
 #include "tests/txsub/output/ttml_rules.h"
-#include "txsub/output/language_tag.h"
+#include "cues/language_tag.h"
 
 namespace korr::txsub {
 namespace {

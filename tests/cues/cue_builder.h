@@ -8,7 +8,7 @@
 
 #include "model/subtitle.h"
 #include "tests/support/temporary_directory.h"
-#include "txsub/output/cue.h"
+#include "cues/cue.h"
 #include "txsub/output/playable_file.h"
 
 namespace korr::txsub {

@@ -1,4 +1,4 @@
-#include "txsub/output/text_group.h"
+#include "cues/text_group.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <string>
 
-#include "txsub/output/cue.h"
+#include "cues/cue.h"
 
 namespace korr::txsub {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "txsub/output/text_layout.h"
+#include "cues/text_layout.h"
 
 namespace korr::txsub {
 

@@ -6,7 +6,7 @@
 
 #include "model/interfaces.h"
 #include "model/output_sink.h"
-#include "txsub/output/cue.h"
+#include "cues/cue.h"
 
 namespace korr::txsub {
 

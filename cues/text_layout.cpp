@@ -1,4 +1,4 @@
-#include "txsub/output/text_layout.h"
+#include "cues/text_layout.h"
 
 #include <algorithm>
 #include <span>

@@ -1,4 +1,4 @@
-#include "txsub/output/language_tag.h"
+#include "cues/language_tag.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
-#include "txsub/output/subtitle_recorder.h"
+#include "cues/subtitle_recorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/txsub/output/cue_builder.h"
+#include "tests/cues/cue_builder.h"
 
 namespace korr::txsub {
 namespace {

@@ -1,4 +1,4 @@
-#include "txsub/output/subtitle_recorder.h"
+#include "cues/subtitle_recorder.h"
 
 #include <algorithm>
 #include <utility>
