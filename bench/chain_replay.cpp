@@ -5,7 +5,7 @@
 #include <string>
 
 #include "filter/host/recording.h"
-#include "txsub/output/sample_recorder.h"
+#include "files/sample_recorder.h"
 #include "txsub/services/chain_host.h"
 #include "txsub/services/service_session.h"
 

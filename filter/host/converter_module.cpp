@@ -6,7 +6,7 @@
 
 #include "filter/com_boundary.h"
 #include "sdk/include/TXSubtitleConverter.h"
-#include "txsub/output/output_file.h"
+#include "files/output_file.h"
 #include "util/exception.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {

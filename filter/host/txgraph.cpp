@@ -8,7 +8,7 @@
 #include "filter/host/graph_replay.h"
 #include "platform/terminal.h"
 #include "txsub/options/subcommand.h"
-#include "txsub/output/output_file.h"
+#include "files/output_file.h"
 #include "readers/record_format.h"
 
 namespace {

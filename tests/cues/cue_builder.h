@@ -9,7 +9,7 @@
 #include "model/subtitle.h"
 #include "tests/support/temporary_directory.h"
 #include "cues/cue.h"
-#include "txsub/output/playable_file.h"
+#include "files/playable_file.h"
 
 namespace korr::txsub {
 

@@ -7,9 +7,9 @@
 
 #include "txsub/commands/commands.h"
 #include "readers/open_input.h"
-#include "txsub/output/cue_track.h"
-#include "txsub/output/output_template.h"
-#include "txsub/preview/preview_document.h"
+#include "files/cue_track.h"
+#include "files/output_template.h"
+#include "files/preview/preview_document.h"
 #include "txsub/services/service_pass.h"
 #include "txsub/services/service_session.h"
 #include "txsub/services/session_statistics.h"

@@ -3,7 +3,7 @@
 #include "platform/terminal.h"
 #include "txsub/commands/commands.h"
 #include "readers/open_input.h"
-#include "txsub/output/output_file.h"
+#include "files/output_file.h"
 #include "readers/record_format.h"
 #include "services/service.h"
 

@@ -3,7 +3,7 @@
 
 #include "txsub/commands/commands.h"
 #include "readers/open_input.h"
-#include "txsub/preview/preview_document.h"
+#include "files/preview/preview_document.h"
 #include "txsub/services/service_pass.h"
 #include "txsub/services/service_session.h"
 

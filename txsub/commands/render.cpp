@@ -1,7 +1,7 @@
 #include "txsub/commands/commands.h"
 #include "readers/open_input.h"
-#include "txsub/output/cue_track.h"
-#include "txsub/render/frame_files.h"
+#include "files/cue_track.h"
+#include "files/frames/frame_files.h"
 #include "txsub/services/service_pass.h"
 #include "txsub/services/service_session.h"
 

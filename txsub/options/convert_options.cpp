@@ -4,8 +4,8 @@
 #include <map>
 
 #include "txsub/options/subcommand.h"
-#include "txsub/output/output_file.h"
-#include "txsub/output/output_template.h"
+#include "files/output_file.h"
+#include "files/output_template.h"
 
 namespace korr::txsub {
 

@@ -10,7 +10,7 @@
 #include "chain/chain_configuration.h"
 #include "model/modes.h"
 #include "txsub/console.h"
-#include "txsub/output/playable_file.h"
+#include "files/playable_file.h"
 #include "services/service.h"
 #include "util/exception.h"
 

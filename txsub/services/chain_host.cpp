@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "txsub/output/output_file.h"
+#include "files/output_file.h"
 
 namespace korr::txsub {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "cues/cue.h"
-#include "txsub/output/sample_recorder.h"
+#include "files/sample_recorder.h"
 #include "cues/subtitle_recorder.h"
 #include "txsub/services/chain_host.h"
 #include "services/service.h"

@@ -1,0 +1,70 @@
+#include "files/picture.h"
+
+#include <algorithm>
+#include <functional>
+#include <string_view>
+
+#include "util/exception.h"
+
+namespace korr::txsub {
+
+namespace {
+
+namespace ttml = encoding::subtitling::ttml;
+using encoding::subtitling::SubtitleBitmap;
+using ttml::RgbaImage;
+
+constexpr std::size_t kBytesPerPixel = 4;
+
+bool isVisible(const RgbaImage& image, std::uint32_t x, std::uint32_t y) {
+  return image.row(y)[x * kBytesPerPixel + 3] != 0;
+}
+
+// The image's part that `area` covers.
+RgbaImage crop(const RgbaImage& image, const PictureArea& area) {
+  const auto inArea = [&](std::uint32_t row) {
+    return std::clamp(row, area.y, area.y + area.height) - area.y;
+  };
+  return {.pixels = image.row(area.y) + area.x * kBytesPerPixel,
+          .width = area.width,
+          .height = area.height,
+          .stride = image.stride,
+          .paintedRows = {inArea(image.paintedRows.first), inArea(image.paintedRows.end)}};
+}
+
+}  // namespace
+
+std::optional<PictureArea> visibleArea(const SubtitleBitmap& bitmap) {
+  const RgbaImage image = ttml::imageOf(bitmap);
+  std::uint32_t left = image.width;
+  std::uint32_t right = 0;
+  std::uint32_t top = image.height;
+  std::uint32_t bottom = 0;
+  for (std::uint32_t y = image.paintedRows.first; y < image.paintedRows.end; ++y) {
+    std::uint32_t first = 0;
+    while (first < image.width && !isVisible(image, first, y)) ++first;
+    if (first == image.width) continue;
+    std::uint32_t end = image.width;
+    while (!isVisible(image, end - 1, y)) --end;
+    left = std::min(left, first);
+    right = std::max(right, end);
+    top = std::min(top, y);
+    bottom = y + 1;
+  }
+  if (left >= right) return std::nullopt;
+  return PictureArea{.x = left, .y = top, .width = right - left, .height = bottom - top};
+}
+
+PictureSet::Picture PictureSet::add(const SubtitleBitmap& bitmap, const PictureArea& area) {
+  auto png = encoder_->encode(crop(ttml::imageOf(bitmap), area));
+  if (!png) {
+    throw util::TessaryException("a picture of " + std::to_string(area.width) + " by " +
+                                 std::to_string(area.height) + " pixels cannot be made a PNG");
+  }
+  const std::string_view bytes = encoding::subtitling::asText(*png);
+  const Fingerprint fingerprint{bytes.size(), std::hash<std::string_view>{}(bytes)};
+  const auto [entry, isNew] = numbers_.try_emplace(fingerprint, numbers_.size() + 1);
+  return {.number = entry->second, .isNew = isNew, .png = std::move(*png)};
+}
+
+}  // namespace korr::txsub

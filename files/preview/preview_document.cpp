@@ -1,0 +1,136 @@
+#include "files/preview/preview_document.h"
+
+#include <string_view>
+
+#include "cues/text_layout.h"
+#include "files/preview/preview_template.h"
+#include "readers/record_format.h"
+#include "util/base64.h"
+
+namespace korr::txsub {
+
+namespace {
+
+using encoding::subtitling::SubtitleBitmap;
+using Json = nlohmann::ordered_json;
+
+double seconds(MediaTime time) {
+  return static_cast<double>(time / encoding::subtitling::kMillisecond) / 1000;
+}
+
+// A colour as style sheets have it; "rgb(0 0 0 / 60%)" where the picture shows through.
+std::string background(const TextSpan& span) {
+  if (span.backgroundAlpha == 0) return "transparent";
+  const std::string name = colourName(span.background);
+  if (span.backgroundAlpha == 0xFF) return name;
+  const int percent = span.backgroundAlpha * 100 / 0xFF;
+  return "color-mix(in srgb, " + name + " " + std::to_string(percent) + "%, transparent)";
+}
+
+Json jsonOf(const TextSpan& span) {
+  Json json{{"text", span.text},
+            {"colour", colourName(span.foreground)},
+            {"background", background(span)}};
+  if (span.italic) json["italic"] = true;
+  if (span.underline) json["underline"] = true;
+  return json;
+}
+
+Json contentOf(const TextScreen& screen) {
+  Json lines = Json::array();
+  for (const TextLine& line : screen.lines) {
+    Json spans = Json::array();
+    for (const TextSpan& span : line.spans) spans.push_back(jsonOf(span));
+    lines.push_back({{"left", screen.leftOf(line.column)},
+                     {"top", screen.topOf(line.row)},
+                     {"row", screen.rowHeight},
+                     {"cell", screen.columnWidth},
+                     {"height", line.height},
+                     {"spans", std::move(spans)}});
+  }
+  return {{"lines", std::move(lines)}};
+}
+
+// Where an area lies on the display, in percent.
+Json contentOf(const SubtitleBitmap& bitmap, const PictureArea& area, std::size_t picture) {
+  const auto percent = [](std::uint32_t part, std::uint32_t whole) { return part * 100.0 / whole; };
+  return {{"picture", picture},
+          {"left", percent(area.x, bitmap.width)},
+          {"top", percent(area.y, bitmap.height)},
+          {"width", percent(area.width, bitmap.width)},
+          {"height", percent(area.height, bitmap.height)}};
+}
+
+// Within a script element no '<' may stand as it is.
+std::string scriptText(const Json& json) {
+  const std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+  std::string escaped;
+  escaped.reserve(text.size());
+  for (const char c : text) {
+    if (c == '<') {
+      escaped += "\\u003c";
+    } else {
+      escaped += c;
+    }
+  }
+  return escaped;
+}
+
+}  // namespace
+
+void PreviewTrack::onCue(const Cue& cue) {
+  TimedContent timed{.start = cue.start, .stop = cue.stop, .content = {}};
+  if (const auto* bitmap = cue.subtitle->bitmap()) {
+    const auto area = visibleArea(*bitmap);
+    if (!area) return;
+    const auto picture = pictureSet_.add(*bitmap, *area);
+    if (picture.isNew) pictures_.push_back(util::encodeBase64(picture.png));
+    timed.content = contentOf(*bitmap, *area, picture.number - 1);
+  } else {
+    const auto screen = layOut(*cue.subtitle);
+    if (!screen || screen->lines.empty()) return;
+    timed.content = contentOf(*screen);
+  }
+  cues_.push_back(std::move(timed));
+}
+
+Json PreviewTrack::takeCues(MediaTime origin) {
+  const auto since = [origin](MediaTime time) { return time > origin ? time - origin : 0; };
+  Json cues = Json::array();
+  for (TimedContent& cue : cues_) {
+    Json json{{"start", seconds(since(cue.start))}, {"stop", seconds(since(cue.stop))}};
+    json.update(cue.content);
+    cues.push_back(std::move(json));
+  }
+  cues_.clear();
+  return cues;
+}
+
+std::string pageTitle(const std::string& input) {
+  return input == "-" ? "standard input" : utf8FromPath(pathFromUtf8(input).filename());
+}
+
+std::unique_ptr<PreviewTrack> PreviewDocument::makeTrack() {
+  return std::make_unique<PreviewTrack>(pictures_, pictureSet_);
+}
+
+void PreviewDocument::add(const Service& service, PreviewTrack& track, MediaTime origin) {
+  services_.push_back(
+      {{"name", displayName(service)},
+       {"pid", pidText(service.pid)},
+       {"kind", streamName(service.type)},
+       {"language", service.language + (service.hearingImpaired ? " (hearing impaired)" : "")},
+       {"cues", track.takeCues(origin)}});
+}
+
+void PreviewDocument::write(OutputFile& file, const std::string& title, MediaTime duration) const {
+  const Json data{{"input", title},
+                  {"duration", seconds(duration)},
+                  {"services", services_},
+                  {"pictures", pictures_}};
+  file.write(kPreviewBeforeData);
+  file.write(scriptText(data));
+  file.write(kPreviewAfterData);
+}
+
+}  // namespace korr::txsub

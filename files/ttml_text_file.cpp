@@ -1,0 +1,194 @@
+#include "files/ttml_text_file.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+
+#include "cues/language_tag.h"
+#include "cues/text_group.h"
+
+namespace korr::txsub {
+
+namespace {
+
+// A line is as high as the rows it covers; its glyphs take four fifths of that (EBU Tech 3380
+// recommends 125 %).
+constexpr double kLineHeight = 125;
+
+// Without ttp:cellResolution a font size of 100 % is a fifteenth of the picture's height.
+constexpr double kFullSize = 100.0 / 15;
+
+const char* hexOf(TextColour colour) {
+  switch (colour) {
+    case TextColour::White:
+      break;
+    case TextColour::Lime:
+      return "#00FF00";
+    case TextColour::Blue:
+      return "#0000FF";
+    case TextColour::Cyan:
+      return "#00FFFF";
+    case TextColour::Red:
+      return "#FF0000";
+    case TextColour::Yellow:
+      return "#FFFF00";
+    case TextColour::Magenta:
+      return "#FF00FF";
+    case TextColour::Black:
+      return "#000000";
+  }
+  return "#FFFFFF";
+}
+
+// Whether UTF-8 text holds Hebrew or Arabic letters: those of U+0580 to U+07FF, or the presentation
+// forms, which are all that teletext has from U+F000 on.
+bool isRightToLeft(std::string_view utf8) {
+  return std::ranges::any_of(utf8, [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte >= 0xD6 && byte <= 0xDF) || byte == 0xEF;
+  });
+}
+
+Attributes spanStyle(const TextSpan& span) {
+  char background[16];
+  std::snprintf(background, sizeof background, "%s%02X", hexOf(span.background),
+                static_cast<unsigned>(span.backgroundAlpha));
+  Attributes style = {{"tts:color", hexOf(span.foreground)}, {"tts:backgroundColor", background}};
+  if (span.italic) style.emplace_back("tts:fontStyle", "italic");
+  if (span.underline) style.emplace_back("tts:textDecoration", "underline");
+  if (isRightToLeft(span.text)) {
+    // Teletext sends letters as they stand on screen; they must not be turned around once more.
+    style.emplace_back("tts:direction", "ltr");
+    style.emplace_back("tts:unicodeBidi", "bidiOverride");
+  }
+  return style;
+}
+
+Attributes paragraphStyle(const TextScreen& screen, const TextGroup& group) {
+  const double lineHeight = group.lines.front().height * screen.rowHeight;
+  const double fontSize = lineHeight / kFullSize * 100 * 100 / kLineHeight;
+  return {{"tts:fontFamily", "proportionalSansSerif"},
+          {"tts:fontSize", decimal(fontSize) + "%"},
+          {"tts:lineHeight", decimal(kLineHeight) + "%"},
+          {"tts:textAlign", alignmentName(group.align)},
+          // One box behind all lines, a little wider than their text.
+          {"ebutts:linePadding", "0.5c"},
+          {"itts:fillLineGap", "true"}};
+}
+
+// From one line of a group to the next, an empty line for a gap of its height included.
+int lineBreaks(const TextLine& upper, const TextLine& lower) {
+  return std::max(1, (lower.row - upper.row) / upper.height);
+}
+
+// The rows of the group, and as much of their width as keeps its alignment where it is.
+Attributes regionOf(const TextScreen& screen, const TextGroup& group) {
+  const double top = screen.topOf(group.lines.front().row);
+  const double bottom =
+      std::min(100.0, screen.topOf(group.lines.back().row + group.lines.back().height));
+  const double anchor = screen.leftOf(group.column);
+  double left = screen.leftOf(0);
+  double right = 100 - left;
+  if (group.align == TextAlign::Start) left = anchor;
+  if (group.align == TextAlign::End) right = anchor;
+  if (group.align == TextAlign::Center) {
+    const double half = std::min(anchor - left, right - anchor);
+    left = anchor - half;
+    right = anchor + half;
+  }
+  return {{"tts:origin", decimal(left) + "% " + decimal(top) + "%"},
+          {"tts:extent", decimal(right - left) + "% " + decimal(bottom - top) + "%"},
+          // A line too wide for its region wraps away from the picture's edge.
+          {"tts:displayAlign", top + bottom > 100 ? "after" : "before"},
+          {"tts:overflow", "visible"}};
+}
+
+}  // namespace
+
+TtmlTextFile::TtmlTextFile(const PlayableRequest& request)
+    : file_(request.path), language_(languageTag(request.language)), isEbuTtD_(request.ebuTt) {
+}
+
+void TtmlTextFile::write(const Cue& cue) {
+  const auto screen = layOut(*cue.subtitle);
+  if (!screen) return;
+  const Attributes times = timesOf(cue);
+  // One font size per paragraph: it sets the height of its lines.
+  for (const TextGroup& group : groupsOf(*screen, GroupHeights::Equal)) {
+    writeParagraph(*screen, group, times);
+  }
+}
+
+void TtmlTextFile::writeParagraph(const TextScreen& screen, const TextGroup& group,
+                                  const Attributes& times) {
+  ElementStack stack;
+  {
+    const auto paragraph = stack.open("p");
+    stack.setAttribute("xml:id", "Subtitle" + std::to_string(++paragraphs_));
+    stack.setAttribute("region", regions_.idOf(regionOf(screen, group)));
+    stack.setAttribute("style", styles_.idOf(paragraphStyle(screen, group)));
+    setAttributes(stack, times);
+    writeLines(stack, group);
+  }
+  body_ += takeLine(stack, 3);
+}
+
+void TtmlTextFile::writeLines(ElementStack& paragraph, const TextGroup& group) {
+  const TextLine* previous = nullptr;
+  for (const TextLine& line : group.lines) {
+    for (int i = previous ? lineBreaks(*previous, line) : 0; i > 0; --i) {
+      const auto lineBreak = paragraph.open("br");
+    }
+    previous = &line;
+    for (const TextSpan& textSpan : line.spans) {
+      const auto span = paragraph.open("span");
+      paragraph.setAttribute("style", styles_.idOf(spanStyle(textSpan)));
+      paragraph.addText(textSpan.text);
+    }
+  }
+}
+
+void TtmlTextFile::finish() {
+  if (body_.empty()) {
+    // Even a document that shows nothing must have a style and a region.
+    styles_.idOf({{"tts:textAlign", "center"}});
+    regions_.idOf({{"tts:origin", "10% 10%"}, {"tts:extent", "80% 80%"}});
+  }
+  file_.write(kXmlDeclaration);
+  file_.write(
+      "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:tts=\"http://www.w3.org/ns/ttml#styling\""
+      " xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\" xmlns:ebutts=\"urn:ebu:tt:style\""
+      " xmlns:itts=\"http://www.w3.org/ns/ttml/profile/imsc1#styling\"");
+  if (isEbuTtD_) {
+    file_.write(" xmlns:ebuttm=\"urn:ebu:tt:metadata\"");
+  } else {
+    file_.write(" ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/text\"");
+  }
+  file_.write(" ttp:timeBase=\"media\" xml:space=\"preserve\" xml:lang=\"" + language_ + "\">\n");
+  file_.write(head());
+  if (!body_.empty()) {
+    file_.write("  <body>\n    <div>\n");
+    file_.write(body_);
+    file_.write("    </div>\n  </body>\n");
+  }
+  file_.write("</tt>\n");
+  file_.commit();
+}
+
+std::string TtmlTextFile::head() const {
+  std::string head = "  <head>\n";
+  if (isEbuTtD_) {
+    head +=
+        "    <metadata>\n"
+        "      <ebuttm:documentMetadata>\n"
+        "        <ebuttm:conformsToStandard>urn:ebu:tt:distribution:2018-04"
+        "</ebuttm:conformsToStandard>\n"
+        "      </ebuttm:documentMetadata>\n"
+        "    </metadata>\n";
+  }
+  head += "    <styling>\n" + styles_.lines(3) + "    </styling>\n";
+  head += "    <layout>\n" + regions_.lines(3) + "    </layout>\n";
+  return head + "  </head>\n";
+}
+
+}  // namespace korr::txsub
