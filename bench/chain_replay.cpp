@@ -6,8 +6,8 @@
 
 #include "filter/host/recording.h"
 #include "files/sample_recorder.h"
-#include "txsub/services/chain_host.h"
-#include "txsub/services/service_session.h"
+#include "sessions/chain_host.h"
+#include "sessions/service_session.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 #include "files/cue_track.h"
 #include "files/output_template.h"
 #include "files/preview/preview_document.h"
-#include "txsub/services/service_pass.h"
-#include "txsub/services/service_session.h"
-#include "txsub/services/session_statistics.h"
+#include "sessions/service_pass.h"
+#include "sessions/service_session.h"
+#include "sessions/session_statistics.h"
 
 namespace korr::txsub {
 

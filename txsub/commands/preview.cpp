@@ -4,8 +4,8 @@
 #include "txsub/commands/commands.h"
 #include "readers/open_input.h"
 #include "files/preview/preview_document.h"
-#include "txsub/services/service_pass.h"
-#include "txsub/services/service_session.h"
+#include "sessions/service_pass.h"
+#include "sessions/service_session.h"
 
 namespace korr::txsub {
 

@@ -7,8 +7,8 @@
 #include "cues/cue.h"
 #include "cues/cue_time.h"
 #include "readers/record_format.h"
-#include "txsub/services/service_pass.h"
-#include "txsub/services/service_session.h"
+#include "sessions/service_pass.h"
+#include "sessions/service_session.h"
 
 namespace korr::txsub {
 

@@ -2,8 +2,8 @@
 #include "readers/open_input.h"
 #include "files/cue_track.h"
 #include "files/frames/frame_files.h"
-#include "txsub/services/service_pass.h"
-#include "txsub/services/service_session.h"
+#include "sessions/service_pass.h"
+#include "sessions/service_session.h"
 
 namespace korr::txsub {
 

@@ -1,4 +1,4 @@
-#include "txsub/services/dvb_page_filter.h"
+#include "sessions/dvb_page_filter.h"
 
 #include "readers/dvb_data_field.h"
 

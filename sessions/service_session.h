@@ -7,7 +7,7 @@
 #include "cues/cue.h"
 #include "files/sample_recorder.h"
 #include "cues/subtitle_recorder.h"
-#include "txsub/services/chain_host.h"
+#include "sessions/chain_host.h"
 #include "services/service.h"
 
 namespace korr::txsub {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "services/service.h"
-#include "txsub/services/service_session.h"
+#include "sessions/service_session.h"
 
 namespace korr::txsub {
 

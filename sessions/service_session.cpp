@@ -1,9 +1,9 @@
-#include "txsub/services/service_session.h"
+#include "sessions/service_session.h"
 
 #include <algorithm>
 
 #include "chain/writer_factory.h"
-#include "txsub/services/dvb_page_filter.h"
+#include "sessions/dvb_page_filter.h"
 
 namespace korr::txsub {
 

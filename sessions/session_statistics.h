@@ -4,7 +4,7 @@
 #include <string>
 
 #include "model/modes.h"
-#include "txsub/services/service_session.h"
+#include "sessions/service_session.h"
 
 namespace korr::txsub {
 

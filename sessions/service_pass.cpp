@@ -1,4 +1,4 @@
-#include "txsub/services/service_pass.h"
+#include "sessions/service_pass.h"
 
 #include <algorithm>
 

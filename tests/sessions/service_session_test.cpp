@@ -1,4 +1,4 @@
-#include "txsub/services/service_session.h"
+#include "sessions/service_session.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "txsub/services/session_statistics.h"
+#include "sessions/session_statistics.h"
 
 #include <nlohmann/json.hpp>
 

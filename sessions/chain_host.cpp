@@ -1,4 +1,4 @@
-#include "txsub/services/chain_host.h"
+#include "sessions/chain_host.h"
 
 #include <exception>
 
