@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "burn/text_drawing.h"
-#include "closed_caption/closed_captions_renderer.h"
+#include "burn/closed_captions_renderer.h"
 #include "model/interfaces.h"
 
 namespace {

@@ -6,8 +6,8 @@
 
 #include "burn/bitmap_renderer.h"
 #include "burn/text_drawing.h"
-#include "closed_caption/closed_captions_renderer.h"
-#include "teletext/teletext_renderer.h"
+#include "burn/closed_captions_renderer.h"
+#include "burn/teletext_renderer.h"
 #include "util/exception.h"
 
 namespace korr::encoding::subtitling::burn {

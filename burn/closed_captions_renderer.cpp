@@ -1,4 +1,4 @@
-#include "closed_caption/closed_captions_renderer.h"
+#include "burn/closed_captions_renderer.h"
 
 #include <string>
 #include <utility>

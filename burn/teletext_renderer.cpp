@@ -1,4 +1,4 @@
-#include "teletext/teletext_renderer.h"
+#include "burn/teletext_renderer.h"
 
 #include <string>
 #include <utility>
