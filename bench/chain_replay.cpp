@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "filter/host/recording.h"
+#include "txgraph/recording.h"
 #include "files/sample_recorder.h"
 #include "sessions/chain_host.h"
 #include "sessions/service_session.h"

@@ -9,8 +9,8 @@
 #include <initializer_list>
 #include <thread>
 
-#include "filter/host/collecting_sink.h"
-#include "filter/host/push_source.h"
+#include "txgraph/collecting_sink.h"
+#include "txgraph/push_source.h"
 #include "filter/subtitle_converter.h"
 #include "tests/filter/recording_logger.h"
 

@@ -7,7 +7,7 @@
 #include <iterator>
 #include <sstream>
 
-#include "filter/host/graph_replay.h"
+#include "txgraph/graph_replay.h"
 #include "platform/png_decoder.h"
 #include "tests/filter/recording_logger.h"
 #include "txsub/options/options.h"

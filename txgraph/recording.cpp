@@ -1,4 +1,4 @@
-#include "filter/host/recording.h"
+#include "txgraph/recording.h"
 
 #include <algorithm>
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <map>
 
-#include "filter/host/graph_replay.h"
+#include "txgraph/graph_replay.h"
 #include "platform/terminal.h"
 #include "txsub/options/subcommand.h"
 #include "files/output_file.h"

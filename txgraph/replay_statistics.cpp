@@ -1,4 +1,4 @@
-#include "filter/host/replay_statistics.h"
+#include "txgraph/replay_statistics.h"
 
 #include <windows.h>
 

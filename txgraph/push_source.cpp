@@ -1,4 +1,4 @@
-#include "filter/host/push_source.h"
+#include "txgraph/push_source.h"
 
 #include <wrl/client.h>
 

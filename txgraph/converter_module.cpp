@@ -1,4 +1,4 @@
-#include "filter/host/converter_module.h"
+#include "txgraph/converter_module.h"
 
 #include <array>
 #include <cstdio>

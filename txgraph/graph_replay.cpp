@@ -1,10 +1,10 @@
-#include "filter/host/graph_replay.h"
+#include "txgraph/graph_replay.h"
 
 #include <qedit.h>
 #include <wrl/client.h>
 
-#include "filter/host/converter_module.h"
-#include "filter/host/push_source.h"
+#include "txgraph/converter_module.h"
+#include "txgraph/push_source.h"
 #include "filter/media_types.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {

@@ -1,4 +1,4 @@
-#include "filter/host/collecting_sink.h"
+#include "txgraph/collecting_sink.h"
 
 #include <wrl/client.h>
 

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "chain/chain_configuration.h"
-#include "filter/host/collecting_sink.h"
-#include "filter/host/recording.h"
-#include "filter/host/replay_statistics.h"
+#include "txgraph/collecting_sink.h"
+#include "txgraph/recording.h"
+#include "txgraph/replay_statistics.h"
 #include "sdk/include/TXSubtitleConverter.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "filter/host/recording.h"
+#include "txgraph/recording.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
 
