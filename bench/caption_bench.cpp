@@ -8,7 +8,7 @@
 
 #include "closed_caption/closed_caption_parser.h"
 #include "chain/conversion_chain.h"
-#include "samples/encoders/caption_builder.h"
+#include "testkit/encoders/caption_builder.h"
 
 namespace korr::encoding::subtitling {
 namespace {

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "bench/video_stream.h"
-#include "samples/encoders/caption_builder.h"
+#include "testkit/encoders/caption_builder.h"
 #include "samples/line21.h"
 
 namespace korr::bench {

@@ -5,8 +5,8 @@
 #include <random>
 #include <string>
 
-#include "samples/encoders/dvb_encoder.h"
-#include "samples/encoders/ts_builder.h"
+#include "testkit/encoders/dvb_encoder.h"
+#include "testkit/encoders/ts_builder.h"
 #include "samples/text_picture.h"
 
 namespace korr::bench {

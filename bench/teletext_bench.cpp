@@ -1,7 +1,7 @@
 // How fast teletext packets pass the parser: those of other magazines and pages, and those shown.
 #include <benchmark/benchmark.h>
 
-#include "samples/encoders/teletext_encoder.h"
+#include "testkit/encoders/teletext_encoder.h"
 #include "teletext/teletext_parser.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "bench/video_stream.h"
-#include "samples/encoders/teletext_encoder.h"
+#include "testkit/encoders/teletext_encoder.h"
 
 namespace korr::bench {
 namespace {

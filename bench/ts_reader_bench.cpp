@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <span>
 
-#include "samples/encoders/ts_builder.h"
-#include "samples/encoders/video_builder.h"
+#include "testkit/encoders/ts_builder.h"
+#include "testkit/encoders/video_builder.h"
 #include "readers/mpegts/ts_reader.h"
 
 namespace korr::txsub {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <random>
 
-#include "samples/encoders/video_builder.h"
+#include "testkit/encoders/video_builder.h"
 #include "readers/video/video_captions.h"
 
 namespace korr::txsub {

@@ -1,6 +1,6 @@
 #include "bench/video_stream.h"
 
-#include "samples/encoders/video_builder.h"
+#include "testkit/encoders/video_builder.h"
 
 namespace korr::bench {
 namespace {

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "samples/encoders/ts_builder.h"
+#include "testkit/encoders/ts_builder.h"
 
 namespace korr::bench {
 

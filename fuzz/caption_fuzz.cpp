@@ -6,7 +6,7 @@
 #include <span>
 
 #include "chain/conversion_chain.h"
-#include "tests/support/memory_item.h"
+#include "testkit/memory_item.h"
 
 namespace {
 

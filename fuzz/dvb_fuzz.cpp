@@ -4,7 +4,7 @@
 
 #include "dvb_subtitle/dvb_subtitle_parser.h"
 #include "dvb_subtitle/errors.h"
-#include "samples/encoders/dvb_encoder.h"
+#include "testkit/encoders/dvb_encoder.h"
 
 namespace {
 

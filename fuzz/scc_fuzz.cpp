@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <span>
 
-#include "tests/support/reader_support.h"
+#include "testkit/reader_support.h"
 #include "readers/scc_reader.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "samples/encoders/teletext_encoder.h"
+#include "testkit/encoders/teletext_encoder.h"
 #include "teletext/teletext_descriptor.h"
 #include "teletext/teletext_parser.h"
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <span>
 
-#include "samples/encoders/ts_builder.h"
-#include "tests/support/reader_support.h"
+#include "testkit/encoders/ts_builder.h"
+#include "testkit/reader_support.h"
 #include "readers/mpegts/ts_reader.h"
 
 namespace {

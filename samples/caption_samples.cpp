@@ -4,9 +4,9 @@
 #include <span>
 #include <string_view>
 
-#include "samples/encoders/caption_builder.h"
-#include "samples/encoders/ts_builder.h"
-#include "samples/encoders/video_builder.h"
+#include "testkit/encoders/caption_builder.h"
+#include "testkit/encoders/ts_builder.h"
+#include "testkit/encoders/video_builder.h"
 #include "samples/line21.h"
 
 namespace korr::samples {

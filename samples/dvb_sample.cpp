@@ -5,9 +5,9 @@
 #include <map>
 #include <string_view>
 
-#include "samples/encoders/bit_writer.h"
-#include "samples/encoders/dvb_encoder.h"
-#include "samples/encoders/ts_builder.h"
+#include "testkit/encoders/bit_writer.h"
+#include "testkit/encoders/dvb_encoder.h"
+#include "testkit/encoders/ts_builder.h"
 #include "samples/text_picture.h"
 
 namespace korr::samples {

@@ -7,7 +7,7 @@
 #include <deque>
 #include <vector>
 
-#include "samples/encoders/caption_builder.h"
+#include "testkit/encoders/caption_builder.h"
 
 namespace korr::samples {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "samples/encoders/teletext_encoder.h"
-#include "samples/encoders/ts_builder.h"
+#include "testkit/encoders/teletext_encoder.h"
+#include "testkit/encoders/ts_builder.h"
 #include "teletext/teletext_descriptor.h"
 
 namespace korr::samples {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "samples/encoders/dvb_encoder.h"
+#include "testkit/encoders/dvb_encoder.h"
 
 namespace korr::samples {
 

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "chain/parser_factory.h"
-#include "samples/encoders/caption_builder.h"
-#include "tests/support/memory_item.h"
-#include "tests/support/recording_sink.h"
+#include "testkit/encoders/caption_builder.h"
+#include "testkit/memory_item.h"
+#include "testkit/recording_sink.h"
 #include "util/exception.h"
 
 namespace korr::encoding::subtitling {

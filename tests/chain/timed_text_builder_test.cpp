@@ -7,7 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "tests/support/recording_sink.h"
+#include "testkit/recording_sink.h"
 
 namespace korr::encoding::subtitling {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "samples/encoders/caption_builder.h"
+#include "testkit/encoders/caption_builder.h"
 
 namespace korr::encoding::subtitling::closed_caption {
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "model/subtitle.h"
-#include "tests/support/temporary_directory.h"
+#include "testkit/temporary_directory.h"
 #include "cues/cue.h"
 #include "files/playable_file.h"
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "dvb_subtitle/segments.h"
-#include "samples/encoders/dvb_encoder.h"
+#include "testkit/encoders/dvb_encoder.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle {
 

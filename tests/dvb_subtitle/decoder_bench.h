@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "dvb_subtitle/dvb_subtitle_parser.h"
-#include "samples/encoders/dvb_encoder.h"
-#include "tests/support/reader_support.h"
+#include "testkit/encoders/dvb_encoder.h"
+#include "testkit/reader_support.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "samples/encoders/video_builder.h"
+#include "testkit/encoders/video_builder.h"
 #include "tests/dvb_subtitle/decoder_bench.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle {

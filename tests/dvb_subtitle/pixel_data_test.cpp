@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "dvb_subtitle/code_string.h"
-#include "samples/encoders/bit_writer.h"
+#include "testkit/encoders/bit_writer.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle {
 

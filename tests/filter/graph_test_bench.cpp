@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "samples/encoders/caption_builder.h"
+#include "testkit/encoders/caption_builder.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 

@@ -6,7 +6,7 @@
 
 #include "framing/nal_builder_raw.h"
 #include "framing/nal_builder_teletext.h"
-#include "tests/support/memory_item.h"
+#include "testkit/memory_item.h"
 
 namespace korr::encoding::packaging::lib_parse_es {
 namespace {

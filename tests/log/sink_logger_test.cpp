@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "log/syslog_sink.h"
-#include "tests/support/temporary_directory.h"
+#include "testkit/temporary_directory.h"
 
 namespace korr::log {
 namespace {

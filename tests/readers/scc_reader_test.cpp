@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/reader_support.h"
+#include "testkit/reader_support.h"
 
 namespace korr::txsub {
 namespace {

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "samples/encoders/teletext_encoder.h"
+#include "testkit/encoders/teletext_encoder.h"
 #include "services/service.h"
 #include "services/teletext_services.h"
 

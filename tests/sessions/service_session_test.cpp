@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "samples/encoders/dvb_encoder.h"
-#include "samples/encoders/teletext_encoder.h"
+#include "testkit/encoders/dvb_encoder.h"
+#include "testkit/encoders/teletext_encoder.h"
 
 namespace korr::txsub {
 namespace {

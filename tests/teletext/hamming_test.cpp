@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "samples/encoders/teletext_encoder.h"
+#include "testkit/encoders/teletext_encoder.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "samples/encoders/teletext_encoder.h"
+#include "testkit/encoders/teletext_encoder.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
-#include "samples/encoders/dvb_encoder.h"
-#include "samples/encoders/ts_builder.h"
+#include "testkit/encoders/dvb_encoder.h"
+#include "testkit/encoders/ts_builder.h"
 #include "tests/txsub/program_runner.h"
 
 namespace korr::txsub {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/temporary_directory.h"
+#include "testkit/temporary_directory.h"
 
 namespace korr::txsub {
 

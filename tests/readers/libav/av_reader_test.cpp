@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "platform/module_loader.h"
-#include "samples/encoders/video_builder.h"
-#include "tests/support/reader_support.h"
-#include "tests/support/temporary_directory.h"
+#include "testkit/encoders/video_builder.h"
+#include "testkit/reader_support.h"
+#include "testkit/temporary_directory.h"
 #include "readers/libav/av_module.h"
 
 extern "C" {

@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "samples/encoders/dvb_encoder.h"
-#include "samples/encoders/ts_builder.h"
-#include "samples/encoders/video_builder.h"
-#include "tests/support/reader_support.h"
+#include "testkit/encoders/dvb_encoder.h"
+#include "testkit/encoders/ts_builder.h"
+#include "testkit/encoders/video_builder.h"
+#include "testkit/reader_support.h"
 #include "readers/mpegts/dvb_text.h"
 
 namespace korr::txsub {

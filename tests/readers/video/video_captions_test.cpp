@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "samples/encoders/video_builder.h"
-#include "tests/support/reader_support.h"
+#include "testkit/encoders/video_builder.h"
+#include "testkit/reader_support.h"
 #include "readers/video/start_code.h"
 
 namespace korr::txsub {

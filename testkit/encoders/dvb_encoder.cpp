@@ -1,8 +1,8 @@
-#include "samples/encoders/dvb_encoder.h"
+#include "testkit/encoders/dvb_encoder.h"
 
 #include <algorithm>
 
-#include "samples/encoders/bit_writer.h"
+#include "testkit/encoders/bit_writer.h"
 
 namespace korr::encoders {
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "samples/encoders/ts_builder.h"
+#include "testkit/encoders/ts_builder.h"
 
 namespace korr::encoders {
 

@@ -1,6 +1,6 @@
-#include "samples/encoders/still_video.h"
+#include "testkit/encoders/still_video.h"
 
-#include "samples/encoders/bit_writer.h"
+#include "testkit/encoders/bit_writer.h"
 
 namespace korr::encoders::still {
 namespace {

@@ -1,11 +1,11 @@
-#include "samples/encoders/ts_builder.h"
+#include "testkit/encoders/ts_builder.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 #include <utility>
 
-#include "samples/encoders/bit_writer.h"
+#include "testkit/encoders/bit_writer.h"
 
 namespace korr::encoders {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/support/temporary_directory.h"
+#include "testkit/temporary_directory.h"
 
 #include <algorithm>
 #include <filesystem>

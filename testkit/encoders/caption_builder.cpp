@@ -1,4 +1,4 @@
-#include "samples/encoders/caption_builder.h"
+#include "testkit/encoders/caption_builder.h"
 
 #include <bit>
 #include <utility>

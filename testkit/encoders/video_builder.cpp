@@ -1,10 +1,10 @@
-#include "samples/encoders/video_builder.h"
+#include "testkit/encoders/video_builder.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "samples/encoders/caption_builder.h"
-#include "samples/encoders/still_video.h"
+#include "testkit/encoders/caption_builder.h"
+#include "testkit/encoders/still_video.h"
 
 namespace korr::encoders {
 namespace {

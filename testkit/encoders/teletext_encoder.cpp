@@ -1,11 +1,11 @@
-#include "samples/encoders/teletext_encoder.h"
+#include "testkit/encoders/teletext_encoder.h"
 
 #include <algorithm>
 #include <bit>
 #include <optional>
 #include <stdexcept>
 
-#include "samples/encoders/bit_writer.h"
+#include "testkit/encoders/bit_writer.h"
 #include "teletext/hamming.h"
 
 namespace korr::encoders {
