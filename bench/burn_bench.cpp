@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "burn/text_drawing.h"
 #include "burn/closed_captions_renderer.h"
+#include "burn/text_drawing.h"
 #include "model/interfaces.h"
 
 namespace {

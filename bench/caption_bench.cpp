@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "closed_caption/closed_caption_parser.h"
 #include "chain/conversion_chain.h"
+#include "closed_caption/closed_caption_parser.h"
 #include "testkit/encoders/caption_builder.h"
 
 namespace korr::encoding::subtitling {

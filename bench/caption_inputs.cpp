@@ -3,8 +3,8 @@
 #include <array>
 
 #include "bench/video_stream.h"
-#include "testkit/encoders/caption_builder.h"
 #include "samples/line21.h"
+#include "testkit/encoders/caption_builder.h"
 
 namespace korr::bench {
 namespace {

@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <string>
 
-#include "txgraph/recording.h"
 #include "files/sample_recorder.h"
 #include "sessions/chain_host.h"
 #include "sessions/service_session.h"
+#include "txgraph/recording.h"
 
 namespace {
 

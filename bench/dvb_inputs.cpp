@@ -5,9 +5,9 @@
 #include <random>
 #include <string>
 
+#include "samples/text_picture.h"
 #include "testkit/encoders/dvb_encoder.h"
 #include "testkit/encoders/ts_builder.h"
-#include "samples/text_picture.h"
 
 namespace korr::bench {
 namespace {

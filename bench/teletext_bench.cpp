@@ -1,8 +1,8 @@
 // How fast teletext packets pass the parser: those of other magazines and pages, and those shown.
 #include <benchmark/benchmark.h>
 
-#include "testkit/encoders/teletext_encoder.h"
 #include "teletext/teletext_parser.h"
+#include "testkit/encoders/teletext_encoder.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext {
 namespace {

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <span>
 
+#include "readers/mpegts/ts_reader.h"
 #include "testkit/encoders/ts_builder.h"
 #include "testkit/encoders/video_builder.h"
-#include "readers/mpegts/ts_reader.h"
 
 namespace korr::txsub {
 namespace {

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <random>
 
-#include "testkit/encoders/video_builder.h"
 #include "readers/video/video_captions.h"
+#include "testkit/encoders/video_builder.h"
 
 namespace korr::txsub {
 namespace {

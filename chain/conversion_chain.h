@@ -5,11 +5,11 @@
 #include <functional>
 #include <memory>
 
-#include "model/modes.h"
-#include "model/output_sink.h"
 #include "chain/timed_text_builder.h"
 #include "framing/nal.h"
 #include "log/logger.h"
+#include "model/modes.h"
+#include "model/output_sink.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 

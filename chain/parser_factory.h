@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <memory>
 
+#include "log/logger.h"
 #include "model/interfaces.h"
 #include "model/modes.h"
-#include "log/logger.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 

@@ -5,9 +5,9 @@
 #include <memory>
 
 #include "chain/chain_counters.h"
+#include "framing/nal.h"
 #include "model/interfaces.h"
 #include "model/output_sink.h"
-#include "framing/nal.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 

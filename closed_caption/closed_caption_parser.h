@@ -3,8 +3,8 @@
 
 #include "closed_caption/caption_decoder.h"
 #include "closed_caption/cc_data.h"
-#include "model/interfaces.h"
 #include "log/logger.h"
+#include "model/interfaces.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 

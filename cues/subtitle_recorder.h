@@ -4,9 +4,9 @@
 #include <memory>
 #include <optional>
 
+#include "cues/cue.h"
 #include "model/interfaces.h"
 #include "model/output_sink.h"
-#include "cues/cue.h"
 
 namespace korr::txsub {
 

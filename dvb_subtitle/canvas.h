@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "model/pixel_buffer.h"
 #include "dvb_subtitle/clut.h"
+#include "model/pixel_buffer.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 

@@ -1,11 +1,11 @@
 // DVB subtitles: the parser of PES data fields.
 #pragma once
 
-#include "model/interfaces.h"
 #include "dvb_subtitle/dvb_subtitle_renderer.h"
 #include "dvb_subtitle/page_history.h"
 #include "dvb_subtitle/pes_data_field.h"
 #include "log/logger.h"
+#include "model/interfaces.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 

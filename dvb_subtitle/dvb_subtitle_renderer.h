@@ -7,13 +7,13 @@
 #include <span>
 #include <string>
 
-#include "model/media_time.h"
-#include "model/subtitle.h"
 #include "dvb_subtitle/page_painter.h"
 #include "dvb_subtitle/pixel_buffer_pool.h"
 #include "dvb_subtitle/region.h"
 #include "dvb_subtitle/segments.h"
 #include "log/logger.h"
+#include "model/media_time.h"
+#include "model/subtitle.h"
 #include "util/bit_reader.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "util/utf8_path.h"
 #include "util/exception.h"
+#include "util/utf8_path.h"
 
 namespace korr::txsub {
 

@@ -1,7 +1,7 @@
 #include "files/picture_files.h"
 
-#include "model/byte_buffer.h"
 #include "files/output_file.h"
+#include "model/byte_buffer.h"
 
 namespace korr::txsub {
 

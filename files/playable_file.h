@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "model/modes.h"
 #include "cues/cue.h"
+#include "model/modes.h"
 #include "services/service.h"
 
 namespace korr::txsub {

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "model/output_sink.h"
 #include "files/output_file.h"
+#include "model/output_sink.h"
 
 namespace korr::txsub {
 

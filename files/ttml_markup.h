@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "timed_text/element_stack.h"
 #include "cues/cue.h"
+#include "timed_text/element_stack.h"
 
 namespace korr::txsub {
 

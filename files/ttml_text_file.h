@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
+#include "cues/text_group.h"
 #include "files/output_file.h"
 #include "files/playable_file.h"
-#include "cues/text_group.h"
 #include "files/ttml_markup.h"
 
 namespace korr::txsub {

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <utility>
 
-#include "model/output_sink.h"
 #include "filter/output_pin.h"
+#include "model/output_sink.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 

@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <span>
 
-#include "testkit/reader_support.h"
 #include "readers/scc_reader.h"
+#include "testkit/reader_support.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <span>
 #include <vector>
 
-#include "testkit/encoders/teletext_encoder.h"
 #include "teletext/teletext_descriptor.h"
 #include "teletext/teletext_parser.h"
+#include "testkit/encoders/teletext_encoder.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <span>
 
+#include "readers/mpegts/ts_reader.h"
 #include "testkit/encoders/ts_builder.h"
 #include "testkit/reader_support.h"
-#include "readers/mpegts/ts_reader.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <system_error>
 
-#include "util/utf8_path.h"
 #include "util/exception.h"
+#include "util/utf8_path.h"
 
 namespace korr::txsub {
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "log/logger.h"
 #include "model/media_time.h"
 #include "model/modes.h"
-#include "log/logger.h"
 
 namespace korr::txsub {
 

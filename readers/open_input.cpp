@@ -5,11 +5,11 @@
 #include <string_view>
 
 #include "platform/module_loader.h"
-#include "readers/libav/av_module.h"
 #include "readers/byte_source.h"
+#include "readers/libav/av_module.h"
+#include "readers/mpegts/ts_reader.h"
 #include "readers/samples_reader.h"
 #include "readers/scc_reader.h"
-#include "readers/mpegts/ts_reader.h"
 #include "util/exception.h"
 
 namespace korr::txsub {

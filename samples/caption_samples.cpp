@@ -4,10 +4,10 @@
 #include <span>
 #include <string_view>
 
+#include "samples/line21.h"
 #include "testkit/encoders/caption_builder.h"
 #include "testkit/encoders/ts_builder.h"
 #include "testkit/encoders/video_builder.h"
-#include "samples/line21.h"
 
 namespace korr::samples {
 namespace {

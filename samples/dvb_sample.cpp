@@ -5,10 +5,10 @@
 #include <map>
 #include <string_view>
 
+#include "samples/text_picture.h"
 #include "testkit/encoders/bit_writer.h"
 #include "testkit/encoders/dvb_encoder.h"
 #include "testkit/encoders/ts_builder.h"
-#include "samples/text_picture.h"
 
 namespace korr::samples {
 namespace {

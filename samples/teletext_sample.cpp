@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "teletext/teletext_descriptor.h"
 #include "testkit/encoders/teletext_encoder.h"
 #include "testkit/encoders/ts_builder.h"
-#include "teletext/teletext_descriptor.h"
 
 namespace korr::samples {
 namespace {

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "chain/chain_configuration.h"
-#include "txsub/console.h"
 #include "readers/media_reader.h"
+#include "txsub/console.h"
 
 namespace korr::txsub {
 

@@ -5,10 +5,10 @@
 #include <string>
 
 #include "cues/cue.h"
-#include "files/sample_recorder.h"
 #include "cues/subtitle_recorder.h"
-#include "sessions/chain_host.h"
+#include "files/sample_recorder.h"
 #include "services/service.h"
+#include "sessions/chain_host.h"
 
 namespace korr::txsub {
 

@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "files/output_file.h"
 #include "filter/com_boundary.h"
 #include "sdk/include/TXSubtitleConverter.h"
-#include "files/output_file.h"
 #include "util/exception.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {

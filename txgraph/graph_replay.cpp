@@ -3,9 +3,9 @@
 #include <qedit.h>
 #include <wrl/client.h>
 
+#include "filter/media_types.h"
 #include "txgraph/converter_module.h"
 #include "txgraph/push_source.h"
-#include "filter/media_types.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
 

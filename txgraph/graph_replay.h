@@ -5,10 +5,10 @@
 #include <string>
 
 #include "chain/chain_configuration.h"
+#include "sdk/include/TXSubtitleConverter.h"
 #include "txgraph/collecting_sink.h"
 #include "txgraph/recording.h"
 #include "txgraph/replay_statistics.h"
-#include "sdk/include/TXSubtitleConverter.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {
 

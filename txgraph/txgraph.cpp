@@ -5,11 +5,11 @@
 #include <cstdio>
 #include <map>
 
-#include "txgraph/graph_replay.h"
-#include "platform/terminal.h"
-#include "txsub/options/subcommand.h"
 #include "files/output_file.h"
+#include "platform/terminal.h"
 #include "readers/record_format.h"
+#include "txgraph/graph_replay.h"
+#include "txsub/options/subcommand.h"
 
 namespace {
 

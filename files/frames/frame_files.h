@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
+#include "files/frames/subtitle_painter.h"
 #include "files/output_file.h"
 #include "files/playable_file.h"
-#include "files/frames/subtitle_painter.h"
 
 namespace korr::txsub {
 

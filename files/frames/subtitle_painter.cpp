@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "burn/bitmap_renderer.h"
-#include "burn/text_drawing.h"
 #include "burn/closed_captions_renderer.h"
-#include "model/interfaces.h"
 #include "burn/teletext_renderer.h"
+#include "burn/text_drawing.h"
+#include "model/interfaces.h"
 #include "util/exception.h"
 
 namespace korr::txsub {

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "readers/libav/av_log.h"
 #include "readers/caption_sample.h"
+#include "readers/libav/av_log.h"
 #include "readers/libav/container_samples.h"
 #include "readers/video/video_captions.h"
 

@@ -5,8 +5,8 @@
 #include <optional>
 #include <stdexcept>
 
-#include "testkit/encoders/bit_writer.h"
 #include "teletext/hamming.h"
+#include "testkit/encoders/bit_writer.h"
 
 namespace korr::encoders {
 namespace {

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "burn/bitmap_renderer.h"
-#include "burn/text_drawing.h"
 #include "burn/closed_captions_renderer.h"
 #include "burn/teletext_renderer.h"
+#include "burn/text_drawing.h"
 #include "util/exception.h"
 
 namespace korr::encoding::subtitling::burn {

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "model/subtitle.h"
-#include "testkit/temporary_directory.h"
 #include "cues/cue.h"
 #include "files/playable_file.h"
+#include "model/subtitle.h"
+#include "testkit/temporary_directory.h"
 
 namespace korr::txsub {
 

@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/cues/cue_builder.h"
 #include "cues/cue_time.h"
 #include "files/srt_file.h"
 #include "files/webvtt_file.h"
+#include "tests/cues/cue_builder.h"
 
 namespace korr::txsub {
 namespace {

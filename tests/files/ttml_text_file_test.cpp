@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "cues/language_tag.h"
 #include "tests/cues/cue_builder.h"
 #include "tests/files/ttml_rules.h"
-#include "cues/language_tag.h"
 
 namespace korr::txsub {
 namespace {

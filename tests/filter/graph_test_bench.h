@@ -9,10 +9,10 @@
 #include <initializer_list>
 #include <thread>
 
-#include "txgraph/collecting_sink.h"
-#include "txgraph/push_source.h"
 #include "filter/subtitle_converter.h"
 #include "tests/filter/recording_logger.h"
+#include "txgraph/collecting_sink.h"
+#include "txgraph/push_source.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 

@@ -7,11 +7,11 @@
 #include <iterator>
 #include <sstream>
 
-#include "txgraph/graph_replay.h"
 #include "platform/png_decoder.h"
-#include "tests/filter/recording_logger.h"
-#include "txsub/options/options.h"
 #include "readers/record_format.h"
+#include "tests/filter/recording_logger.h"
+#include "txgraph/graph_replay.h"
+#include "txsub/options/options.h"
 #include "util/base64.h"
 
 namespace korr::streaming::direct_show::host::inline v2_1 {

@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "testkit/encoders/teletext_encoder.h"
 #include "services/service.h"
 #include "services/teletext_services.h"
+#include "testkit/encoders/teletext_encoder.h"
 
 namespace korr::txsub {
 namespace {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "tests/txsub/browser.h"
-#include "tests/cues/cue_builder.h"
 #include "files/webvtt_file.h"
+#include "tests/cues/cue_builder.h"
+#include "tests/txsub/browser.h"
 #include "util/base64.h"
 
 namespace korr::txsub {

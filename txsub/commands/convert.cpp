@@ -5,14 +5,14 @@
 #include <system_error>
 #include <tuple>
 
-#include "txsub/commands/commands.h"
-#include "readers/open_input.h"
 #include "files/cue_track.h"
 #include "files/output_template.h"
 #include "files/preview/preview_document.h"
+#include "readers/open_input.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "sessions/session_statistics.h"
+#include "txsub/commands/commands.h"
 
 namespace korr::txsub {
 

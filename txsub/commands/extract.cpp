@@ -1,11 +1,11 @@
 #include <map>
 
-#include "platform/terminal.h"
-#include "txsub/commands/commands.h"
-#include "readers/open_input.h"
 #include "files/output_file.h"
+#include "platform/terminal.h"
+#include "readers/open_input.h"
 #include "readers/record_format.h"
 #include "services/service.h"
+#include "txsub/commands/commands.h"
 
 namespace korr::txsub {
 

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <map>
 
-#include "txsub/commands/commands.h"
-#include "readers/open_input.h"
 #include "files/preview/preview_document.h"
+#include "readers/open_input.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
+#include "txsub/commands/commands.h"
 
 namespace korr::txsub {
 

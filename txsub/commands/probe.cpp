@@ -2,13 +2,13 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "txsub/commands/commands.h"
-#include "readers/open_input.h"
 #include "cues/cue.h"
 #include "cues/cue_time.h"
+#include "readers/open_input.h"
 #include "readers/record_format.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
+#include "txsub/commands/commands.h"
 
 namespace korr::txsub {
 

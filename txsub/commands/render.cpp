@@ -1,9 +1,9 @@
-#include "txsub/commands/commands.h"
-#include "readers/open_input.h"
 #include "files/cue_track.h"
 #include "files/frames/frame_files.h"
+#include "readers/open_input.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
+#include "txsub/commands/commands.h"
 
 namespace korr::txsub {
 

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <map>
 
-#include "txsub/options/subcommand.h"
 #include "files/output_file.h"
 #include "files/output_template.h"
+#include "txsub/options/subcommand.h"
 
 namespace korr::txsub {
 

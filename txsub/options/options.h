@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "chain/chain_configuration.h"
-#include "model/modes.h"
-#include "txsub/console.h"
 #include "files/playable_file.h"
+#include "model/modes.h"
 #include "services/service.h"
+#include "txsub/console.h"
 #include "util/exception.h"
 
 namespace korr::txsub {

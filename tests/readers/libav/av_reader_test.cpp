@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "platform/module_loader.h"
+#include "readers/libav/av_module.h"
 #include "testkit/encoders/video_builder.h"
 #include "testkit/reader_support.h"
 #include "testkit/temporary_directory.h"
-#include "readers/libav/av_module.h"
 
 extern "C" {
 #include <libavformat/avformat.h>

@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "readers/mpegts/dvb_text.h"
 #include "testkit/encoders/dvb_encoder.h"
 #include "testkit/encoders/ts_builder.h"
 #include "testkit/encoders/video_builder.h"
 #include "testkit/reader_support.h"
-#include "readers/mpegts/dvb_text.h"
 
 namespace korr::txsub {
 namespace {

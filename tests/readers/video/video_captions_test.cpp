@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "readers/video/start_code.h"
 #include "testkit/encoders/video_builder.h"
 #include "testkit/reader_support.h"
-#include "readers/video/start_code.h"
 
 namespace korr::txsub {
 namespace {
