@@ -24,7 +24,12 @@ std::chrono::duration<double> replay(const streaming::direct_show::host::Recordi
   const auto start = Clock::now();
   txsub::SampleRecorder recorder;
   txsub::ChainHost host(configuration, recording.type, recording.format,
-                        {.sink = recorder, .makeWriter = {}, .console = console});
+                        {.makeChain =
+                             [&recorder](const auto& settings, log::ILogger* logger) {
+                               return std::make_unique<encoding::subtitling::ConversionChain>(
+                                   recorder, settings, logger);
+                             },
+                         .console = console});
   for (const auto& sample : recording.samples) host.push(sample, txsub::share(sample));
   recorder.endOfStream();
   const auto elapsed = Clock::now() - start;

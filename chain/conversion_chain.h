@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+#include "chain/chain.h"
 #include "chain/timed_text_builder.h"
 #include "framing/nal.h"
 #include "log/logger.h"
@@ -15,7 +16,7 @@ namespace korr::encoding::subtitling::inline v2_1 {
 
 /// The framer and the builder of one input: push samples into `framer()`, documents come out of the
 /// sink. Not thread-safe.
-class ConversionChain {
+class ConversionChain final : public IChain {
  public:
   struct Settings {
     SubtitleInputType inputType = SubtitleInputType::Teletext;
@@ -41,9 +42,12 @@ class ConversionChain {
   ConversionChain(const ConversionChain&) = delete;
   ConversionChain& operator=(const ConversionChain&) = delete;
 
-  packaging::lib_parse_es::NALBuilder& framer() { return *framer_; }
-  TimedTextBuilder& builder() { return *builder_; }
-  ChainCounters counters() const;
+  packaging::lib_parse_es::NALBuilder& framer() override { return *framer_; }
+
+  /// Does nothing: the document that is still pending is not delivered.
+  void finish(MediaTime) override {}
+
+  ChainCounters counters() const override;
 
  private:
   std::uint64_t droppedPages_ = 0;  // counted by the parser

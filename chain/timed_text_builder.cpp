@@ -7,82 +7,50 @@ namespace korr::encoding::subtitling::inline v2_1 {
 
 TimedTextBuilder::TimedTextBuilder(IOutputSink& sink, std::unique_ptr<ISubtitleParser> parser,
                                    std::unique_ptr<ISubtitleConverter> writer, Settings settings)
-    : settings_(settings), sink_(sink), parser_(std::move(parser)), writer_(std::move(writer)) {
+    : sink_(sink),
+      parser_(std::move(parser)),
+      writer_(std::move(writer)),
+      timeline_(*parser_, *this,
+                {.segmentDuration = settings.segmentDuration, .startsAfterZero = true}),
+      isInitialProbed_(!settings.isTtml) {
 }
 
-void TimedTextBuilder::onNal(packaging::lib_parse_es::UniqueNAL unit) {
-  const auto& payload = unit->payload;
-  ++counters_.units;
-  counters_.unitBytes += payload.size();
-  if (!unit->hasTime) {
-    ++counters_.untimedUnits;
-    return;
-  }
-  const MediaTime time = unit->startTime;
-  // Every unit counts as discontinuous, deliberately: a parser keeps nothing half-read across
-  // units.
-  parser_->parse(payload.empty() ? nullptr : payload.data(),
-                 static_cast<std::int64_t>(payload.size()), time, true);
-  const bool changed = parser_->hasChanged();
-
-  if (lastTime_ == 0) {
-    lastTime_ = time;
-    convertAt(time);
-    return;
-  }
-  const auto elapsed = static_cast<std::int64_t>(time - lastTime_);
-  if (elapsed <= 0) return;
-  if (!changed && elapsed < settings_.segmentDuration) return;
-
-  probeInitialDocument();
-  emitPending(time);
-  convertAt(time);
-}
-
-void TimedTextBuilder::flush(MediaTime end) {
-  if (lastTime_ != 0 && end > lastTime_) emitPending(end);
+ChainCounters TimedTextBuilder::counters() const {
+  ChainCounters sum = timeline_.counters();
+  sum += delivered_;
+  return sum;
 }
 
 // Makes the next pending document; when the writer throws, the old one stays.
-void TimedTextBuilder::convertAt(MediaTime time) {
+void TimedTextBuilder::take(MediaTime time) {
+  isProbeDue_ = !isInitialProbed_;
   ByteBuffer next;
   writer_->convert(next, time);
   pending_ = std::move(next);
 }
 
-// The writer's initial document is asked for until it first yields bytes; they are not delivered.
-void TimedTextBuilder::probeInitialDocument() {
-  if (!settings_.isTtml || headerProbed_) return;
-  ByteBuffer probe;
-  writer_->initialDocument(probe);
-  headerProbed_ = !probe.empty();
+void TimedTextBuilder::onShown(MediaTime start, MediaTime stop) {
+  if (isProbeDue_) probeInitialDocument();
+  deliver(start, stop);
 }
 
-// Delivers the pending document over [lastTime_, end), once per segment.
-void TimedTextBuilder::emitPending(MediaTime end) {
-  const auto segment = static_cast<MediaTime>(settings_.segmentDuration);
-  if (const MediaTime step = end - lastTime_; step > kDay) {
-    // A break in time, not an interval to fill: one segment, then on from the new time.
-    deliver(lastTime_, lastTime_ + (segment != 0 ? std::min(segment, step) : kDay));
-    lastTime_ = end;
-    return;
-  }
-  while (lastTime_ != end) {
-    const MediaTime rest = end - lastTime_;
-    const MediaTime stop = lastTime_ + (segment != 0 ? std::min(segment, rest) : rest);
-    deliver(lastTime_, stop);
-    lastTime_ = stop;
-  }
+// The writer's initial document is asked for, once for all segments of an interval, until it first
+// yields bytes; they are not delivered.
+void TimedTextBuilder::probeInitialDocument() {
+  ByteBuffer probe;
+  writer_->initialDocument(probe);
+  isInitialProbed_ = !probe.empty();
+  isProbeDue_ = false;
 }
 
 // Cuts the pending document into as many output buffers as it needs; an empty one still takes one.
 void TimedTextBuilder::deliver(MediaTime start, MediaTime stop) {
-  ++counters_.documents;
+  ++delivered_.documents;
   std::size_t offset = 0;
   do {
     auto buffer = sink_.getBuffer();
     if (!buffer) {
-      ++counters_.cutDocuments;
+      ++delivered_.cutDocuments;
       return;
     }
     const std::size_t length = std::min(pending_.size() - offset, buffer->capacity());
@@ -91,8 +59,8 @@ void TimedTextBuilder::deliver(MediaTime start, MediaTime stop) {
     buffer->setSyncPoint(offset == 0);
     buffer->setDiscontinuity(offset == 0);
     buffer->setTime(start, stop);
-    ++counters_.buffers;
-    counters_.documentBytes += length;
+    ++delivered_.buffers;
+    delivered_.documentBytes += length;
     sink_.deliver(std::move(buffer));
     offset += length;
     if (length == 0) return;

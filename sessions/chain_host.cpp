@@ -6,8 +6,6 @@
 
 namespace korr::txsub {
 
-using encoding::subtitling::ConversionChain;
-
 ChainHost::ChainHost(const ChainConfiguration& configuration, SubtitleInputType type,
                      FormatBlock format, Wiring wiring)
     : configuration_(configuration),
@@ -40,13 +38,11 @@ void ChainHost::noteTime(const InputSample& sample) {
   holdsUnit_ = true;
 }
 
-void ChainHost::completeUnit() {
+void ChainHost::finish(MediaTime end) {
+  if (!chain_) return;
   if (holdsUnit_) reporter_.setTime(unitTime_);
-  if (chain_) guarded([&] { chain_->framer().endOfStream(); });
-}
-
-void ChainHost::flush(MediaTime end) {
-  if (chain_) guarded([&] { chain_->builder().flush(end); });
+  guarded([&] { chain_->framer().endOfStream(); });
+  guarded([&] { chain_->finish(end); });
 }
 
 // The first block that comes with a sample rebuilds the chain even when it equals the stream's own:
@@ -71,12 +67,7 @@ HostCounters ChainHost::counters() const {
 void ChainHost::start() {
   const auto settings =
       encoding::subtitling::chainSettings(configuration_, type_, format_, &reporter_);
-  if (wiring_.makeWriter) {
-    chain_ =
-        std::make_unique<ConversionChain>(wiring_.sink, settings, &reporter_, wiring_.makeWriter);
-  } else {
-    chain_ = std::make_unique<ConversionChain>(wiring_.sink, settings, &reporter_);
-  }
+  chain_ = wiring_.makeChain(settings, &reporter_);
 }
 
 void ChainHost::Reporter::logV(log::Level level, const char* format, std::va_list arguments) {

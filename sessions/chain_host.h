@@ -35,10 +35,11 @@ using SharedSample = std::shared_ptr<const encoding::packaging::lib_parse_es::IM
 /// next sample goes on; what else a chain has to say goes there too, with its place.
 class ChainHost {
  public:
+  using Chain = encoding::subtitling::IChain;
+  using ChainSettings = encoding::subtitling::ConversionChain::Settings;
+
   struct Wiring {
-    encoding::subtitling::IOutputSink& sink;
-    /// The writer of each chain built; empty: the mode's own.
-    encoding::subtitling::ConversionChain::WriterFactory makeWriter;
+    std::function<std::unique_ptr<Chain>(const ChainSettings&, log::ILogger*)> makeChain;
     Console& console;
     std::uint32_t pid = 0;  ///< for messages; 0 when there is none
   };
@@ -49,11 +50,8 @@ class ChainHost {
 
   void push(const InputSample& sample, const SharedSample& shared);
 
-  /// Nothing follows: completes the unit in the framer.
-  void completeUnit();
-
-  /// Delivers the last document up to `end`; what the filter drops at its end.
-  void flush(MediaTime end);
+  /// The input has ended at `end`: completes the unit in the framer, then the chain.
+  void finish(MediaTime end);
 
   /// Of all chains so far.
   HostCounters counters() const;
@@ -88,7 +86,7 @@ class ChainHost {
   Reporter reporter_;
   bool holdsUnit_ = false;             // the framer does
   std::optional<MediaTime> unitTime_;  // of that unit
-  std::unique_ptr<encoding::subtitling::ConversionChain> chain_;
+  std::unique_ptr<Chain> chain_;
   HostCounters past_;  // without what the present chain has counted
 };
 

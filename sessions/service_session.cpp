@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "chain/display_chain.h"
 #include "chain/writer_factory.h"
 #include "sessions/dvb_page_filter.h"
 
@@ -12,6 +13,8 @@ namespace {
 using encoding::packaging::lib_parse_es::IMediaItem;
 using encoding::packaging::lib_parse_es::Result;
 using encoding::subtitling::ByteBuffer;
+using encoding::subtitling::ConversionChain;
+using encoding::subtitling::DisplayChain;
 using encoding::subtitling::ISubtitleContainer;
 using encoding::subtitling::ISubtitleConverter;
 
@@ -64,12 +67,19 @@ SharedSample share(const InputSample& sample) {
 CueSession::CueSession(const Service& service, const ChainConfiguration& configuration,
                        FormatBlock format, std::unique_ptr<ICueOutput> output, Console& console)
     : ServiceSession(service),
-      segment_(configuration.durationMs * encoding::subtitling::kMillisecond),
       output_(std::move(output)),
+      recorder_(*output_, configuration.durationMs * encoding::subtitling::kMillisecond),
       host_(configuration, service.type, std::move(format),
-            {.sink = recorder_,
-             .makeWriter =
-                 [this](ISubtitleContainer& container) { return recorder_.makeWriter(container); },
+            {.makeChain =
+                 [this](const ChainHost::ChainSettings& settings, log::ILogger* logger) {
+                   return std::make_unique<DisplayChain>(
+                       recorder_,
+                       DisplayChain::Settings{.inputType = settings.inputType,
+                                              .page = settings.page,
+                                              .pageOption = settings.pageOption,
+                                              .durationMs = settings.durationMs},
+                       logger);
+                 },
              .console = console,
              .pid = service.pid}) {
 }
@@ -87,25 +97,21 @@ void CueSession::push(const InputSample& sample, const SharedSample& shared) {
   host_.push(adapted, share(adapted));
 }
 
-// The chain takes time 0 for "nothing yet" and would show nothing of what comes then. Nor does it
-// show a unit that is no later than the last, but a DVB display set may come in parts of one time.
+// The chain shows no unit that is no later than the last, but a DVB display set may come in parts
+// of one time.
 MediaTime CueSession::chainTimeOf(const InputSample& sample) {
   const MediaTime start = sample.times->start;
   const bool beginsPart = service().type == SubtitleInputType::DvbSubtitle && sample.sync;
-  if (!beginsPart) return std::max<MediaTime>(start, 1);
+  if (!beginsPart) return start;
   const bool isNew = start < partTime_ || start > chainTime_;
   partTime_ = start;
   chainTime_ = isNew ? start : chainTime_ + 1;
   return chainTime_;
 }
 
-// A picture stays until its page times out, wherever the recording ends. A text that comes with the
-// very last sample has no end of its own: it stays for a segment.
 void CueSession::endInput(MediaTime end) {
-  host_.completeUnit();
-  host_.flush(recorder_.pictureEnd().value_or(std::max(end, lastTime_)));
-  if (recorder_.isWaiting()) host_.flush(lastTime_ + segment_);
-  recorder_.finish();
+  host_.finish(end);
+  recorder_.finish(std::max(end, lastTime_));
 }
 
 // The mode's writer over a watched container.
@@ -132,10 +138,14 @@ SampleSession::SampleSession(const Service& service, const ChainConfiguration& c
       path_(std::move(path)),
       hasShown_(isCertain),
       host_(configuration, service.type, std::move(format),
-            {.sink = recorder_,
-             .makeWriter =
-                 [this, configuration](ISubtitleContainer& container) {
-                   return std::make_unique<WatchedWriter>(container, hasShown_, configuration);
+            {.makeChain =
+                 [this, configuration](const ChainHost::ChainSettings& settings,
+                                       log::ILogger* logger) {
+                   return std::make_unique<ConversionChain>(
+                       recorder_, settings, logger, [&](ISubtitleContainer& container) {
+                         return std::make_unique<WatchedWriter>(container, hasShown_,
+                                                                configuration);
+                       });
                  },
              .console = console,
              .pid = service.pid}) {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "cues/cue.h"
-#include "cues/subtitle_recorder.h"
+#include "cues/cue_recorder.h"
 #include "files/sample_recorder.h"
 #include "services/service.h"
 #include "sessions/chain_host.h"
@@ -74,12 +74,11 @@ class CueSession final : public ServiceSession {
   void openOutput() override { output_->open(); }
   MediaTime chainTimeOf(const InputSample& sample);
 
-  MediaTime segment_;
   MediaTime lastTime_ = 0;   // of the samples so far
   MediaTime partTime_ = 0;   // of the last DVB sample that began a unit
   MediaTime chainTime_ = 0;  // what the chain was told instead
   std::unique_ptr<ICueOutput> output_;
-  SubtitleRecorder recorder_{*output_};
+  CueRecorder recorder_;
   ChainHost host_;
 };
 
