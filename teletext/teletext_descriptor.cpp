@@ -1,5 +1,6 @@
 #include "teletext/teletext_descriptor.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -39,8 +40,8 @@ std::vector<TeletextPage> readTeletextPages(std::span<const std::uint8_t> descri
   std::vector<TeletextPage> pages;
   while (descriptors.size() >= 2) {
     const std::uint8_t tag = descriptors[0];
-    const std::size_t length = descriptors[1];
-    if (descriptors.size() < 2 + length) break;
+    // One that is cut at its end keeps its whole entries.
+    const std::size_t length = std::min<std::size_t>(descriptors[1], descriptors.size() - 2);
     if (tag == kTeletextDescriptor) readEntries(descriptors.subspan(2, length), pages);
     descriptors = descriptors.subspan(2 + length);
   }

@@ -22,7 +22,8 @@ struct TeletextPage {
   std::uint32_t page = 0;      ///< two hexadecimal digits
 };
 
-/// Reads the teletext descriptors among a stream's descriptors; damage ends the list.
+/// Reads the teletext descriptors among a stream's descriptors. Damage ends the list; a descriptor
+/// that is cut keeps its whole entries.
 std::vector<TeletextPage> readTeletextPages(std::span<const std::uint8_t> descriptors);
 
 /// Which page to show.

@@ -32,13 +32,16 @@ TEST(TeletextDescriptor, FollowTheLanguageOnThePageForItsAudience) {
   EXPECT_EQ(follow("eng", false, 0x888).follow, "") << "already there";
 }
 
-TEST(TeletextDescriptor, ReadUpToTheDamage) {
-  for (std::size_t size = 0; size < kDescriptors.size(); ++size) {
-    EXPECT_TRUE(readTeletextPages({kDescriptors.data(), size}).empty());
+TEST(TeletextDescriptor, KeepTheWholeEntriesBeforeTheDamage) {
+  constexpr std::size_t kBeforeEntries = 5;
+  for (std::size_t size = 0; size <= kDescriptors.size(); ++size) {
+    const std::size_t entries = size < kBeforeEntries ? 0 : (size - kBeforeEntries) / 5;
+    EXPECT_EQ(readTeletextPages({kDescriptors.data(), size}).size(), entries) << size;
   }
   auto twice = kDescriptors;
-  twice.insert(twice.end(), {0x56, 200, 'd', 'e', 'u', 0x10, 0x50});
-  EXPECT_EQ(readTeletextPages(twice).size(), 4u);
+  twice.insert(twice.end(), {0x56, 200, 'd', 'e', 'u', 0x10, 0x50, 'f', 'r'});
+  ASSERT_EQ(readTeletextPages(twice).size(), 5u);
+  EXPECT_EQ(readTeletextPages(twice).back().language, "deu");
 }
 
 }  // namespace
