@@ -21,10 +21,12 @@ constexpr Subset makeSubset(const char* const (&characters)[13]) {
   return subset;
 }
 
-// ASCII; a nation fills thirteen positions.
+// EN 300 706, table 35: Latin. ASCII but for two; a nation fills thirteen positions.
 constexpr Set kLatin = [] {
   Set set{};
   for (std::size_t i = 0; i < set.size(); ++i) set[i] = GlyphText(static_cast<char>(0x20 + i));
+  set[0x24 - 0x20] = GlyphText("¤");
+  set[0x7C - 0x20] = GlyphText("¦");
   set[0x7F - 0x20] = GlyphText("■");
   return set;
 }();
@@ -82,7 +84,7 @@ constexpr Set kArabic = makeSet({
 
 // EN 300 706, table 46: Hebrew.
 constexpr Set kHebrew = makeSet({
-    " ", "!", "\"", "#", "$", "%", "&", "'", "(", ")", "*", "+", ",", "-", ".", "/",  // 0x20
+    " ", "!", "\"", "£", "$", "%", "&", "'", "(", ")", "*", "+", ",", "-", ".", "/",  // 0x20
     "0", "1", "2", "3", "4", "5", "6", "7", "8", "9", ":", ";", "<", "=", ">", "?",  // 0x30
     "@", "A", "B", "C", "D", "E", "F", "G", "H", "I", "J", "K", "L", "M", "N", "O",  // 0x40
     "P", "Q", "R", "S", "T", "U", "V", "W", "X", "Y", "Z", "←", "½", "→", "↑", "#",  // 0x50
@@ -120,12 +122,12 @@ constexpr Set kGreekSupplement = makeSet({
     "c", "d", "f", "g", "j", "l", "q", "r", "s", "u", "v", "w", "y", "z", "Έ", "■",  // 0x70
 });
 
-// EN 300 706, table 45: Arabic supplementary, its digits and Latin letters.
+// EN 300 706, table 45: Arabic supplementary: more contextual forms, digits and Latin letters.
 constexpr Set kArabicSupplement = makeSet({
-    "", "", "", "", "", "", "", "", "", "", "", "", "", "", "", "",  // 0x20
-    "\u0660", "\u0661", "\u0662", "\u0663", "\u0664", "\u0665", "\u0666", "\u0667", "\u0668", "\u0669", "", "", "", "", "", "",  // 0x30
+    " ", "\u0639", "\uFEC9", "\uFE83", "\uFE85", "\uFE87", "\uFE8B", "\uFE89", "\uFB7C", "\uFB7D", "\uFB7A", "\uFB58", "\uFB59", "\uFB56", "\uFB6D", "\uFB8E",  // 0x20
+    "\u0660", "\u0661", "\u0662", "\u0663", "\u0664", "\u0665", "\u0666", "\u0667", "\u0668", "\u0669", "\uFECE", "\uFECD", "\uFEFC", "\uFEEC", "\uFEEA", "\uFEE9",  // 0x30
     "à", "A", "B", "C", "D", "E", "F", "G", "H", "I", "J", "K", "L", "M", "N", "O",  // 0x40
-    "P", "Q", "R", "S", "T", "U", "V", "W", "X", "Y", "Z", "ë", "ê", "ù", "î", "",  // 0x50
+    "P", "Q", "R", "S", "T", "U", "V", "W", "X", "Y", "Z", "ë", "ê", "ù", "î", "\uFECA",  // 0x50
     "é", "a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "l", "m", "n", "o",  // 0x60
     "p", "q", "r", "s", "t", "u", "v", "w", "x", "y", "z", "â", "ô", "û", "ç", " ",  // 0x70
 });
@@ -312,6 +314,12 @@ CharacterSet CharacterSet::of(std::uint32_t group, std::uint32_t option) {
   return options && option < options->size() ? (*options)[option] : kNone;
 }
 
+std::optional<CharacterSet> CharacterSet::designated(std::uint32_t code) {
+  const CharacterSet set = of(code >> 3, code & 7);
+  const bool isEmpty = set.g0_ == &kLatin && !set.national_;
+  return isEmpty ? std::nullopt : std::optional(set);
+}
+
 std::optional<GlyphText> CharacterSet::g0(std::uint8_t code) const {
   if (g0_ == &kLatin) {
     const auto position = kNationalCodes.find(static_cast<char>(code));
@@ -320,6 +328,10 @@ std::optional<GlyphText> CharacterSet::g0(std::uint8_t code) const {
       return (*national_)[position];
     }
   }
+  return characterOf(*g0_, code);
+}
+
+std::optional<GlyphText> CharacterSet::basicG0(std::uint8_t code) const {
   return characterOf(*g0_, code);
 }
 

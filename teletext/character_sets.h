@@ -26,8 +26,15 @@ class CharacterSet {
   /// in bit 2. Where the table is empty the national positions are not there.
   static CharacterSet of(std::uint32_t group, std::uint32_t option);
 
+  /// What seven bits of a packet designate (table 32): the group and, in the last three, the
+  /// option. Nothing where the table is empty.
+  static std::optional<CharacterSet> designated(std::uint32_t code);
+
   /// The G0 character of `code`, 0x20 to 0x7F; nothing when the set has none there.
   std::optional<GlyphText> g0(std::uint8_t code) const;
+
+  /// The same as if there were no national option: how packet 26 names letters (12.3.4).
+  std::optional<GlyphText> basicG0(std::uint8_t code) const;
 
   /// The same for G2.
   std::optional<GlyphText> g2(std::uint8_t code) const;

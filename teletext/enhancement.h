@@ -26,11 +26,16 @@ class Enhancements {
   std::optional<GlyphText> at(std::uint32_t row, std::uint32_t column) const;
 
  private:
-  void takeTriplet(std::uint32_t triplet, const CharacterSet& characters);
+  void takeTriplet(std::uint32_t triplet, const CharacterSet& page);
   void takeRowAddress(std::uint32_t address, std::uint32_t mode);
+  void missTriplet(std::uint32_t damaged);
+  void moveTo(std::uint32_t row);
 
-  std::map<std::uint32_t, GlyphText> glyphs_;  // by row * 64 + column
-  std::uint32_t activeRow_ = 0;
+  std::map<std::uint32_t, GlyphText> glyphs_;   // by row * 64 + column
+  std::optional<std::uint32_t> activeRow_ = 0;  // none: its address was lost
+  std::uint32_t lastColumn_ = 0;                // of the active row's triplets so far
+  bool hasMissedTriplet_ = false;               // in the active row
+  std::optional<CharacterSet> rowCharacters_;   // instead of the page's
   bool terminated_ = false;
 };
 

@@ -60,12 +60,23 @@ inline constexpr auto kCharacterCode = [] {
   return table;
 }();
 
+/// The bytes of a Hamming 24/18 triplet as one word; bit n - 1 is the n-th bit sent.
+constexpr std::uint32_t wordOfTriplet(std::span<const std::uint8_t, 3> raw) {
+  return static_cast<std::uint32_t>(reverseBits(raw[0]) | reverseBits(raw[1]) << 8 |
+                                    reverseBits(raw[2]) << 16);
+}
+
+/// The 18 data bits of a triplet's word as they are, D1 in bit 0: D1 is sent third, D2 to D4 fifth,
+/// D5 to D11 ninth, D12 to D18 seventeenth (EN 300 706, 8.3).
+constexpr std::uint32_t dataOfTriplet(std::uint32_t word) {
+  return (word >> 2 & 0x1) | (word >> 4 & 0x7) << 1 | (word >> 8 & 0x7F) << 4 |
+         (word >> 16 & 0x7F) << 11;
+}
+
 /// The 18 data bits of a Hamming 24/18 triplet of raw bytes, D1 in bit 0; one wrong bit is
 /// corrected, two give nothing (EN 300 706, 8.3).
 constexpr std::optional<std::uint32_t> decodeHamming2418(std::span<const std::uint8_t, 3> raw) {
-  // Bit n - 1 is the n-th bit sent.
-  std::uint32_t word = static_cast<std::uint32_t>(reverseBits(raw[0]) | reverseBits(raw[1]) << 8 |
-                                                  reverseBits(raw[2]) << 16);
+  std::uint32_t word = wordOfTriplet(raw);
   // Check i covers the positions, counted from 1, that have bit i set; all parities are odd.
   unsigned syndrome = 0;
   for (unsigned check = 0; check < 5; ++check) {
@@ -79,9 +90,7 @@ constexpr std::optional<std::uint32_t> decodeHamming2418(std::span<const std::ui
     if (isOddOverall || syndrome > 23) return std::nullopt;
     word ^= 1u << (syndrome - 1);
   }
-  // D1 is sent third, D2 to D4 fifth, D5 to D11 ninth, D12 to D18 seventeenth.
-  return (word >> 2 & 0x1) | (word >> 4 & 0x7) << 1 | (word >> 8 & 0x7F) << 4 |
-         (word >> 16 & 0x7F) << 11;
+  return dataOfTriplet(word);
 }
 
 }  // namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1

@@ -64,6 +64,10 @@ TEST(CharacterSets, HaveTheLettersOfEveryGroupAndOption) {
       const auto national = kNational.find({group, option});
       EXPECT_EQ(textOf(set, kNationalCodes), national == kNational.end() ? "" : national->second);
       EXPECT_EQ(textOf(set, "AZaz"), "AZaz");
+      EXPECT_EQ(textOf(set, kNationalCodes, &CharacterSet::basicG0), "#¤@[\\]^_`{¦}~")
+          << "table 35";
+      EXPECT_EQ(CharacterSet::designated(group << 3 | option).has_value(),
+                national != kNational.end());
     }
   }
 }
@@ -90,6 +94,9 @@ TEST(CharacterSets, HaveTheSecondSetsOfTheirScript) {
   EXPECT_EQ(g2Text(4, 4, "YZ[`pot"), "ŁłßDdZi");
   EXPECT_EQ(g2Text(6, 7, "YZ[no~"), "ΊΎΏΆΉΈ");
   EXPECT_EQ(g2Text(8, 7, "0189@{~"), "٠١٨٩àâç");
+  EXPECT_EQ(g2Text(8, 7, "!\"#$%&'()*+,-./"), "عﻉﺃﺅﺇﺋﺉﭼﭽﭺﭘﭙﭖﭭﮎ");
+  EXPECT_EQ(g2Text(10, 7, ":;<=>?_"), "ﻎﻍﻼﻬﻪﻩﻊ");
+  EXPECT_EQ(textOf(CharacterSet::of(10, 5), "\"#$"), "\"£$") << "Hebrew, table 46";
 }
 
 TEST(Diacritics, MakeTheLetterThatUnicodeHasOrAddTheMark) {

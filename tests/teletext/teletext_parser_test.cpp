@@ -157,6 +157,65 @@ TEST_F(TeletextParserTest, EnhancementsReplaceTheBoxedCellsOfLaterRows) {
       << "the next header ends them";
 }
 
+// EN 300 706, 12.3.4: packet 26 names letters of the basic set, or of one that it designates.
+TEST_F(TeletextParserTest, EnhancementsNameLettersWithoutTheNationalOption) {
+  constexpr TeletextHeader kGerman{.page = kPage, .nationalOption = 1};
+  const auto packet = enhancements(0, {TeletextTriplet::row(20),
+                                       {2, 0x10, '@'},
+                                       {3, 0x09, '['},
+                                       {4, 0x10, '{'},
+                                       {5, 0x08, 4 << 3 | 4},  // Russian
+                                       {5, 0x09, 'B'},
+                                       {6, 0x0F, '['},
+                                       {7, 0x08, 5 << 3},  // nothing: the page's own
+                                       {7, 0x0F, '['},
+                                       TeletextTriplet::row(21),
+                                       {2, 0x09, 'B'}});
+  EXPECT_EQ(
+      page({packet, rowPacket(kPage, 20, "\v\v@[{....\n\n"), rowPacket(kPage, 21, "\v\v.@\n\n")},
+           kGerman),
+      "20: 1/7/12 ' @[{Бß . '\n21: 1/7/12 ' B§ '\n");
+}
+
+// EN 300 706, 12.3.3, table 27.
+TEST_F(TeletextParserTest, EnhancementsFollowTheAddressesOfRows) {
+  const auto shownAfter = [this](const std::vector<TeletextTriplet>& triplets) {
+    return page({enhancements(0, triplets), rowPacket(kPage, 20, "\v\va\n\n"),
+                 rowPacket(kPage, 21, "\v\va\n\n")});
+  };
+  const TeletextTriplet letter{2, 0x0F, 'q'};
+  const auto row20 = TeletextTriplet::row(20);
+  EXPECT_EQ(shownAfter({row20, {61, 0x01, 0}, letter}), "20: 1/7/12 ' a '\n21: 1/7/12 ' æ '\n")
+      << "a full row colour moves";
+  EXPECT_EQ(shownAfter({row20, {63, 0x07, 0}, letter}), "20: 1/7/12 ' a '\n21: 1/7/12 ' a '\n");
+  EXPECT_EQ(shownAfter({row20, {62, 0x07, 0}, letter}), "20: 1/7/12 ' æ '\n21: 1/7/12 ' a '\n")
+      << "row 0 has one address";
+  for (const std::uint32_t definition : {0x15u, 0x16u, 0x17u}) {
+    EXPECT_EQ(shownAfter({row20, {40, definition, 0}, letter}),
+              "20: 1/7/12 ' a '\n21: 1/7/12 ' a '\n")
+        << "an object's letters are not the page's";
+  }
+  EXPECT_EQ(shownAfter({row20, {40, 0x14, 0}, letter}), "20: 1/7/12 ' æ '\n21: 1/7/12 ' a '\n");
+}
+
+TEST_F(TeletextParserTest, EnhancementsOfARowWhoseAddressIsLostAreIgnored) {
+  constexpr std::size_t kTriplet = 3;
+  const auto shownAfter = [&](std::size_t byte, std::uint8_t wrongBits, std::uint32_t column) {
+    auto packet = enhancements(0, {TeletextTriplet::row(20),
+                                   {3, 0x0F, 'q'},
+                                   TeletextTriplet::row(21),
+                                   {column, 0x0F, 'y'},
+                                   TeletextTriplet::row(22),
+                                   {2, 0x0F, 'q'}});
+    packet[3 + 2 * kTriplet + byte] ^= wrongBits;
+    return page({packet, rowPacket(kPage, 20, "\v\vaaa\n\n"), rowPacket(kPage, 21, "\v\vaaa\n\n"),
+                 rowPacket(kPage, 22, "\v\va\n\n")});
+  };
+  const std::string_view lost = "20: 1/7/12 ' aæa '\n21: 1/7/12 ' aaa '\n22: 1/7/12 ' æ '\n";
+  EXPECT_EQ(shownAfter(2, 0x03, 4), lost) << "it still looks like a row's address";
+  EXPECT_EQ(shownAfter(1, 0xC0, 2), lost) << "it looks like a column's, but columns go back";
+}
+
 TEST_F(TeletextParserTest, EnhancementsSurviveDamageToOtherTriplets) {
   auto packet = enhancements(15, {TeletextTriplet::row(20), {2, 0x0F, 'q'}, {3, 0x0F, 'y'}});
   packet[3 + 3] ^= 0x03;  // two bits of the second
