@@ -2,11 +2,15 @@
 
 #include <span>
 
+#include "model/descriptors.h"
+
 namespace korr::txsub {
 
 namespace {
 
-constexpr std::uint8_t kSubtitlingDescriptor = 0x59;
+using encoding::subtitling::DescriptorTag;
+using encoding::subtitling::forEachDescriptor;
+
 constexpr std::size_t kEntrySize = 8;
 
 struct SubtitlingEntry {
@@ -22,22 +26,18 @@ std::uint16_t read16(std::span<const std::uint8_t> bytes) {
   return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
 }
 
-// EN 300 468, 6.2.41: subtitling_descriptor(); damage ends the list.
+// EN 300 468, 6.2.41: subtitling_descriptor().
 std::vector<SubtitlingEntry> readSubtitling(std::span<const std::uint8_t> descriptors) {
   std::vector<SubtitlingEntry> entries;
-  while (descriptors.size() >= 2) {
-    const std::uint8_t tag = descriptors[0];
-    const std::size_t length = descriptors[1];
-    if (descriptors.size() < 2 + length) break;
-    auto body = descriptors.subspan(2, tag == kSubtitlingDescriptor ? length : 0);
+  forEachDescriptor(descriptors, [&](DescriptorTag tag, std::span<const std::uint8_t> body) {
+    if (tag != DescriptorTag::Subtitling) return;
     for (; body.size() >= kEntrySize; body = body.subspan(kEntrySize)) {
       entries.push_back({.language = {body.begin(), body.begin() + 3},
                          .type = body[3],
                          .pages = {.composition = read16(body.subspan(4)),
                                    .ancillary = read16(body.subspan(6))}});
     }
-    descriptors = descriptors.subspan(2 + length);
-  }
+  });
   return entries;
 }
 

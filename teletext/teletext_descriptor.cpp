@@ -1,16 +1,15 @@
 #include "teletext/teletext_descriptor.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 
+#include "model/descriptors.h"
 #include "util/bit_reader.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 
 namespace {
 
-constexpr std::uint32_t kTeletextDescriptor = 0x56;
 constexpr std::size_t kEntrySize = 5;
 
 // EN 300 468, 6.2.43: teletext_descriptor().
@@ -38,13 +37,9 @@ std::string digits(const TeletextPage& page) {
 
 std::vector<TeletextPage> readTeletextPages(std::span<const std::uint8_t> descriptors) {
   std::vector<TeletextPage> pages;
-  while (descriptors.size() >= 2) {
-    const std::uint8_t tag = descriptors[0];
-    // One that is cut at its end keeps its whole entries.
-    const std::size_t length = std::min<std::size_t>(descriptors[1], descriptors.size() - 2);
-    if (tag == kTeletextDescriptor) readEntries(descriptors.subspan(2, length), pages);
-    descriptors = descriptors.subspan(2 + length);
-  }
+  forEachDescriptor(descriptors, [&](DescriptorTag tag, std::span<const std::uint8_t> body) {
+    if (tag == DescriptorTag::Teletext) readEntries(body, pages);
+  });
   return pages;
 }
 

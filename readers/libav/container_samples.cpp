@@ -4,12 +4,14 @@
 #include <array>
 #include <iterator>
 
+#include "model/descriptors.h"
 #include "readers/dvb_data_field.h"
 
 namespace korr::txsub {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+using encoding::subtitling::DescriptorTag;
 
 void append(Bytes& bytes, std::span<const std::uint8_t> more) {
   bytes.reserve(bytes.size() + more.size());
@@ -43,10 +45,10 @@ std::string_view takeLanguage(std::string_view& languages) {
   return language;
 }
 
-Bytes descriptor(std::uint8_t tag, const Bytes& body) {
+Bytes descriptor(DescriptorTag tag, const Bytes& body) {
   constexpr std::size_t kLongestBody = 255;
   if (body.empty() || body.size() > kLongestBody) return {};
-  Bytes bytes{tag, static_cast<std::uint8_t>(body.size())};
+  Bytes bytes{static_cast<std::uint8_t>(tag), static_cast<std::uint8_t>(body.size())};
   append(bytes, body);
   return bytes;
 }
@@ -91,7 +93,6 @@ std::vector<std::uint8_t> teletextDataField(std::span<const std::uint8_t> sample
 
 std::vector<std::uint8_t> subtitlingDescriptor(std::string_view language,
                                                std::span<const std::uint8_t> pages) {
-  constexpr std::uint8_t kTag = 0x59;
   constexpr std::uint8_t kNormalSubtitles = 0x10;
   constexpr std::size_t kPageIds = 4;
   if (pages.size() < kPageIds) return {};
@@ -99,18 +100,17 @@ std::vector<std::uint8_t> subtitlingDescriptor(std::string_view language,
   append(body, languageCode(language));
   body.push_back(pages.size() > kPageIds ? pages[kPageIds] : kNormalSubtitles);
   append(body, pages.first(kPageIds));
-  return descriptor(kTag, body);
+  return descriptor(DescriptorTag::Subtitling, body);
 }
 
 std::vector<std::uint8_t> teletextDescriptor(std::string_view languages,
                                              std::span<const std::uint8_t> pages) {
-  constexpr std::uint8_t kTag = 0x56;
   Bytes body;
   for (; pages.size() >= 2; pages = pages.subspan(2)) {
     append(body, languageCode(takeLanguage(languages)));
     append(body, pages.first(2));
   }
-  return descriptor(kTag, body);
+  return descriptor(DescriptorTag::Teletext, body);
 }
 
 }  // namespace korr::txsub

@@ -8,10 +8,13 @@
 #include <array>
 #include <utility>
 
+#include "model/descriptors.h"
 #include "readers/mpegts/dvb_text.h"
 
 namespace korr::txsub {
 namespace {
+
+using encoding::subtitling::DescriptorTag;
 
 constexpr std::array<std::uint16_t, 2> kWellKnownPids = {PAT_PID, SDT_PID};
 constexpr std::uint8_t kStuffingTableId = 0xFF;
@@ -61,7 +64,8 @@ std::optional<TsProgramMap> parseMap(std::vector<std::uint8_t>& section) {
 std::string nameIn(std::uint8_t* descriptors) {
   std::uint16_t number = 0;
   while (std::uint8_t* const descriptor = descs_get_desc(descriptors, number++)) {
-    if (desc_get_tag(descriptor) != 0x48 || !desc48_validate(descriptor)) continue;
+    const auto tag = static_cast<DescriptorTag>(desc_get_tag(descriptor));
+    if (tag != DescriptorTag::Service || !desc48_validate(descriptor)) continue;
     std::uint8_t size = 0;
     const std::uint8_t* const name = desc48_get_service(descriptor, &size);
     return dvbTextToUtf8({name, size});
