@@ -2,8 +2,8 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
+#include "readers/line_reader.h"
 #include "readers/media_reader.h"
 
 namespace korr::txsub {
@@ -17,7 +17,7 @@ class SamplesReader final : public IMediaReader {
 
   bool read(IReaderListener& listener) override;
   void unselect(std::uint32_t streamId) override;
-  ReadProgress progress() const override;
+  ReadProgress progress() const override { return lines_.progress(); }
   std::optional<MediaTime> startTime(std::uint32_t) const override { return startTime_; }
   std::optional<MediaTime> endTime(std::uint32_t) const override { return endTime_; }
 
@@ -25,20 +25,15 @@ class SamplesReader final : public IMediaReader {
   const StreamInfo& stream() const { return stream_; }
 
  private:
-  bool nextLine(std::string& line);
-  bool fillBuffer();
-  void readSample(const std::string& line, IReaderListener& listener);
+  void readHeader();
+  void readSample(const LineReader::Line& line, IReaderListener& listener);
   void noteTimes(const InputSample& sample);
 
-  std::unique_ptr<IByteSource> source_;
+  LineReader lines_;
   log::ILogger* logger_;
   StreamInfo stream_;
   bool isAnnounced_ = false;
   bool isWanted_ = false;
-  std::string buffer_;
-  std::size_t consumed_ = 0;  // bytes of buffer_ that are done with
-  std::uint64_t bytesRead_ = 0;
-  std::uint64_t lineNumber_ = 0;
   std::optional<MediaTime> startTime_;
   std::optional<MediaTime> endTime_;
 };

@@ -13,7 +13,6 @@
 namespace korr::txsub {
 namespace {
 
-constexpr std::size_t kReadBytes = 64 * 1024;
 constexpr std::size_t kLongestLine = 64 * 1024;  // over half an hour of pairs
 constexpr std::uint64_t kFramesPerSecond = 30;   // as the time code counts
 constexpr std::uint8_t kField1 = 0xFC;           // marker bits, cc_valid, cc_type 0
@@ -75,47 +74,27 @@ std::optional<std::uint64_t> frameOfTimeCode(std::string_view timeCode) {
 }
 
 SccReader::SccReader(std::unique_ptr<IByteSource> source, const ReaderOptions& options)
-    : source_(std::move(source)), logger_(options.logger) {
+    : lines_(std::move(source), kLongestLine, options.logger), logger_(options.logger) {
   stream_.id = stream_.pid = 1;
   stream_.type = SubtitleInputType::ClosedCaption;
 }
 
 bool SccReader::read(IReaderListener& listener) {
-  if (bytesRead_ == 0) wanted_ = listener.onStream(stream_);
-  const bool more = readBytes();
-  if (!more && !text_.empty()) text_ += '\n';
-
-  std::string_view rest = text_;
-  for (std::size_t end = rest.find('\n'); end != rest.npos; end = rest.find('\n')) {
-    ++lineNumber_;
-    if (!std::exchange(skipsLine_, false)) readLine(rest.substr(0, end), listener);
-    rest.remove_prefix(end + 1);
-  }
-  text_.erase(0, text_.size() - rest.size());
-  if (text_.size() > kLongestLine) skipLine();
-  if (!more && !headerSeen_) throw util::TessaryException("it is no SCC file: it is empty");
-  return more;
+  if (!std::exchange(isAnnounced_, true)) isWanted_ = listener.onStream(stream_);
+  const bool isMore = lines_.fill();
+  while (const auto line = lines_.take()) readLine(*line, listener);
+  if (!isMore && !isHeaderSeen_) throw util::TessaryException("it is no SCC file: it is empty");
+  return isMore;
 }
 
-void SccReader::skipLine() {
-  if (!headerSeen_) readHeader(text_);
-  if (!skipsLine_) {
-    log::write(logger_, log::Level::Warning,
-               "line %" PRIu64 ": longer than %zu bytes; the line is left out", lineNumber_ + 1,
-               kLongestLine);
-  }
-  skipsLine_ = true;
-  text_.clear();
-}
-
-bool SccReader::readBytes() {
-  const std::size_t before = text_.size();
-  text_.resize(before + kReadBytes);
-  auto* const buffer = reinterpret_cast<std::uint8_t*>(text_.data() + before);
-  const std::size_t count = source_->read(buffer, kReadBytes);
-  text_.resize(before + count);
-  bytesRead_ += count;
-  return count > 0;
+void SccReader::readLine(const LineReader::Line& line, IReaderListener& listener) {
+  lineNumber_ = line.number;
+  if (line.text.find_first_not_of(kBlanks) == line.text.npos && !line.isTooLong) return;
+  if (!isHeaderSeen_) return readHeader(line.text);
+  if (!line.isTooLong) return readPairs(line.text, listener);
+  log::write(logger_, log::Level::Warning,
+             "line %" PRIu64 ": longer than %zu bytes; the line is left out", lineNumber_,
+             kLongestLine);
 }
 
 void SccReader::readHeader(std::string_view line) {
@@ -125,13 +104,10 @@ void SccReader::readHeader(std::string_view line) {
     throw util::TessaryException("it is no SCC file: it does not begin with \"" +
                                  std::string(kHeader) + "\"");
   }
-  headerSeen_ = true;
+  isHeaderSeen_ = true;
 }
 
-void SccReader::readLine(std::string_view line, IReaderListener& listener) {
-  if (line.find_first_not_of(kBlanks) == line.npos) return;
-  if (!headerSeen_) return readHeader(line);
-
+void SccReader::readPairs(std::string_view line, IReaderListener& listener) {
   const std::string_view timeCode = takeWord(line);
   const auto frame = frameOfTimeCode(timeCode);
   if (!frame) return leaveOut(timeCode, "is no time code HH:MM:SS:FF or HH:MM:SS;FF");
@@ -159,7 +135,7 @@ void SccReader::sendLine(std::uint64_t frame, IReaderListener& listener) {
 
   const auto triplets = std::span<const std::uint8_t>(triplets_);
   for (std::size_t at = 0; at < triplets.size(); at += kTripletBytes, ++nextFrame_) {
-    if (!wanted_) continue;
+    if (!isWanted_) continue;
     listener.onSample(stream_, captionSample(triplets.subspan(at, kTripletBytes),
                                              timeOfFrame(nextFrame_), timeOfFrame(nextFrame_ + 1)));
   }
@@ -173,11 +149,7 @@ void SccReader::leaveOut(std::string_view word, const char* why) {
 }
 
 void SccReader::unselect(std::uint32_t streamId) {
-  if (streamId == stream_.id) wanted_ = false;
-}
-
-ReadProgress SccReader::progress() const {
-  return {bytesRead_, source_->size()};
+  if (streamId == stream_.id) isWanted_ = false;
 }
 
 std::optional<MediaTime> SccReader::startTime(std::uint32_t) const {

@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
+#include "readers/line_reader.h"
 #include "readers/media_reader.h"
 
 namespace korr::txsub {
@@ -33,27 +33,23 @@ class SccReader final : public IMediaReader {
 
   bool read(IReaderListener& listener) override;
   void unselect(std::uint32_t streamId) override;
-  ReadProgress progress() const override;
+  ReadProgress progress() const override { return lines_.progress(); }
   std::optional<MediaTime> startTime(std::uint32_t program) const override;
   std::optional<MediaTime> endTime(std::uint32_t program) const override;
 
  private:
-  bool readBytes();
+  void readLine(const LineReader::Line& line, IReaderListener& listener);
   void readHeader(std::string_view line);
-  void readLine(std::string_view line, IReaderListener& listener);
+  void readPairs(std::string_view line, IReaderListener& listener);
   void sendLine(std::uint64_t frame, IReaderListener& listener);
-  void skipLine();
   void leaveOut(std::string_view word, const char* why);
 
-  std::unique_ptr<IByteSource> source_;
+  LineReader lines_;
   log::ILogger* logger_;
   StreamInfo stream_;
-  bool wanted_ = true;
-
-  std::string text_;        // read, but not yet a whole line
-  bool skipsLine_ = false;  // what follows is the rest of a line too long
-  bool headerSeen_ = false;
-  std::uint64_t bytesRead_ = 0;
+  bool isAnnounced_ = false;
+  bool isWanted_ = true;
+  bool isHeaderSeen_ = false;
   std::uint64_t lineNumber_ = 0;
 
   std::vector<std::uint8_t> triplets_;       // of the current line
