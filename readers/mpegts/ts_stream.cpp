@@ -72,7 +72,7 @@ void TsSubtitleStream::finish() {
 void TsSubtitleStream::deliver(Bytes payload, std::optional<std::uint64_t> pts) {
   const TsTicks time = timeOf(pts);
   lastTime_ = time;
-  context_.time.noteSubtitle(time);
+  context_.time->noteSubtitle(time);
   sample_.data.assign(payload.begin(), payload.end());
   sample_.times = InputSample::Times{toMediaTime(time), toMediaTime(time)};
   sample_.sync = true;
@@ -81,7 +81,7 @@ void TsSubtitleStream::deliver(Bytes payload, std::optional<std::uint64_t> pts) 
 }
 
 TsTicks TsSubtitleStream::timeOf(std::optional<std::uint64_t> pts) {
-  const TsClock& clock = context_.time.clock;
+  const TsClock& clock = context_.time->clock;
   const auto time = clock_.placeSubtitle(pts, clock);
   const bool isReplaced = clock.now() && (!pts || !clock.place(*pts));
   if ((!time || isReplaced) && !std::exchange(isDoubtReported_, true)) {
@@ -137,8 +137,8 @@ void TsVideoStream::take(const TsPacket& packet, unsigned lost) {
 void TsVideoStream::beginPes(const PesHeader& header) {
   std::optional<MediaTime> time;
   if (header.pts) {
-    const TsTicks ticks = clock_.place(*header.pts, context_.time.clock);
-    context_.time.notePicture(ticks);
+    const TsTicks ticks = clock_.place(*header.pts, context_.time->clock);
+    context_.time->notePicture(ticks);
     time = toMediaTime(ticks);
   }
   captions_.beginPes(time);

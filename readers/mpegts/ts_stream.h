@@ -11,42 +11,16 @@
 #include "readers/mpegts/ts_clock.h"
 #include "readers/mpegts/ts_packet.h"
 #include "readers/mpegts/ts_pes.h"
+#include "readers/mpegts/ts_program_times.h"
 #include "readers/mpegts/ts_report.h"
 #include "readers/video/video_captions.h"
 
 namespace korr::txsub {
 
-/// What a stream holds for us.
-struct TsStreamKind {
-  SubtitleInputType type = SubtitleInputType::Teletext;
-  bool isVideo = false;
-  VideoCodec codec = VideoCodec::Mpeg2;  ///< of video
-
-  friend bool operator==(const TsStreamKind&, const TsStreamKind&) = default;
-};
-
-/// The clock of one program, and the times seen on its line.
-struct TsProgramTime {
-  TsClock clock;
-  std::optional<TsTicks> pictureStart;   ///< first of video and audio: where players begin
-  std::optional<TsTicks> subtitleStart;  ///< first of subtitles
-  std::optional<TsTicks> end;            ///< last of all
-
-  void notePicture(TsTicks time) {
-    pictureStart = std::min(pictureStart.value_or(time), time);
-    noteEnd(time);
-  }
-  void noteSubtitle(TsTicks time) {
-    subtitleStart = std::min(subtitleStart.value_or(time), time);
-    noteEnd(time);
-  }
-  void noteEnd(TsTicks time) { end = std::max(end.value_or(time), time); }
-};
-
 /// What a stream has around it.
 struct TsStreamContext {
   std::uint16_t pid = 0;
-  TsProgramTime& time;
+  TsProgramTime* time = nullptr;  ///< of its program; never null
   TsReport& report;
   log::ILogger* logger = nullptr;
   std::function<void(const InputSample&)> onSample;
@@ -62,6 +36,9 @@ class ITsStream {
 
   /// The stream ends: hands out what is held back.
   virtual void flush() = 0;
+
+  /// The stream belongs to another program from now on, as tables that came late tell.
+  virtual void setTime(TsProgramTime& time) = 0;
 };
 
 /// Teletext and DVB subtitles: a PES payload is a sample.
@@ -72,6 +49,7 @@ class TsSubtitleStream final : public ITsStream {
 
   void take(const TsPacket& packet, unsigned lost) override;
   void flush() override { finish(); }
+  void setTime(TsProgramTime& time) override { context_.time = &time; }
 
  private:
   void onLoss(unsigned lost);
@@ -97,6 +75,7 @@ class TsVideoStream final : public ITsStream {
 
   void take(const TsPacket& packet, unsigned lost) override;
   void flush() override { captions_.flush(); }
+  void setTime(TsProgramTime& time) override { context_.time = &time; }
 
  private:
   void beginPes(const PesHeader& header);

@@ -1,0 +1,33 @@
+// What a PID holds, as tables tell it or as its content does.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "readers/media_reader.h"
+#include "readers/mpegts/ts_pes.h"
+#include "readers/mpegts/ts_tables.h"
+#include "readers/video/video_syntax.h"
+
+namespace korr::txsub {
+
+/// What a stream holds for us.
+struct TsStreamKind {
+  SubtitleInputType type = SubtitleInputType::Teletext;
+  bool isVideo = false;
+  VideoCodec codec = VideoCodec::Mpeg2;  ///< of video
+
+  friend bool operator==(const TsStreamKind&, const TsStreamKind&) = default;
+};
+
+/// By stream_type and descriptors; nothing when they do not tell of anything for us.
+std::optional<TsStreamKind> kindOf(const TsStreamEntry& entry);
+
+/// By the first PES packet of a stream that no table describes.
+std::optional<TsStreamKind> kindOf(const PesHeader& header, std::span<const std::uint8_t> payload);
+
+/// Whether only the content tells what this is, when no descriptor does.
+bool isPrivate(const TsStreamEntry& entry);
+
+}  // namespace korr::txsub
