@@ -1,7 +1,6 @@
 #include "closed_caption/caption_decoder.h"
 
 #include <algorithm>
-#include <array>
 #include <tuple>
 #include <utility>
 
@@ -10,22 +9,6 @@
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 namespace {
-
-// Background, mid-row and preamble colours all count up in steps of two from white.
-CaptionColour colourOf(std::uint8_t code) {
-  return static_cast<CaptionColour>((code & 0x0F) / 2 + 1);
-}
-
-bool isOdd(std::uint8_t code) {
-  return (code & 1) != 0;
-}
-
-// Rows of the preamble address codes 0x10 to 0x17 (CEA-608, table 53); 0x60 and above name the row
-// below.
-std::int32_t preambleRow(BytePair pair) {
-  constexpr std::array<std::int32_t, 8> kRows = {11, 1, 3, 12, 14, 5, 7, 9};
-  return kRows[pair.b1 & 0x07] + (pair.b2 >= 0x60 ? 1 : 0);
-}
 
 // Everything but the column, which alone never makes a new style, deliberately.
 bool haveEqualStyles(const CaptionText::TextRun& left, const CaptionText::TextRun& right) {
@@ -156,19 +139,14 @@ void CaptionDecoder::carriageReturn() {
 // Opens a run on a row, which keeps what it holds (CEA-608 clears it), deliberately.
 void CaptionDecoder::executePreambleAddress(BytePair pair) {
   if (mode_ == CaptionMode::None || mode_ == CaptionMode::Text || !takeCell()) return;
-  const auto number = isRollUp(mode_) ? kBottomRow : preambleRow(pair);
-  currentRow_ = &rowAt(workingMemory_, number, mode_);
+  const PreambleAddress address = preambleAddress(pair);
+  currentRow_ = &rowAt(workingMemory_, isRollUp(mode_) ? kBottomRow : address.row, mode_);
 
   TextRun& run = currentRow_->runs.emplace_back();
-  const std::uint8_t attribute = pair.b2 & 0x1F;
-  if (attribute < 0x0E) {
-    run.foreground = colourOf(attribute);
-  } else if (attribute < 0x10) {
-    run.italic = true;
-  } else {
-    run.column = 4u * ((attribute - 0x10u) / 2);
-  }
-  run.underline = isOdd(attribute);
+  run.column = address.column;
+  run.foreground = address.foreground;
+  run.italic = address.italic;
+  run.underline = address.underline;
 }
 
 void CaptionDecoder::executeBackgroundAttribute(std::uint8_t b2) {

@@ -3,28 +3,25 @@
 #include "closed_caption/caption_codes.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
-namespace {
-
-constexpr std::uint8_t kParity = 0x80;
-constexpr std::uint8_t kFirstPrintable = 0x20;
-constexpr std::uint8_t kFirstControl = 0x10;
-constexpr std::uint8_t kSecondChannel = 0x08;
-
-}  // namespace
-
 CaptionService CaptionService::fromNumber(std::uint32_t service) {
   const auto before = static_cast<std::int32_t>(service - 1);
   return {static_cast<std::uint32_t>((before >> 1) + 1), service % 2 == 1 ? 1u : 2u};
 }
 
-std::optional<CaptionPair> CaptionPairSelector::select(std::span<const std::uint8_t, 3> triplet) {
+std::optional<BytePair> line21Pair(std::span<const std::uint8_t, 3> triplet, std::uint32_t field) {
   const bool isValid = (triplet[0] & 0x04) != 0;
   const std::uint32_t type = triplet[0] & 0x03;  // 0, 1: the fields; 2, 3: DTVCC
-  if (!isValid || type > 1 || type != service_.field - 1) return std::nullopt;
+  if (!isValid || type > 1 || type != field - 1) return std::nullopt;
+  return BytePair{triplet[1], triplet[2]};
+}
+
+std::optional<CaptionPair> CaptionPairSelector::select(std::span<const std::uint8_t, 3> triplet) {
+  const auto sent = line21Pair(triplet, service_.field);
+  if (!sent) return std::nullopt;
 
   // Parity is removed and never checked, deliberately.
-  const BytePair pair{static_cast<std::uint8_t>(triplet[1] & ~kParity),
-                      static_cast<std::uint8_t>(triplet[2] & ~kParity)};
+  const BytePair pair{static_cast<std::uint8_t>(sent->b1 & ~kParityBit),
+                      static_cast<std::uint8_t>(sent->b2 & ~kParityBit)};
   if (pair.b1 >= kFirstPrintable) {
     if (currentChannel_ != static_cast<std::int32_t>(service_.channel)) return std::nullopt;
     return CaptionPair{false, pair};

@@ -16,13 +16,25 @@ struct CaptionService {
   static CaptionService fromNumber(std::uint32_t service);
 };
 
-/// Two bytes of line 21 without their parity bits, 0x00 to 0x7F each.
+/// Two bytes of line 21; without their parity bits, 0x00 to 0x7F each, unless something else is
+/// said.
 struct BytePair {
   std::uint8_t b1 = 0;
   std::uint8_t b2 = 0;
 
   friend bool operator==(const BytePair&, const BytePair&) = default;
 };
+
+/// Bit 7 of each byte of line 21, which makes its number of ones odd (CEA-608, 5.3).
+inline constexpr std::uint8_t kParityBit = 0x80;
+
+inline constexpr std::uint8_t kFirstPrintable = 0x20;  ///< the lowest code of a character
+inline constexpr std::uint8_t kFirstControl = 0x10;    ///< the lowest first byte of a control code
+inline constexpr std::uint8_t kSecondChannel = 0x08;   ///< in it: the code is for data channel 2
+
+/// The pair of `field` (1 or 2) in a triplet (3 bytes; CEA-708, 4.4.1), with its parity bits;
+/// nothing when the triplet is not valid or holds something else.
+std::optional<BytePair> line21Pair(std::span<const std::uint8_t, 3> triplet, std::uint32_t field);
 
 /// What a pair asks of the decoder.
 struct CaptionPair {
