@@ -1,0 +1,72 @@
+#include "closed_caption/caption_display_decoder.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace korr::encoding::subtitling::closed_caption::inline v2 {
+namespace {
+
+constexpr std::size_t kTripletBytes = 3;
+constexpr MediaTime kReportInterval = 10 * kSecond;
+
+double seconds(MediaTime time) {
+  return static_cast<double>(time) / kSecond;
+}
+
+}  // namespace
+
+CaptionDisplayDecoder::CaptionDisplayDecoder(std::uint32_t service, IDisplayListener& listener,
+                                             log::ILogger* logger)
+    : number_(service),
+      service_(CaptionService::fromNumber(service)),
+      listener_(listener),
+      logger_(logger),
+      intake_(service_) {
+}
+
+void CaptionDisplayDecoder::decode(std::span<const std::uint8_t> unit, MediaTime time) {
+  time_ = std::max(time_, time);
+  eraseIfIdle(time_);
+  for (; unit.size() >= kTripletBytes; unit = unit.subspan(kTripletBytes)) {
+    const auto sent = line21Pair(unit.first<kTripletBytes>(), service_.field);
+    if (!sent) continue;
+    const auto pair = intake_.take(*sent, time_);
+    if (intake_.wasDamaged()) reportDamage(time_);
+    if (pair && receiver_.execute(*pair)) lastData_ = time_;
+  }
+  tell(time_);
+}
+
+void CaptionDisplayDecoder::finish(MediaTime end) {
+  time_ = std::max(time_, end);
+  eraseIfIdle(time_);
+  receiver_.eraseDisplayed();
+  tell(time_);
+}
+
+// The displayed memory only: what waits for its end of caption stays (CEA-608, C.9).
+void CaptionDisplayDecoder::eraseIfIdle(MediaTime time) {
+  if (shown_.rows.empty() || time - lastData_ < kErasureTime) return;
+  receiver_.eraseDisplayed();
+  tell(lastData_ + kErasureTime);
+}
+
+void CaptionDisplayDecoder::tell(MediaTime time) {
+  if (!receiver_.hasChanged()) return;
+  receiver_.clearChanged();
+  CaptionText text = receiver_.displayed().toText();
+  if (text == shown_) return;
+  shown_ = text;
+  listener_.onDisplay(time, Subtitle(std::move(text)));
+}
+
+void CaptionDisplayDecoder::reportDamage(MediaTime time) {
+  if (time < nextReport_) return;
+  nextReport_ = time + kReportInterval;
+  log::write(logger_, log::Level::Warning,
+             "captions CC%u: wrong parity at %.3f s; such characters are shown as solid blocks, "
+             "such codes are left out",
+             number_, seconds(time));
+}
+
+}  // namespace korr::encoding::subtitling::closed_caption::inline v2

@@ -1,0 +1,129 @@
+#include "closed_caption/caption_screen.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace korr::encoding::subtitling::closed_caption::inline v2 {
+
+void CaptionScreen::write(Place place, GlyphText glyph, const CaptionStyle& style,
+                          CaptionMode mode) {
+  put(place, {.glyph = glyph, .style = style, .isAttribute = false}, mode);
+}
+
+void CaptionScreen::writeAttribute(Place place, const CaptionStyle& style, CaptionMode mode) {
+  put(place, {.glyph = GlyphText(' '), .style = style, .isAttribute = true}, mode);
+}
+
+void CaptionScreen::put(Place place, const Cell& cell, CaptionMode mode) {
+  Row& target = row(place.row);
+  auto& cells = target.cells;
+  if (cells.empty()) target.mode = mode;
+  if (cells.size() <= place.column) cells.resize(place.column + 1);
+
+  // Whoever overwrites what gave the characters to the right their attributes, a mid-row code or
+  // the first character after a preamble, changes these too (CEA-608, C.7).
+  const bool beginsStyle =
+      cells[place.column].isAttribute || (!cells[place.column].isEmpty() && !styleBefore(place));
+  cells[place.column] = cell;
+  if (!beginsStyle) return;
+  for (auto next = cells.begin() + place.column + 1;
+       next != cells.end() && !next->isEmpty() && !next->isAttribute; ++next) {
+    next->style = cell.style;
+  }
+}
+
+void CaptionScreen::erase(Place place) {
+  auto& cells = row(place.row).cells;
+  if (place.column >= cells.size()) return;
+  cells[place.column] = {};
+  trim(row(place.row));
+}
+
+void CaptionScreen::eraseToEndOfRow(Place place) {
+  auto& cells = row(place.row).cells;
+  if (place.column >= cells.size()) return;
+  cells.resize(place.column);
+  trim(row(place.row));
+}
+
+void CaptionScreen::trim(Row& row) {
+  while (!row.cells.empty() && row.cells.back().isEmpty()) row.cells.pop_back();
+}
+
+void CaptionScreen::clear() {
+  for (Row& row : rows_) row.cells.clear();
+}
+
+void CaptionScreen::keepWindow(std::int32_t base, std::int32_t count) {
+  for (std::int32_t number = 1; number <= kRows; ++number) {
+    if (number > base || number <= base - count) row(number).cells.clear();
+  }
+}
+
+void CaptionScreen::shift(std::int32_t rows) {
+  // Rows change places, so that none gives up its memory.
+  const auto by = static_cast<std::ptrdiff_t>(rows < 0 ? kRows + rows : rows);
+  const auto gone = rows < 0 ? std::pair(kRows + rows, kRows) : std::pair(0, rows);
+  for (auto number = gone.first; number < gone.second; ++number) row(number + 1).cells.clear();
+  std::rotate(rows_.begin(), rows_.begin() + by, rows_.end());
+}
+
+const CaptionStyle* CaptionScreen::styleBefore(Place place) const {
+  const auto& cells = row(place.row).cells;
+  if (place.column == 0 || place.column > cells.size()) return nullptr;
+  const Cell& before = cells[place.column - 1];
+  return before.isEmpty() ? nullptr : &before.style;
+}
+
+const CaptionStyle* CaptionScreen::styleOnRow(Place place) const {
+  const auto& cells = row(place.row).cells;
+  for (auto column = std::min<std::size_t>(place.column, cells.size()); column > 0; --column) {
+    if (!cells[column - 1].isEmpty()) return &cells[column - 1].style;
+  }
+  return nullptr;
+}
+
+bool CaptionScreen::isEmpty() const {
+  return std::all_of(rows_.begin(), rows_.end(), [](const Row& row) { return row.cells.empty(); });
+}
+
+CaptionText CaptionScreen::toText() const {
+  CaptionText text;
+  for (std::int32_t number = 1; number <= kRows; ++number) {
+    const auto& cells = row(number).cells;
+    const bool isBlank = std::all_of(cells.begin(), cells.end(), [](const Cell& cell) {
+      return cell.isEmpty() || cell.glyph.view() == " ";
+    });
+    if (isBlank) continue;
+    text.rows.push_back({.runs = runsOf(row(number)), .mode = row(number).mode, .number = number});
+  }
+  return text;
+}
+
+std::vector<CaptionText::TextRun> CaptionScreen::runsOf(const Row& row) {
+  std::vector<CaptionText::TextRun> runs;
+  const auto& cells = row.cells;
+  for (std::size_t first = 0; first < cells.size();) {
+    if (cells[first].isEmpty()) {
+      ++first;
+      continue;
+    }
+    std::size_t end = first + 1;
+    while (end < cells.size() && !cells[end].isEmpty() && cells[end].style == cells[first].style) {
+      ++end;
+    }
+    const CaptionStyle& style = cells[first].style;
+    auto& run = runs.emplace_back();
+    run.column = static_cast<std::uint32_t>(first);
+    run.foreground = style.foreground;
+    run.background = style.background;
+    run.backgroundOpacity = style.backgroundOpacity;
+    run.underline = style.underline;
+    run.italic = style.italic;
+    run.glyphs.reserve(end - first);
+    for (; first < end; ++first) run.glyphs.push_back(cells[first].glyph);
+  }
+  return runs;
+}
+
+}  // namespace korr::encoding::subtitling::closed_caption::inline v2
