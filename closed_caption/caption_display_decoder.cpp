@@ -37,11 +37,13 @@ void CaptionDisplayDecoder::decode(std::span<const std::uint8_t> unit, MediaTime
   tell(time_);
 }
 
+// A caption of the very last unit is not cleared, or it would be gone at once: how long to show it
+// is the listener's to say.
 void CaptionDisplayDecoder::finish(MediaTime end) {
-  time_ = std::max(time_, end);
-  eraseIfIdle(time_);
+  eraseIfIdle(std::max(time_, end));
+  if (end <= time_) return;
   receiver_.eraseDisplayed();
-  tell(time_);
+  tell(end);
 }
 
 // The displayed memory only: what waits for its end of caption stays (CEA-608, C.9).

@@ -170,9 +170,10 @@ TextLine lineOf(const model::CaptionText::TextRow& row) {
   LineBuilder builder(row.number, first == row.runs.end() ? 0 : first->column, Blanks::AsTheyAre);
   for (auto run = first; run != row.runs.end(); ++run) {
     if (!isFilled(*run)) continue;
-    // The code that opens a run takes up a cell on screen (CEA-608, 4.2), and a preamble further
-    // right leaves a gap: either way its text is a word of its own.
+    // A preamble or a tab further right leaves a gap. Where the filter's rules put runs over each
+    // other, the code that opened a run takes up a cell at least: its text is a word of its own.
     const TextSpan style = styleOf(*run);
+    builder.skipTo(run->column);
     if (!builder.isEmpty() && !builder.endsBlank() && run->glyphs.front().view() != " ") {
       builder.addBlank();
     }
