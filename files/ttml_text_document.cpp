@@ -1,4 +1,4 @@
-#include "files/ttml_text_file.h"
+#include "files/ttml_text_document.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -105,11 +105,11 @@ Attributes regionOf(const TextScreen& screen, const TextGroup& group) {
 
 }  // namespace
 
-TtmlTextFile::TtmlTextFile(const PlayableRequest& request)
-    : file_(request.path), language_(languageTag(request.language)), isEbuTtD_(request.ebuTt) {
+TtmlTextDocument::TtmlTextDocument(std::string_view language, bool isEbuTtD)
+    : language_(languageTag(language)), isEbuTtD_(isEbuTtD) {
 }
 
-void TtmlTextFile::write(const Cue& cue) {
+void TtmlTextDocument::add(const Cue& cue) {
   const auto screen = layOut(*cue.subtitle);
   if (!screen) return;
   const Attributes times = timesOf(cue);
@@ -119,8 +119,8 @@ void TtmlTextFile::write(const Cue& cue) {
   }
 }
 
-void TtmlTextFile::writeParagraph(const TextScreen& screen, const TextGroup& group,
-                                  const Attributes& times) {
+void TtmlTextDocument::writeParagraph(const TextScreen& screen, const TextGroup& group,
+                                      const Attributes& times) {
   ElementStack stack;
   {
     const auto paragraph = stack.open("p");
@@ -133,7 +133,7 @@ void TtmlTextFile::writeParagraph(const TextScreen& screen, const TextGroup& gro
   body_ += takeLine(stack, 3);
 }
 
-void TtmlTextFile::writeLines(ElementStack& paragraph, const TextGroup& group) {
+void TtmlTextDocument::writeLines(ElementStack& paragraph, const TextGroup& group) {
   const TextLine* previous = nullptr;
   for (const TextLine& line : group.lines) {
     for (int i = previous ? lineBreaks(*previous, line) : 0; i > 0; --i) {
@@ -148,34 +148,34 @@ void TtmlTextFile::writeLines(ElementStack& paragraph, const TextGroup& group) {
   }
 }
 
-void TtmlTextFile::finish() {
+std::string TtmlTextDocument::text() {
   if (body_.empty()) {
     // Even a document that shows nothing must have a style and a region.
     styles_.idOf({{"tts:textAlign", "center"}});
     regions_.idOf({{"tts:origin", "10% 10%"}, {"tts:extent", "80% 80%"}});
   }
-  file_.write(kXmlDeclaration);
-  file_.write(
+  std::string text = kXmlDeclaration;
+  text +=
       "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:tts=\"http://www.w3.org/ns/ttml#styling\""
       " xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\" xmlns:ebutts=\"urn:ebu:tt:style\""
-      " xmlns:itts=\"http://www.w3.org/ns/ttml/profile/imsc1#styling\"");
+      " xmlns:itts=\"http://www.w3.org/ns/ttml/profile/imsc1#styling\"";
   if (isEbuTtD_) {
-    file_.write(" xmlns:ebuttm=\"urn:ebu:tt:metadata\"");
+    text += " xmlns:ebuttm=\"urn:ebu:tt:metadata\"";
   } else {
-    file_.write(" ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/text\"");
+    text += " ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/text\"";
   }
-  file_.write(" ttp:timeBase=\"media\" xml:space=\"preserve\" xml:lang=\"" + language_ + "\">\n");
-  file_.write(head());
+  text += " ttp:timeBase=\"media\" xml:space=\"preserve\" xml:lang=\"" + language_ + "\">\n";
+  text += head();
   if (!body_.empty()) {
-    file_.write("  <body>\n    <div>\n");
-    file_.write(body_);
-    file_.write("    </div>\n  </body>\n");
+    text += "  <body>\n    <div>\n";
+    text += body_;
+    text += "    </div>\n  </body>\n";
   }
-  file_.write("</tt>\n");
-  file_.commit();
+  text += "</tt>\n";
+  return text;
 }
 
-std::string TtmlTextFile::head() const {
+std::string TtmlTextDocument::head() const {
   std::string head = "  <head>\n";
   if (isEbuTtD_) {
     head +=
