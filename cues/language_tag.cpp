@@ -53,6 +53,18 @@ constexpr auto kLanguages = std::to_array<Language>({
 // clang-format on
 static_assert(std::ranges::is_sorted(kLanguages));
 
+// ISO 639-2: the twenty languages with a bibliographic code of their own, and its terminological
+// one.
+// clang-format off
+constexpr auto kBibliographic = std::to_array<Language>({
+    {"alb", "sqi"}, {"arm", "hye"}, {"baq", "eus"}, {"bur", "mya"}, {"chi", "zho"}, {"cze", "ces"},
+    {"dut", "nld"}, {"fre", "fra"}, {"geo", "kat"}, {"ger", "deu"}, {"gre", "ell"}, {"ice", "isl"},
+    {"mac", "mkd"}, {"mao", "mri"}, {"may", "msa"}, {"per", "fas"}, {"rum", "ron"}, {"slo", "slk"},
+    {"tib", "bod"}, {"wel", "cym"},
+});
+// clang-format on
+static_assert(std::ranges::is_sorted(kBibliographic));
+
 std::string lowerCase(std::string_view text) {
   std::string lower(text);
   for (char& c : lower) {
@@ -61,16 +73,32 @@ std::string lowerCase(std::string_view text) {
   return lower;
 }
 
+// In lower case; empty when it is no code.
+std::string codeOf(std::string_view iso639) {
+  std::string code = lowerCase(iso639);
+  const bool isCode =
+      code.size() == 3 && std::ranges::all_of(code, [](char c) { return c >= 'a' && c <= 'z'; });
+  return isCode ? code : std::string();
+}
+
+// What a table says of a code; the code itself where it says nothing.
+template <class Table>
+std::string lookUp(const Table& table, const std::string& code) {
+  const auto known = std::ranges::lower_bound(table, code, {}, &Language::first);
+  const bool isKnown = known != table.end() && known->first == code;
+  return isKnown ? std::string(known->second) : code;
+}
+
 }  // namespace
 
 std::string languageTag(std::string_view iso639) {
-  const std::string code = lowerCase(iso639);
-  const bool isCode =
-      code.size() == 3 && std::ranges::all_of(code, [](char c) { return c >= 'a' && c <= 'z'; });
-  if (!isCode) return "und";
-  const auto known = std::ranges::lower_bound(kLanguages, code, {}, &Language::first);
-  const bool isKnown = known != kLanguages.end() && known->first == code;
-  return isKnown ? std::string(known->second) : code;
+  const std::string code = codeOf(iso639);
+  return code.empty() ? "und" : lookUp(kLanguages, code);
+}
+
+std::string terminologicalCode(std::string_view iso639) {
+  const std::string code = codeOf(iso639);
+  return code.empty() ? "und" : lookUp(kBibliographic, code);
 }
 
 }  // namespace korr::txsub

@@ -11,4 +11,8 @@ namespace korr::txsub {
 /// it is none.
 std::string languageTag(std::string_view iso639);
 
+/// The terminological code of an ISO 639-2 code, as MP4 asks for it: "deu" for "ger", "und" when it
+/// is none.
+std::string terminologicalCode(std::string_view iso639);
+
 }  // namespace korr::txsub

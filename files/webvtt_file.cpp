@@ -67,19 +67,27 @@ void WebVttFile::write(const Cue& cue) {
   file_.write(webVttCues(cue));
 }
 
+std::vector<WebVttBlock> webVttBlocks(const encoding::subtitling::Subtitle& subtitle) {
+  std::vector<WebVttBlock> blocks;
+  const auto screen = layOut(subtitle);
+  if (!screen) return blocks;
+  for (const TextGroup& group : groupsOf(*screen, GroupHeights::Any)) {
+    WebVttBlock& block = blocks.emplace_back();
+    block.settings = settings(*screen, group);
+    for (const auto& line : group.lines) {
+      if (!block.payload.empty()) block.payload += '\n';
+      for (const auto& span : line.spans) appendSpan(block.payload, span);
+    }
+  }
+  return blocks;
+}
+
 std::string webVttCues(const Cue& cue) {
-  const auto screen = layOut(*cue.subtitle);
-  if (!screen) return {};
   const auto [start, stop] = cueMilliseconds(cue);
   const std::string times = cueTimeText(start, '.') + " --> " + cueTimeText(stop, '.');
   std::string out;
-  for (const TextGroup& group : groupsOf(*screen, GroupHeights::Any)) {
-    out += times + ' ' + settings(*screen, group) + '\n';
-    for (const auto& line : group.lines) {
-      for (const auto& span : line.spans) appendSpan(out, span);
-      out += '\n';
-    }
-    out += '\n';
+  for (const auto& block : webVttBlocks(*cue.subtitle)) {
+    out += times + ' ' + block.settings + '\n' + block.payload + "\n\n";
   }
   return out;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "files/output_file.h"
 #include "files/playable_file.h"
@@ -21,6 +22,15 @@ class WebVttFile final : public IPlayableFile {
  private:
   OutputFile file_;
 };
+
+/// What a cue block says, its times apart.
+struct WebVttBlock {
+  std::string settings;
+  std::string payload;  ///< lines, without a line feed at the end
+};
+
+/// One block per group of rows that stand together; none for a subtitle without text.
+std::vector<WebVttBlock> webVttBlocks(const encoding::subtitling::Subtitle& subtitle);
 
 /// One cue block per group of rows that stand together, each with the blank line after it; empty
 /// for a subtitle without text.
