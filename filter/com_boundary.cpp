@@ -37,9 +37,4 @@ std::string systemMessage(HRESULT result) {
   return toUtf8(text.data(), static_cast<int>(length));
 }
 
-void throwLastError() {
-  const HRESULT result = HRESULT_FROM_WIN32(GetLastError());
-  throw HResultError(FAILED(result) ? result : E_UNEXPECTED);
-}
-
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

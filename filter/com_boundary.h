@@ -27,9 +27,6 @@ class HResultError final : public util::TessaryException {
   HRESULT result_;
 };
 
-/// Throws HResultError for the last error of the platform.
-[[noreturn]] void throwLastError();
-
 /// Calls `body`, which returns a result code. What it throws is logged and becomes one: nothing is
 /// thrown at a COM caller.
 template <class Body>

@@ -169,13 +169,13 @@ void CSubtitleConverter::logIfFailed(HRESULT result) {
              systemMessage(result).c_str());
 }
 
-HRESULT CSubtitleConverter::process(const SampleQueue::Entry& entry) {
-  if (!entry.sample) {
+HRESULT CSubtitleConverter::process(const Entry& entry) {
+  if (!entry.item) {
     // At once: the pending document, and what the framer holds, are not flushed.
     outputSink_->endOfStream();
     return outputSink_->takeResult();
   }
-  const HRESULT result = convert(*entry.sample.Get());
+  const HRESULT result = convert(*entry.item.Get());
   const HRESULT delivered = outputSink_->takeResult();
   return FAILED(result) ? result : delivered;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <streams.h>
+#include <wrl/client.h>
 
 #include <atomic>
 #include <cstdint>
@@ -10,10 +11,10 @@
 #include <vector>
 
 #include "chain/chain_configuration.h"
+#include "concurrency/generation_queue.h"
 #include "filter/forwarding_logger.h"
 #include "filter/input_pin.h"
 #include "filter/output_pin.h"
-#include "filter/sample_queue.h"
 #include "filter/up_stream_pin.h"
 #include "filter/worker.h"
 #include "sdk/include/TXSubtitleConverter.h"
@@ -74,6 +75,9 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   log::ILogger& logger() { return logger_; }
 
  private:
+  using Queue = concurrency::GenerationQueue<Microsoft::WRL::ComPtr<IMediaSample>>;
+  using Entry = Queue::Entry;
+
   CSubtitleConverter(IUnknown* outer, HRESULT* result);
 
   void destroyChain();
@@ -81,7 +85,7 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
 
   // Worker.
   void processNext();
-  HRESULT process(const SampleQueue::Entry& entry);
+  HRESULT process(const Entry& entry);
   HRESULT convert(IMediaSample& sample);
 
   // Under the stream lock.
@@ -92,7 +96,7 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   std::unique_ptr<CTessaryInputPin<CSubtitleConverterInputPin>> inputPin_;
   std::unique_ptr<CSubtitleConverterOutputPin> outputPin_;
   std::unique_ptr<UpStreamPin> outputSink_;
-  SampleQueue queue_;
+  Queue queue_;  // a null sample is the end of the stream
   ForwardingLogger logger_;
   std::atomic<std::uint64_t> opaqueValue_ = 0;
   std::pmr::unsynchronized_pool_resource itemMemory_;             // what the chain's framer holds

@@ -4,21 +4,20 @@
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 
-Worker::Worker(CountingSemaphore& semaphore, std::function<void()> job)
-    : stopEvent_(CreateEventW(nullptr, FALSE, FALSE, nullptr)),
-      thread_([this, &semaphore, job = std::move(job)] { run(semaphore, job); }) {
+Worker::Worker(concurrency::CountingSemaphore& semaphore, std::function<void()> job)
+    : semaphore_(semaphore), thread_([this, job = std::move(job)] { run(job); }) {
 }
 
 Worker::~Worker() {
   isStopping_ = true;
-  SetEvent(stopEvent_.get());
+  semaphore_.release();  // wakes a worker that waits
   thread_.join();
 }
 
-void Worker::run(CountingSemaphore& semaphore, const std::function<void()>& job) {
+void Worker::run(const std::function<void()>& job) {
   // Downstream filters are called on this thread and may want COM.
   const HRESULT initialised = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-  while (!isStopping_ && semaphore.acquireUnless(stopEvent_.get())) job();
+  for (semaphore_.acquire(); !isStopping_; semaphore_.acquire()) job();
   if (SUCCEEDED(initialised)) CoUninitialize();
 }
 

@@ -5,8 +5,7 @@
 #include <functional>
 #include <thread>
 
-#include "filter/counting_semaphore.h"
-#include "filter/handle.h"
+#include "concurrency/counting_semaphore.h"
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 
@@ -15,16 +14,16 @@ namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline 
 class Worker {
  public:
   /// `semaphore` is not owned. `job` must not throw.
-  Worker(CountingSemaphore& semaphore, std::function<void()> job);
+  Worker(concurrency::CountingSemaphore& semaphore, std::function<void()> job);
   ~Worker();
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
  private:
-  void run(CountingSemaphore& semaphore, const std::function<void()>& job);
+  void run(const std::function<void()>& job);
 
-  Handle stopEvent_;
-  std::atomic<bool> isStopping_ = false;  // as the event, for a worker that does not sleep
+  concurrency::CountingSemaphore& semaphore_;
+  std::atomic<bool> isStopping_ = false;
   std::thread thread_;
 };
 

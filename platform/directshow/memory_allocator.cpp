@@ -4,24 +4,8 @@
 #include <optional>
 
 #include "platform/directshow/media_type.h"
-#include "platform/spin.h"
 
 namespace {
-
-/// Holds a lock for the length of a scope. Others only hold it for moments.
-class Guard {
- public:
-  explicit Guard(SRWLOCK& lock) : lock_(lock) {
-    if (!korr::platform::spinUntil([&] { return TryAcquireSRWLockExclusive(&lock_) != FALSE; }))
-      AcquireSRWLockExclusive(&lock_);
-  }
-  ~Guard() { ReleaseSRWLockExclusive(&lock_); }
-  Guard(const Guard&) = delete;
-  Guard& operator=(const Guard&) = delete;
-
- private:
-  SRWLOCK& lock_;
-};
 
 HRESULT check(const ALLOCATOR_PROPERTIES& wanted) {
   if (wanted.cBuffers < 0 || wanted.cbBuffer < 0 || wanted.cbPrefix < 0) return E_INVALIDARG;
@@ -32,14 +16,14 @@ HRESULT check(const ALLOCATOR_PROPERTIES& wanted) {
 }  // namespace
 
 /// One sample. While it is out it keeps its allocator alive.
-class alignas(korr::platform::kCacheLine) CMemAllocator::Sample final : public IMediaSample {
+class alignas(korr::concurrency::kCacheLine) CMemAllocator::Sample final : public IMediaSample {
  public:
   Sample(CMemAllocator* allocator, BYTE* bytes, LONG size)
       : allocator_(allocator), bytes_(bytes), size_(size) {}
   Sample(const Sample&) = delete;
   Sample& operator=(const Sample&) = delete;
 
-  /// The one behind in a list of free samples.
+  /// For the pool.
   Sample* next = nullptr;
 
   /// As long as its buffer and without any property, with a reference for the caller.
@@ -188,11 +172,10 @@ HRESULT CMemAllocator::SetProperties(ALLOCATOR_PROPERTIES* wanted, ALLOCATOR_PRO
   *granted = {};
   const HRESULT result = check(*wanted);
   if (FAILED(result)) return result;
-  const Guard guard(lock_);
-  if (isCommitted_) return VFW_E_ALREADY_COMMITTED;
-  if (out() != 0) return VFW_E_BUFFERS_OUTSTANDING;
-  free_ = nullptr;
-  returned_ = nullptr;
+  const std::scoped_lock lock(setup_);
+  if (pool_.isOpen()) return VFW_E_ALREADY_COMMITTED;
+  if (pool_.out() != 0) return VFW_E_BUFFERS_OUTSTANDING;
+  pool_.clear();
   samples_.clear();
   properties_ = *wanted;
   *granted = properties_;
@@ -201,20 +184,19 @@ HRESULT CMemAllocator::SetProperties(ALLOCATOR_PROPERTIES* wanted, ALLOCATOR_PRO
 
 HRESULT CMemAllocator::GetProperties(ALLOCATOR_PROPERTIES* properties) {
   if (!properties) return E_POINTER;
-  const Guard guard(lock_);
+  const std::scoped_lock lock(setup_);
   *properties = properties_;
   return S_OK;
 }
 
 HRESULT CMemAllocator::Commit() {
-  const Guard guard(lock_);
+  const std::scoped_lock lock(setup_);
   if (properties_.cBuffers == 0 || properties_.cbBuffer == 0) return VFW_E_SIZENOTSET;
-  const HRESULT result = withoutThrowing([this] {
+  return withoutThrowing([this] {
     if (samples_.empty()) makeSamples();
+    pool_.open();
     return S_OK;
   });
-  if (SUCCEEDED(result)) isCommitted_ = true;
-  return result;
 }
 
 // All or nothing. The start of each prefix is aligned.
@@ -232,19 +214,14 @@ void CMemAllocator::makeSamples() {
   for (samples.reserve(count); samples.size() < count; next += stride) {
     samples.push_back(std::make_unique<Sample>(this, next + prefix, properties_.cbBuffer));
   }
-  for (const auto& sample : samples) {
-    sample->next = free_;
-    free_ = sample.get();
-  }
-  fewOut_ = count / 4;
+  for (const auto& sample : samples) pool_.add(*sample);
   samples_.swap(samples);
   memory_.swap(memory);
 }
 
 HRESULT CMemAllocator::Decommit() {
-  const Guard guard(lock_);
-  isCommitted_ = false;
-  WakeAllConditionVariable(&isFree_);
+  const std::scoped_lock lock(setup_);
+  pool_.close();
   return S_OK;
 }
 
@@ -253,65 +230,21 @@ HRESULT CMemAllocator::GetBuffer(IMediaSample** sample, REFERENCE_TIME*, REFEREN
   if (!sample) return E_POINTER;
   *sample = nullptr;
   const bool mayWait = !(flags & AM_GBF_NOWAIT);
-  Sample* taken = nullptr;
-  {
-    const Guard guard(lock_);
-    if (!isCommitted_) return VFW_E_NOT_COMMITTED;
-    taken = takeFree();
-    if (!taken && !mayWait) return VFW_E_TIMEOUT;
-  }
-  if (!taken) {
-    // Not for the first one back: who takes each at once disturbs who gives back.
-    korr::platform::spinUntil([this] { return out() <= fewOut_ || !isCommitted_; });
-    const Guard guard(lock_);
-    taken = awaitFree();
-    if (!taken) return VFW_E_NOT_COMMITTED;
-  }
+  Sample* const taken = mayWait ? pool_.take() : pool_.tryTake();
+  if (!taken) return mayWait || !pool_.isOpen() ? VFW_E_NOT_COMMITTED : VFW_E_TIMEOUT;
   taken->goOut();
   *sample = taken;
   return S_OK;
 }
 
-// Null when all are out. Under the lock.
-CMemAllocator::Sample* CMemAllocator::takeFree() {
-  if (!free_) free_ = returned_.exchange(nullptr);
-  Sample* const taken = free_;
-  if (!taken) return nullptr;
-  free_ = taken->next;
-  taken_.store(taken_ + 1);
-  return taken;
-}
-
-// Null when the allocator is decommitted. Under the lock, which it lets go of while it waits.
-CMemAllocator::Sample* CMemAllocator::awaitFree() {
-  Sample* taken = nullptr;
-  ++waiting_;  // before the next look, so that nobody who gives back later fails to wake
-  while (isCommitted_ && !(taken = takeFree()))
-    SleepConditionVariableSRW(&isFree_, &lock_, INFINITE, 0);
-  --waiting_;
-  return taken;
-}
-
 HRESULT CMemAllocator::ReleaseBuffer(IMediaSample* sample) {
   if (!sample) return E_POINTER;
-  const auto returned = static_cast<Sample*>(sample);
-  returned->next = returned_;
-  while (!returned_.compare_exchange_weak(returned->next, returned)) {
-  }
-  if (waiting_ != 0) {
-    const Guard guard(lock_);
-    WakeConditionVariable(&isFree_);
-  }
-  if (back_.fetch_add(1) + 1 == kOrphaned) delete this;
+  if (pool_.giveBack(*static_cast<Sample*>(sample))) delete this;
   return S_OK;
 }
 
-// With the last reference nothing can be taken any more: `back_` now says how many are missing from
-// `kOrphaned`, and whoever makes it complete ends the allocator.
 ULONG CMemAllocator::NonDelegatingRelease() {
   const LONG left = --m_cRef;
-  if (left != 0) return static_cast<ULONG>(left);
-  const std::uint64_t taken = taken_;
-  if (back_.fetch_add(kOrphaned - taken) == taken) delete this;
-  return 0;
+  if (left == 0 && pool_.orphan()) delete this;
+  return static_cast<ULONG>(left);
 }

@@ -1,11 +1,11 @@
 // Samples in memory.
 #pragma once
 
-#include <atomic>
 #include <memory>
+#include <mutex>
 #include <vector>
 
-#include "platform/cache_line.h"
+#include "concurrency/sample_pool.h"
 #include "platform/directshow/unknown.h"
 
 /// A fixed number of samples of one size. It enters the kernel only to wait, where the platform's
@@ -47,29 +47,10 @@ class CMemAllocator final : public CUnknown, public IMemAllocator {
   CMemAllocator();
 
   void makeSamples();
-  Sample* takeFree();
-  Sample* awaitFree();
 
-  /// How many samples are out.
-  std::uint64_t out() const { return taken_ - back_; }
-
-  // In `back_`, less the samples still out: only those keep the allocator alive.
-  static constexpr std::uint64_t kOrphaned = std::uint64_t{1} << 63;
-
-  // Samples come back without the lock, on a stack that a taker empties at once when it has used up
-  // what it took before: whoever gives back and whoever takes seldom meet.
-  alignas(korr::platform::kCacheLine) std::atomic<Sample*> returned_ = nullptr;
-  std::atomic<std::uint64_t> back_ = 0;  // how many samples ever came back
-  std::atomic<int> waiting_ = 0;         // threads that need to be woken
-
-  // How many samples ever went out; written under the lock.
-  alignas(korr::platform::kCacheLine) std::atomic<std::uint64_t> taken_ = 0;
-  std::atomic<std::uint64_t> fewOut_ = 0;
-  SRWLOCK lock_ = SRWLOCK_INIT;  // over taking, and over what follows
-  CONDITION_VARIABLE isFree_ = CONDITION_VARIABLE_INIT;
-  std::atomic<bool> isCommitted_ = false;  // written under the lock
+  std::mutex setup_;  // over what follows
   ALLOCATOR_PROPERTIES properties_ = {};
   std::vector<BYTE> memory_;
   std::vector<std::unique_ptr<Sample>> samples_;
-  Sample* free_ = nullptr;  // the last one back goes out first: its memory is warm
+  korr::concurrency::SamplePool<Sample> pool_;
 };

@@ -1,11 +1,21 @@
 // Looking out for another thread before falling asleep.
 #pragma once
 
-#include <windows.h>
-
 #include <algorithm>
+#include <mutex>
 
-namespace korr::platform::inline v2_1 {
+#if defined(__x86_64__) || defined(_M_X64)
+#include <immintrin.h>
+#endif
+
+namespace korr::concurrency::inline v2_1 {
+
+/// Tells the processor that this thread waits for another.
+inline void pauseProcessor() {
+#if defined(__x86_64__) || defined(_M_X64)
+  _mm_pause();
+#endif
+}
 
 /// Looks some tens of microseconds long whether `condition` has come true, which what another
 /// thread is about to do mostly has by then; a thread that falls asleep costs both more. It looks
@@ -19,9 +29,16 @@ bool spinUntil(Condition condition) {
   for (int pauses = 0; pauses < kPauses; pauses += length) {
     if (condition()) return true;
     length = std::min(2 * length, kLongest);
-    for (int i = 0; i < length; ++i) YieldProcessor();
+    for (int i = 0; i < length; ++i) pauseProcessor();
   }
   return false;
 }
 
-}  // namespace korr::platform::inline v2_1
+/// Locks a mutex that others only hold for moments.
+inline std::unique_lock<std::mutex> lockSoon(std::mutex& mutex) {
+  std::unique_lock lock(mutex, std::defer_lock);
+  if (!spinUntil([&lock] { return lock.try_lock(); })) lock.lock();
+  return lock;
+}
+
+}  // namespace korr::concurrency::inline v2_1
