@@ -46,7 +46,7 @@ bool hasDecimalDigits(std::uint32_t page) {
 std::vector<std::uint32_t> subtitlePagesOnAir(std::span<const std::uint8_t> field) {
   std::vector<std::uint32_t> pages;
   const auto anyMagazine = [](std::uint32_t) { return true; };
-  teletext::forEachPacket(field, anyMagazine, [&pages](const teletext::Packet& packet) {
+  teletext::forEachPacket(field, true, anyMagazine, [&pages](const teletext::Packet& packet) {
     if (packet.number != 0) return;
     const auto header = teletext::readPageHeader(packet.data);
     if (!header.subtitle || !hasDecimalDigits(header.page)) return;

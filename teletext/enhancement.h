@@ -22,6 +22,9 @@ class Enhancements {
   /// Takes a packet 26: a designation code and 13 triplets, of which damaged ones are skipped.
   void take(std::span<const std::uint8_t, Packet::kDataSize> data, const CharacterSet& characters);
 
+  /// A packet is missing: columns mean nothing until the next row address.
+  void loseRow() { activeRow_.reset(); }
+
   /// What stands at a place instead of its own character, if anything.
   std::optional<GlyphText> at(std::uint32_t row, std::uint32_t column) const;
 

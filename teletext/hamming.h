@@ -50,12 +50,35 @@ constexpr std::uint8_t decodeHamming84(std::uint8_t raw) {
   return kHamming84[raw];
 }
 
+/// Whether a raw byte is a Hamming 8/4 byte with at most one wrong bit.
+inline constexpr auto kIsHamming84 = [] {
+  std::array<bool, 256> table{};
+  for (unsigned nibble = 0; nibble < 16; ++nibble) {
+    const auto code = encodeHamming84(static_cast<std::uint8_t>(nibble));
+    table[code] = true;
+    for (int bit = 0; bit < 8; ++bit) table[code ^ (1u << bit)] = true;
+  }
+  return table;
+}();
+
 /// The character code of each raw byte, 0x00 to 0x7F; with wrong parity 0x7F (EN 300 706, 8.1).
 inline constexpr auto kCharacterCode = [] {
   std::array<std::uint8_t, 256> table{};
   for (unsigned raw = 0; raw < 256; ++raw) {
     const bool isOdd = std::popcount(raw) % 2 == 1;
     table[raw] = isOdd ? reverseBits(static_cast<std::uint8_t>(raw)) & 0x7F : 0x7F;
+  }
+  return table;
+}();
+
+/// No character: what stands in a cell that was never received with right parity.
+inline constexpr std::uint8_t kUnknownCharacter = 0x80;
+
+/// The same with `kUnknownCharacter` for wrong parity.
+inline constexpr auto kCharacterCodeOrUnknown = [] {
+  auto table = kCharacterCode;
+  for (unsigned raw = 0; raw < 256; ++raw) {
+    if (std::popcount(raw) % 2 == 0) table[raw] = kUnknownCharacter;
   }
   return table;
 }();

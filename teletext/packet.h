@@ -20,9 +20,11 @@ struct Packet {
 
 /// Calls `take(const Packet&)` for every EBU teletext packet of a PES data field for whose magazine
 /// `wants(magazine)` answers true. Damage is passed over: an unknown data_identifier drops the
-/// payload, other data units are skipped, and so is a unit that is cut short.
+/// payload, other data units are skipped, and so is a unit that is cut short. A packet whose
+/// address has two wrong bits is dropped where `dropsDamagedAddresses` (EN 300 706, 8.2).
 template <class Wants, class Take>
-void forEachPacket(std::span<const std::uint8_t> payload, const Wants& wants, const Take& take) {
+void forEachPacket(std::span<const std::uint8_t> payload, bool dropsDamagedAddresses,
+                   const Wants& wants, const Take& take) {
   constexpr std::size_t kUnitSize = 46;  // whatever data_unit_length says
   constexpr std::uint8_t kNonSubtitle = 0x02;
   constexpr std::uint8_t kSubtitle = 0x03;
@@ -35,6 +37,7 @@ void forEachPacket(std::span<const std::uint8_t> payload, const Wants& wants, co
     const std::uint32_t low = decodeHamming84(units[4]);
     const std::uint32_t magazine = low & 7;
     if (!wants(magazine)) continue;
+    if (dropsDamagedAddresses && !(kIsHamming84[units[4]] && kIsHamming84[units[5]])) continue;
     const std::uint32_t number = decodeHamming84(units[5]) * 2u + (low >> 3);
     take(Packet{magazine, number, units.template subspan<6, Packet::kDataSize>()});
   }

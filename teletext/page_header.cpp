@@ -1,5 +1,7 @@
 #include "teletext/page_header.h"
 
+#include <algorithm>
+
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 namespace {
 
@@ -28,6 +30,16 @@ PageHeader readPageHeader(std::span<const std::uint8_t, Packet::kDataSize> data)
   header.magazineSerial = bit(nibble(7), 1);
   header.nationalOption = 4u * bit(nibble(7), 2) + 2u * bit(nibble(7), 3) + 1u * bit(nibble(7), 4);
   return header;
+}
+
+std::optional<std::uint32_t> readPageNumber(std::span<const std::uint8_t, Packet::kDataSize> data) {
+  if (!kIsHamming84[data[0]] || !kIsHamming84[data[1]]) return std::nullopt;
+  return decodeHamming84(data[0]) + 16u * decodeHamming84(data[1]);
+}
+
+bool isHeaderDamaged(std::span<const std::uint8_t, Packet::kDataSize> data) {
+  return std::ranges::any_of(data.first<kHeaderTextColumn>(),
+                             [](std::uint8_t byte) { return !kIsHamming84[byte]; });
 }
 
 }  // namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "teletext/packet.h"
@@ -23,10 +24,20 @@ struct PageHeader {
   bool inhibitDisplay = false;       ///< C10
   bool magazineSerial = false;       ///< C11
   std::uint32_t nationalOption = 0;  ///< C12 in bit 2, C13, C14
+
+  std::uint32_t subcode() const { return s4 << 12 | s3 << 8 | s2 << 4 | s1; }
+
+  friend bool operator==(const PageHeader&, const PageHeader&) = default;
 };
 
 /// The first 8 bytes of a header's data.
 PageHeader readPageHeader(std::span<const std::uint8_t, Packet::kDataSize> data);
+
+/// The page number of a header's data; nothing where it has two wrong bits in a byte (8.2).
+std::optional<std::uint32_t> readPageNumber(std::span<const std::uint8_t, Packet::kDataSize> data);
+
+/// Whether a byte of a header has two wrong bits.
+bool isHeaderDamaged(std::span<const std::uint8_t, Packet::kDataSize> data);
 
 /// The display bytes of a header's data, columns 8 to 39 of row 0.
 inline std::span<const std::uint8_t> headerText(

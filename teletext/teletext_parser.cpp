@@ -1,23 +1,10 @@
 #include "teletext/teletext_parser.h"
 
+#include "teletext/packet_numbers.h"
 #include "teletext/row_decoder.h"
+#include "teletext/teletext_rules.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
-namespace {
-
-// Packet numbers (EN 300 706, 7.2).
-constexpr std::uint32_t kHeader = 0;
-constexpr std::uint32_t kLastRow = 24;
-constexpr std::uint32_t kEnhancement = 26;
-
-// On air magazine 8 is 0.
-std::uint32_t magazineOf(std::uint32_t page) {
-  const std::uint32_t magazine = page / 256;
-  return magazine == 8 ? 0 : magazine;
-}
-
-}  // namespace
-
 TeletextParser::TeletextParser(std::uint32_t page, std::uint32_t characterGroup)
     : magazine_(magazineOf(page)), page_(page & 0xFF), characterGroup_(characterGroup) {
 }
@@ -26,7 +13,7 @@ void TeletextParser::parse(const std::uint8_t* data, std::int64_t size, MediaTim
                            bool /*discontinuity*/) {
   if (size > 0) {
     forEachPacket(
-        {data, static_cast<std::size_t>(size)},
+        {data, static_cast<std::size_t>(size)}, kFilter.dropsDamagedAddresses,
         [this](std::uint32_t magazine) { return magazine == magazine_; },
         [this](const Packet& packet) { takePacket(packet); });
   }
@@ -51,10 +38,10 @@ Subtitle TeletextParser::currentSubtitle(MediaTime time) {
 }
 
 void TeletextParser::takePacket(const Packet& packet) {
-  if (packet.number == kHeader) return takeHeader(packet);
+  if (packet.number == kHeaderPacket) return takeHeader(packet);
   if (!receiving_) return;
-  if (packet.number <= kLastRow) return storeRow(packet.number, 0, packet.data);
-  if (packet.number == kEnhancement) enhancements_.take(packet.data, characters());
+  if (packet.number <= kLastRowPacket) return storeRow(packet.number, 0, packet.data);
+  if (packet.number == kEnhancementPacket) enhancements_.take(packet.data, characters());
 }
 
 // Every header of the page empties it, whether or not C4 (erase page) is set, deliberately.
@@ -62,11 +49,11 @@ void TeletextParser::takeHeader(const Packet& packet) {
   header_ = readPageHeader(packet.data);
   enhancements_.clear();
   const bool isSelected = header_.page == page_;
-  if (isSelected) {
+  if (isSelected && kFilter.erases(header_)) {
     store_.clear();
     storeTouched_ = true;
   }
-  receiving_ = isSelected && header_.subtitle;
+  receiving_ = isSelected && kFilter.shows(header_);
   if (receiving_ && !header_.suppressHeader)
     storeRow(0, kHeaderTextColumn, headerText(packet.data));
 }
@@ -74,7 +61,7 @@ void TeletextParser::takeHeader(const Packet& packet) {
 void TeletextParser::storeRow(std::uint32_t row, std::uint32_t firstColumn,
                               std::span<const std::uint8_t> bytes) {
   const CharacterSet set = characters();
-  store_.store(row, decodeRow(bytes, {row, firstColumn, set, enhancements_}));
+  store_.store(row, decodeRow<kFilter>(bytes, {row, firstColumn, set, enhancements_}));
   storeTouched_ = true;
 }
 

@@ -100,12 +100,13 @@ TeletextPacket headerPacket(const TeletextHeader& header) {
   const std::array<std::uint32_t, 8> nibbles = {
       header.page,
       header.page >> 4,
-      0,  // the subcode, here and in the bits before C4 and C6
-      at(4, header.erasePage),
-      0,
-      at(4, header.subtitle),
-      at(1, header.suppressHeader) | at(2, header.update),
-      at(2, (option & 4) != 0) | at(3, (option & 2) != 0) | at(4, (option & 1) != 0)};
+      header.subcode,
+      (header.subcode >> 4 & 7) | at(4, header.erasePage),
+      header.subcode >> 8,
+      (header.subcode >> 12 & 3) | at(3, header.newsflash) | at(4, header.subtitle),
+      at(1, header.suppressHeader) | at(2, header.update) | at(4, header.inhibitDisplay),
+      at(1, header.magazineSerial) | at(2, (option & 4) != 0) | at(3, (option & 2) != 0) |
+          at(4, (option & 1) != 0)};
   std::ranges::transform(nibbles, packet.begin() + kData, hamming);
   putText(packet, nibbles.size(), header.text);
   return packet;
@@ -125,6 +126,20 @@ TeletextPacket enhancementPacket(std::uint32_t page, std::uint32_t designation,
     const auto triplet = i < triplets.size() ? triplets[i] : TeletextTriplet::termination();
     const auto bytes = encodeHamming2418(triplet.address | triplet.mode << 6 | triplet.data << 11);
     std::ranges::copy(bytes, packet.begin() + static_cast<std::ptrdiff_t>(kData + 1 + 3 * i));
+  }
+  return packet;
+}
+
+TeletextPacket designationPacket(std::uint32_t page, std::uint32_t number, std::uint32_t primary,
+                                 std::uint32_t second) {
+  TeletextPacket packet = packetOf(page, number);
+  packet[kData] = hamming(0);
+  for (std::size_t i = 0; i < kTripletsPerPacket; ++i) {
+    const std::uint32_t bits = i == 0   ? primary << 7 | (second & 0xF) << 14
+                               : i == 1 ? second >> 4
+                                        : 0;
+    std::ranges::copy(encodeHamming2418(bits),
+                      packet.begin() + static_cast<std::ptrdiff_t>(kData + 1 + 3 * i));
   }
   return packet;
 }

@@ -25,7 +25,11 @@ struct TeletextHeader {
   bool suppressHeader = true;
   bool update = false;
   std::uint32_t nationalOption = 0;  ///< C12 C13 C14, C12 in bit 2
-  std::string_view text{};           ///< codes of columns 8 to 39, the rest blank
+  bool newsflash = false;
+  bool inhibitDisplay = false;
+  bool magazineSerial = false;
+  std::uint32_t subcode = 0;  ///< S4 S3 S2 S1, a nibble each
+  std::string_view text{};    ///< codes of columns 8 to 39, the rest blank
 };
 TeletextPacket headerPacket(const TeletextHeader& header);
 
@@ -45,6 +49,11 @@ struct TeletextTriplet {
 /// A packet 26 of at most 13 triplets, filled up with terminations.
 TeletextPacket enhancementPacket(std::uint32_t page, std::uint32_t designation,
                                  std::span<const TeletextTriplet> triplets);
+
+/// A packet X/28/0 of a page (9.4.2) or M/29/0 of its magazine (9.5.1), by `number`: seven bits
+/// each of tables 32 and 33; 0x7F designates nothing.
+TeletextPacket designationPacket(std::uint32_t page, std::uint32_t number, std::uint32_t primary,
+                                 std::uint32_t second = 0x7F);
 
 /// 18 data bits as the three bytes of a PES packet (EN 300 706, 8.3).
 std::array<std::uint8_t, 3> encodeHamming2418(std::uint32_t data);

@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "testkit/encoders/teletext_encoder.h"
+#include "tests/teletext/page_text.h"
 
 namespace korr::encoding::subtitling::teletext::lib_teletext::inline v2_1 {
 namespace {
@@ -27,22 +26,6 @@ constexpr std::string_view kBox = "\v\vab\n\n";
 TeletextPacket enhancements(std::uint32_t designation,
                             const std::vector<TeletextTriplet>& triplets) {
   return encoders::enhancementPacket(kPage, designation, triplets);
-}
-
-/// A page as lines such as "20: 4/7/12 'text'": row, then each run's column, colour, size and text.
-std::string describe(const Subtitle& subtitle) {
-  std::ostringstream lines;
-  for (const auto& row : subtitle.teletextText()->rows) {
-    lines << row.number << ':';
-    for (const auto& run : row.runs) {
-      lines << ' ' << run.column << '/' << static_cast<int>(run.colour) << '/'
-            << static_cast<int>(run.size) << " '";
-      for (const auto& glyph : run.glyphs) lines << glyph.view();
-      lines << '\'';
-    }
-    lines << '\n';
-  }
-  return lines.str();
 }
 
 class TeletextParserTest : public testing::Test {
