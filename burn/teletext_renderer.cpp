@@ -1,5 +1,6 @@
 #include "burn/teletext_renderer.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -30,13 +31,23 @@ bool isDoubleHeight(TeletextSize size) {
   return size == TeletextSize::DoubleHeight || size == TeletextSize::Double;
 }
 
-// The cells that show. Of double width every second one is covered by its left neighbour
-// (EN 300 706, 12.2, codes 0x0E and 0x0F).
-std::u16string shownText(const TeletextText::Run& run) {
-  const std::size_t step = isDoubleWidth(run.size) ? 2 : 1;
+// The cells that show and where they start. Of double width every second one is covered by its left
+// neighbour (EN 300 706, 12.2, codes 0x0E and 0x0F): either empty already, and then the code's cell
+// before the first wide one is not wide, or to be left out.
+struct ShownCells {
+  std::u16string text;
+  std::int64_t column = 0;
+};
+
+ShownCells shownCells(const TeletextText::Run& run) {
+  const auto isCovered = [](const GlyphText& glyph) { return glyph.view().empty(); };
+  const auto firstCovered = std::ranges::find_if(run.glyphs, isCovered) - run.glyphs.begin();
+  const bool isSpread = std::cmp_less(firstCovered, run.glyphs.size());
+  const std::size_t step = isDoubleWidth(run.size) && !isSpread ? 2 : 1;
+  const auto first = isSpread ? static_cast<std::size_t>((firstCovered + 1) % 2) : 0;
   std::string text;
-  for (std::size_t i = 0; i < run.glyphs.size(); i += step) text += run.glyphs[i].view();
-  return util::utf8ToUtf16(text);
+  for (std::size_t i = first; i < run.glyphs.size(); i += step) text += run.glyphs[i].view();
+  return {util::utf8ToUtf16(text), run.column + static_cast<std::int64_t>(first)};
 }
 
 }  // namespace
@@ -66,8 +77,7 @@ void TeletextRenderer::drawText(burn::FrameBuffer& frame, const TeletextText& te
   for (const auto& row : text.rows) {
     const auto top = picture.top + height / 10 + row.number * cellHeight;
     for (const auto& run : row.runs) {
-      const auto left = picture.left + width / 10 + run.column * cellWidth;
-      drawRun(frame, run, {left, top, cellWidth, cellHeight});
+      drawRun(frame, run, {picture.left + width / 10, top, cellWidth, cellHeight});
     }
   }
 }
@@ -81,8 +91,10 @@ void TeletextRenderer::drawRun(burn::FrameBuffer& frame, const TeletextText::Run
   style_.widthScale = widthFactor * kCellShape * static_cast<double>(cell.cellWidth) /
                       static_cast<double>(cell.cellHeight);
   style_.heightScale = heightFactor * kFontToCellHeight;
-  drawing_.draw(frame, style_, shownText(run),
-                {cell.left, cell.top, cell.cellWidth * static_cast<std::int64_t>(widthFactor),
+  const auto shown = shownCells(run);
+  drawing_.draw(frame, style_, shown.text,
+                {cell.left + shown.column * cell.cellWidth, cell.top,
+                 cell.cellWidth * static_cast<std::int64_t>(widthFactor),
                  cell.cellHeight * static_cast<std::int64_t>(heightFactor)});
 }
 

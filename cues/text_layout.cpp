@@ -62,6 +62,15 @@ class LineBuilder {
     }
   }
 
+  /// A cell that the wide letter before it covers.
+  void addCovered() {
+    if (isEmpty() || blanks_ != 0) {
+      addBlank();
+    } else {
+      ++line_.columnCount;
+    }
+  }
+
   /// Blanks up to a column, for cells that belong to no run.
   void skipTo(std::uint32_t column) {
     while (line_.column + line_.columnCount < column) addBlank();
@@ -191,9 +200,10 @@ TextLine lineOf(const model::TeletextText::TextRow& row) {
                          .foreground = colourOf(run.colour),
                          .backgroundAlpha = kTeletextBackgroundAlpha};
     builder.skipTo(run.column);
-    // The first cell is that of the code which opened the run: a blank.
-    builder.addBlank();
-    addGlyphs(builder, std::span(run.glyphs).subspan(1), style);
+    for (const auto& glyph : run.glyphs) {
+      if (glyph.view().empty()) builder.addCovered();
+      if (isVisible(glyph.view())) builder.add(glyph.view(), style);
+    }
     if (run.size == model::TeletextSize::DoubleHeight || run.size == model::TeletextSize::Double) {
       builder.setHeight(2);
     }

@@ -39,7 +39,8 @@ enum class TeletextSize : std::uint32_t {
 
 /// A teletext page: the boxed text of its rows.
 struct TeletextText {
-  /// Cells of one colour and size. The first cell is that of the code that opened the run, a space.
+  /// Cells of one colour and size. The first cell is that of the code that opened the run, a space,
+  /// where a code did. An empty glyph is a cell that the wide letter before it covers.
   struct Run {
     std::uint32_t column = 0;  ///< 0 to 39: where the first cell stands
     TeletextColour colour = TeletextColour::White;

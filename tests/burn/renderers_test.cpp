@@ -149,10 +149,9 @@ TEST_F(Renderers, NeverWriteOutsideTheFrame) {
 }
 
 TEST_F(Renderers, StretchTeletextOfDoubleSizeOverItsNeighbours) {
-  const auto show = [&](TeletextSize size) {
+  const auto show = [&](TeletextSize size, std::vector<GlyphText> cells = glyphs(" ABC")) {
     container_.next = [=] {
-      return Subtitle(
-          TeletextText{.rows = {{20, {{5, TeletextColour::Yellow, size, glyphs(" ABC")}}}}});
+      return Subtitle(TeletextText{.rows = {{20, {{5, TeletextColour::Yellow, size, cells}}}}});
     };
     std::fill(memory_.begin(), memory_.end(), kPaper);
     TeletextRenderer(container_, drawing_).draw(frame_, 1);
@@ -165,6 +164,11 @@ TEST_F(Renderers, StretchTeletextOfDoubleSizeOverItsNeighbours) {
   show(TeletextSize::Double);
   EXPECT_EQ(drawnArea(), (Rectangle{142, 417, 142 + 4 * 14, 417 + 36}));
   EXPECT_EQ(pixelAt(142 + 28, 417), 0xFFFFFF00) << "B covers two cells; A and C lie under it";
+
+  const GlyphText covered;
+  show(TeletextSize::Double, {GlyphText(' '), GlyphText('A'), covered, GlyphText('B'), covered});
+  EXPECT_EQ(drawnArea(), (Rectangle{156, 417, 156 + 4 * 14, 417 + 36}));
+  EXPECT_EQ(pixelAt(156 + 28, 417), 0xFFFFFF00) << "covered cells are not left out again";
 }
 
 TEST_F(Renderers, StretchBitmapsOverThePicture) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "cues/cue_time.h"
+#include "cues/text_layout.h"
 #include "files/srt_file.h"
 #include "files/webvtt_file.h"
 #include "tests/cues/cue_builder.h"
@@ -69,6 +70,17 @@ TEST(WebVttFile, MakesOneLineOfATeletextRowAndTrimsItsBox) {
       "00:00:00.000 --> 00:00:01.000 line:80% position:24% align:start\n"
       "<c.yellow>Wer</c> da?\n"
       "<c.lime>Ich.</c>\n\n");
+}
+
+TEST(PlayableFiles, HaveWideTeletextLettersWithoutTheCellsThatTheyCover) {
+  auto wide = teletextRun(10, " a.b. .c.", TeletextColour::White, TeletextSize::DoubleWidth);
+  for (std::size_t i = 2; i < wide.glyphs.size(); i += 2) wide.glyphs[i] = {};
+  const auto subtitle = teletext({{.number = 20, .runs = {wide}}});
+  EXPECT_EQ(srtText(subtitle), "ab c\n");
+  const auto screen = layOut(subtitle);
+  ASSERT_TRUE(screen && screen->lines.size() == 1);
+  EXPECT_EQ(screen->lines[0].column, 11u);
+  EXPECT_EQ(screen->lines[0].columnCount, 8u);
 }
 
 TEST(PlayableFiles, SetTheBoxesOfATeletextRowApartByOneBlank) {
