@@ -1,11 +1,13 @@
-// Any bytes as teletext: as PES data fields, or as a script for the encoder, so that codes hold and
-// the damage lies deeper. Whatever is shown is a page: rows and runs in order, in 40 columns.
+// Any bytes as teletext, by the filter's rules and by a receiver's: as PES data fields, or as a
+// script for the encoder, so that codes hold and the damage lies deeper. Whatever is shown is a
+// page: rows and runs in order, in 40 columns.
 #include <algorithm>
 #include <cstdlib>
 #include <span>
 #include <vector>
 
 #include "teletext/teletext_descriptor.h"
+#include "teletext/teletext_display_decoder.h"
 #include "teletext/teletext_parser.h"
 #include "testkit/encoders/teletext_encoder.h"
 
@@ -41,10 +43,16 @@ class Script {
 
 TeletextPacket header(Script& script) {
   const std::uint8_t flags = script.next();
-  return headerPacket({.page = flags & 1 ? kPage : 0x800u + script.next(),
+  const std::uint8_t more = script.next();
+  return headerPacket({.page = flags & 1 ? kPage : 0x700u + script.next(),
+                       .erasePage = (more & 1) == 0,
                        .subtitle = (flags & 2) == 0,
                        .suppressHeader = (flags & 4) != 0,
                        .nationalOption = std::uint32_t{flags} >> 5,
+                       .newsflash = (more & 2) != 0,
+                       .inhibitDisplay = (more & 4) != 0,
+                       .magazineSerial = (more & 8) != 0,
+                       .subcode = std::uint32_t{more} >> 5,
                        .text = "\v\vheader\n\n"});
 }
 
@@ -64,6 +72,11 @@ TeletextPacket enhancement(Script& script) {
   return enhancementPacket(kPage, designation, triplets);
 }
 
+TeletextPacket designation(Script& script) {
+  const std::uint32_t sets = script.next() * 256u + script.next();
+  return designationPacket(kPage, 28 + sets % 2, sets >> 1 & 0x7F, sets >> 8 & 0x7F);
+}
+
 TeletextPacket rawPacket(Script& script) {
   TeletextPacket packet{};
   std::ranges::copy(script.take(packet.size()), packet.begin());
@@ -79,6 +92,7 @@ std::vector<std::uint8_t> encodedField(Script& script) {
     packets.push_back(kind == 0   ? header(script)
                       : kind == 1 ? enhancement(script)
                       : kind == 2 ? rawPacket(script)
+                      : kind == 3 ? designation(script)
                                   : row(script));
   }
   auto field = teletextDataField(packets);
@@ -93,7 +107,11 @@ void require(bool holds) {
   if (!holds) std::abort();
 }
 
-void checkPage(const TeletextText& text) {
+bool hasCoveredCells(const TeletextText::Run& run) {
+  return std::ranges::any_of(run.glyphs, [](const auto& glyph) { return glyph.view().empty(); });
+}
+
+void checkPage(const TeletextText& text, bool isReceiver) {
   std::int32_t lastRow = -1;
   for (const auto& shownRow : text.rows) {
     require(shownRow.number > lastRow && shownRow.number <= 24);
@@ -103,7 +121,7 @@ void checkPage(const TeletextText& text) {
       require(!run.glyphs.empty() && run.column >= end);
       end = run.column + run.glyphs.size();
       require(end <= 40);
-      for (const auto& glyph : run.glyphs) require(!glyph.view().empty());
+      require(isReceiver || !hasCoveredCells(run));
     }
   }
 }
@@ -112,9 +130,24 @@ void feed(TeletextParser& parser, const std::vector<std::uint8_t>& field, MediaT
   parser.parse(field.data(), static_cast<std::int64_t>(field.size()), time, true);
   if (!parser.hasChanged()) return;
   const auto subtitle = parser.currentSubtitle(time);
-  checkPage(*subtitle.teletextText());
+  checkPage(*subtitle.teletextText(), false);
   require(!parser.hasChanged() && parser.currentSubtitle(time) == subtitle);
 }
+
+/// Whatever is told differs from what was, in the order of time.
+class Screen final : public IDisplayListener {
+ public:
+  void onDisplay(MediaTime time, Subtitle subtitle) override {
+    require(time >= time_ && !(subtitle == subtitle_));
+    checkPage(*subtitle.teletextText(), true);
+    time_ = time;
+    subtitle_ = std::move(subtitle);
+  }
+
+ private:
+  MediaTime time_ = 0;
+  Subtitle subtitle_{SubtitleKind::TeletextText};
+};
 
 }  // namespace
 
@@ -123,8 +156,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Script script({data, size});
   const std::uint8_t choices = script.next();
   TeletextParser parser(kPage, choices % 16u);
-  for (MediaTime time = 1; !script.isOver(); ++time) {
-    feed(parser, choices & 16 ? script.take(1 + script.next() * 4u) : encodedField(script), time);
+  Screen screen;
+  TeletextDisplayDecoder decoder(kPage, choices % 16u, (choices & 32) != 0, screen, nullptr);
+  MediaTime time = 1;
+  for (; !script.isOver(); ++time) {
+    const auto field = choices & 16 ? script.take(1 + script.next() * 4u) : encodedField(script);
+    feed(parser, field, time);
+    decoder.decode(field, time);
   }
+  decoder.finish(time);
   return 0;
 }
