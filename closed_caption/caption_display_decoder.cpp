@@ -9,6 +9,14 @@ namespace {
 constexpr std::size_t kTripletBytes = 3;
 constexpr MediaTime kReportInterval = 10 * kSecond;
 
+// However it was written: a caption that is painted on may be sent as pop-on for latecomers.
+bool lookAlike(const CaptionText& left, const CaptionText& right) {
+  return std::equal(left.rows.begin(), left.rows.end(), right.rows.begin(), right.rows.end(),
+                    [](const auto& row, const auto& other) {
+                      return row.number == other.number && row.runs == other.runs;
+                    });
+}
+
 double seconds(MediaTime time) {
   return static_cast<double>(time) / kSecond;
 }
@@ -24,15 +32,20 @@ CaptionDisplayDecoder::CaptionDisplayDecoder(std::uint32_t service, IDisplayList
       intake_(service_) {
 }
 
+bool CaptionDisplayDecoder::execute(FieldIntake::Content content) {
+  if (content == FieldIntake::Content::Text) return receiver_.executeText(intake_.pair());
+  return content == FieldIntake::Content::Control && receiver_.executeControl(intake_.pair());
+}
+
 void CaptionDisplayDecoder::decode(std::span<const std::uint8_t> unit, MediaTime time) {
   time_ = std::max(time_, time);
   eraseIfIdle(time_);
   for (; unit.size() >= kTripletBytes; unit = unit.subspan(kTripletBytes)) {
     const auto sent = line21Pair(unit.first<kTripletBytes>(), service_.field);
     if (!sent) continue;
-    const auto pair = intake_.take(*sent, time_);
+    const auto content = intake_.take(*sent, time_);
     if (intake_.wasDamaged()) reportDamage(time_);
-    if (pair && receiver_.execute(*pair)) lastData_ = time_;
+    if (execute(content)) lastData_ = time_;
   }
   tell(time_);
 }
@@ -57,7 +70,7 @@ void CaptionDisplayDecoder::tell(MediaTime time) {
   if (!receiver_.hasChanged()) return;
   receiver_.clearChanged();
   CaptionText text = receiver_.displayed().toText();
-  if (text == shown_) return;
+  if (lookAlike(text, shown_)) return;
   shown_ = text;
   listener_.onDisplay(time, Subtitle(std::move(text)));
 }

@@ -30,6 +30,7 @@ class CaptionDisplayDecoder final : public IDisplayDecoder {
   void finish(MediaTime end) override;
 
  private:
+  bool execute(FieldIntake::Content content);
   void eraseIfIdle(MediaTime time);
   void tell(MediaTime time);
   void reportDamage(MediaTime time);

@@ -45,19 +45,19 @@ GlyphText extendedCharacter(BytePair pair) {
 
 }  // namespace
 
-bool CaptionReceiver::execute(const CaptionPair& pair) {
-  const auto [b1, b2] = pair.bytes;
-  if (pair.isControl && b1 == kMiscellaneous && b2 < kPreambleAddressCode) {
-    if (executeMiscellaneous(b2)) return true;
-  }
+bool CaptionReceiver::executeText(BytePair pair) {
   // Before the first command nobody knows where text belongs.
-  if (isText_ || style_ == CaptionMode::None) return false;
-  if (pair.isControl) {
-    executeControl(pair.bytes);
-  } else {
-    if (b1 != 0) print(basicCharacter(b1));
-    if (b2 != 0) print(basicCharacter(b2));
-  }
+  if (!isForCaptions()) return false;
+  if (pair.b1 != 0) print(basicCharacter(pair.b1));
+  if (pair.b2 != 0) print(basicCharacter(pair.b2));
+  return true;
+}
+
+bool CaptionReceiver::executeControl(BytePair pair) {
+  const bool isMiscellaneous = pair.b1 == kMiscellaneous && pair.b2 < kPreambleAddressCode;
+  if (isMiscellaneous && executeMiscellaneous(pair.b2)) return true;
+  if (!isForCaptions()) return false;
+  executeInRow(pair);
   return true;
 }
 
@@ -109,20 +109,21 @@ void CaptionReceiver::resume(CaptionMode style) {
 // window is, it starts at the bottom; else the pen stays, as after an interruption (CEA-608, C.15).
 void CaptionReceiver::startRollUp(CaptionMode style) {
   isText_ = false;
+  if (style_ == style && !isWindowGone_) return;
   if (!isRollUp(style_)) {
     for (CaptionScreen& screen : screens_) erase(screen);
-    changed_ = true;
   }
-  style_ = style;
+  changed_ = true;
   if (isWindowGone_) {
+    style_ = style;
     baseRow_ = kBottomRow;
     cursor_ = {.row = baseRow_, .column = 0};
-    pen_ = {};
+    pen_ = CaptionStyle{};
     return;
   }
-  moveBaseRow(baseRow_);
-  written().keepWindow(baseRow_, depth());
-  changed_ = true;
+  written().keepWindow(baseRow_, static_cast<std::int32_t>(rollUpDepth(style)));
+  moveBaseRow(std::max(baseRow_, static_cast<std::int32_t>(rollUpDepth(style))));
+  style_ = style;
 }
 
 // Exchanges the memories, in any style, and selects pop-on (CEA-608, C.10 and C.11).
@@ -133,7 +134,7 @@ void CaptionReceiver::endCaption() {
   changed_ = true;
 }
 
-void CaptionReceiver::executeControl(BytePair pair) {
+void CaptionReceiver::executeInRow(BytePair pair) {
   if (pair.b2 >= kPreambleAddressCode) return executePreambleAddress(pair);
   if (pair.b2 < kFirstPrintable) return;
   switch (pair.b1) {
@@ -159,11 +160,11 @@ void CaptionReceiver::executeEdit(std::uint8_t b2) {
   switch (b2) {
     case kBackspace:
       if (backUp()) written().erase(cursor_);
-      changed_ = true;
+      noteWriting();
       break;
     case kDeleteToEndOfRow:
       written().eraseToEndOfRow(cursor_);
-      changed_ = true;
+      noteWriting();
       break;
     case kFlashOn:
       printAttribute(styleHere());
@@ -179,10 +180,9 @@ void CaptionReceiver::executeEdit(std::uint8_t b2) {
 // Only roll-up knows lines.
 void CaptionReceiver::carriageReturn() {
   if (!isRollUp(style_)) return;
-  written().shift(1);
-  written().keepWindow(baseRow_, depth());
+  written().rollUp(baseRow_, depth());
   cursor_ = {.row = baseRow_, .column = 0};
-  pen_ = {};  // CEA-608, C.14
+  pen_ = CaptionStyle{};  // CEA-608, C.14
   changed_ = true;
 }
 
@@ -197,7 +197,7 @@ void CaptionReceiver::executePreambleAddress(BytePair pair) {
     cursor_.row = baseRow_;
     isWindowGone_ = false;
   }
-  pen_ = {
+  pen_ = CaptionStyle{
       .foreground = address.foreground, .italic = address.italic, .underline = address.underline};
   if (const CaptionStyle* onRow = written().styleOnRow(cursor_)) {
     pen_.background = onRow->background;
@@ -210,7 +210,7 @@ void CaptionReceiver::executePreambleAddress(BytePair pair) {
 void CaptionReceiver::moveBaseRow(std::int32_t row) {
   const std::int32_t base = std::max(row, depth());
   if (base == baseRow_) return;
-  written().shift(baseRow_ - base);
+  written().moveWindow(baseRow_, base, depth());
   cursor_.row = baseRow_ = base;
   changed_ = true;
 }
@@ -228,7 +228,7 @@ void CaptionReceiver::executeSpecialCharacter(std::uint8_t b2) {
   if (b2 != kTransparentSpace) return print(specialCharacter(b2));
   written().erase(cursor_);
   advance();
-  changed_ = true;
+  noteWriting();
 }
 
 // Replaces the basic character that older receivers show (CEA-608, 6.4.2).
@@ -268,12 +268,11 @@ void CaptionReceiver::executeTabOffsetOrAttribute(std::uint8_t b2) {
   }
 }
 
-void CaptionReceiver::print(GlyphText glyph) {
-  pen_ = styleHere();
-  written().write(cursor_, glyph, pen_, style_);
+void CaptionReceiver::print(const GlyphText& glyph) {
+  pen_ = written().write(cursor_, glyph, pen_, style_);
   advance();
   isWindowGone_ = false;
-  changed_ = true;
+  noteWriting();
 }
 
 void CaptionReceiver::printAttribute(const CaptionStyle& style) {
@@ -281,7 +280,7 @@ void CaptionReceiver::printAttribute(const CaptionStyle& style) {
   written().writeAttribute(cursor_, pen_, style_);
   advance();
   isWindowGone_ = false;
-  changed_ = true;
+  noteWriting();
 }
 
 // Background and black foreground codes replace the space before them, which older receivers show
@@ -311,6 +310,10 @@ bool CaptionReceiver::backUp() {
 void CaptionReceiver::erase(CaptionScreen& screen) {
   screen.clear();
   if (&screen == &screens_[displayedScreen_]) isWindowGone_ = true;
+}
+
+void CaptionReceiver::noteWriting() {
+  if (style_ != CaptionMode::PopOn) changed_ = true;
 }
 
 // Where the style writes: pop-on prepares the next caption, the others write what is seen.

@@ -19,9 +19,12 @@ class CaptionReceiver {
   CaptionReceiver(const CaptionReceiver&) = delete;
   CaptionReceiver& operator=(const CaptionReceiver&) = delete;
 
-  /// A pair of the service, in the form of data channel 1 and field 1. True when it was meant for
-  /// captions, false when for the text service in the same channel.
-  bool execute(const CaptionPair& pair);
+  /// Two characters, 0x20 to 0x7F, or 0x00 for none. True when they were for captions, false when
+  /// for the text service in the same channel.
+  bool executeText(BytePair pair);
+
+  /// A control code in the form of data channel 1 and field 1; answers the same.
+  bool executeControl(BytePair pair);
 
   /// Clears the screen, as automatic erasure does.
   void eraseDisplayed();
@@ -34,9 +37,10 @@ class CaptionReceiver {
   void clearChanged() { changed_ = false; }
 
  private:
-  void executeControl(BytePair pair);
+  bool isForCaptions() const { return !isText_ && style_ != CaptionMode::None; }
   bool executeMiscellaneous(std::uint8_t b2);
   void executeEdit(std::uint8_t b2);
+  void executeInRow(BytePair pair);
   void executePreambleAddress(BytePair pair);
   void executeMidRow(std::uint8_t b2);
   void executeSpecialCharacter(std::uint8_t b2);
@@ -50,13 +54,14 @@ class CaptionReceiver {
   void carriageReturn();
   void moveBaseRow(std::int32_t row);
 
-  void print(GlyphText glyph);
+  void print(const GlyphText& glyph);
   void printAttribute(const CaptionStyle& style);
   void replaceWithAttribute(const CaptionStyle& style);
   CaptionStyle styleHere() const;
   void advance();
   bool backUp();
   void erase(CaptionScreen& screen);
+  void noteWriting();
   std::size_t writtenScreen() const;
   CaptionScreen& written() { return screens_[writtenScreen()]; }
   std::int32_t depth() const { return static_cast<std::int32_t>(rollUpDepth(style_)); }

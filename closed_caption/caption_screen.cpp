@@ -5,9 +5,19 @@
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 
-void CaptionScreen::write(Place place, GlyphText glyph, const CaptionStyle& style,
-                          CaptionMode mode) {
-  put(place, {.glyph = glyph, .style = style, .isAttribute = false}, mode);
+CaptionStyle CaptionScreen::write(Place place, const GlyphText& glyph, const CaptionStyle& pen,
+                                  CaptionMode mode) {
+  auto& cells = row(place.row).cells;
+  const CaptionStyle* before = styleBefore(place);
+  const CaptionStyle style = before ? *before : pen;
+  if (before && place.column == cells.size()) {  // as most are: at the end of a row
+    Cell& cell = cells.emplace_back();
+    cell.glyph = glyph;
+    cell.style = style;
+  } else {
+    put(place, {.glyph = glyph, .style = style, .isAttribute = false}, mode);
+  }
+  return style;
 }
 
 void CaptionScreen::writeAttribute(Place place, const CaptionStyle& style, CaptionMode mode) {
@@ -17,8 +27,15 @@ void CaptionScreen::writeAttribute(Place place, const CaptionStyle& style, Capti
 void CaptionScreen::put(Place place, const Cell& cell, CaptionMode mode) {
   Row& target = row(place.row);
   auto& cells = target.cells;
-  if (cells.empty()) target.mode = mode;
-  if (cells.size() <= place.column) cells.resize(place.column + 1);
+  if (cells.empty()) {
+    target.mode = mode;
+    cells.reserve(kVisibleColumns);
+  }
+  if (place.column >= cells.size()) {  // nothing is overwritten
+    cells.resize(place.column);
+    cells.push_back(cell);
+    return;
+  }
 
   // Whoever overwrites what gave the characters to the right their attributes, a mid-row code or
   // the first character after a preamble, changes these too (CEA-608, C.7).
@@ -35,7 +52,7 @@ void CaptionScreen::put(Place place, const Cell& cell, CaptionMode mode) {
 void CaptionScreen::erase(Place place) {
   auto& cells = row(place.row).cells;
   if (place.column >= cells.size()) return;
-  cells[place.column] = {};
+  cells[place.column] = Cell{};
   trim(row(place.row));
 }
 
@@ -60,19 +77,23 @@ void CaptionScreen::keepWindow(std::int32_t base, std::int32_t count) {
   }
 }
 
-void CaptionScreen::shift(std::int32_t rows) {
+void CaptionScreen::rollUp(std::int32_t base, std::int32_t count) {
   // Rows change places, so that none gives up its memory.
-  const auto by = static_cast<std::ptrdiff_t>(rows < 0 ? kRows + rows : rows);
-  const auto gone = rows < 0 ? std::pair(kRows + rows, kRows) : std::pair(0, rows);
-  for (auto number = gone.first; number < gone.second; ++number) row(number + 1).cells.clear();
-  std::rotate(rows_.begin(), rows_.begin() + by, rows_.end());
+  const auto end = rows_.begin() + base;
+  const auto top = end - count;
+  top->cells.clear();
+  std::rotate(top, top + 1, end);
 }
 
-const CaptionStyle* CaptionScreen::styleBefore(Place place) const {
-  const auto& cells = row(place.row).cells;
-  if (place.column == 0 || place.column > cells.size()) return nullptr;
-  const Cell& before = cells[place.column - 1];
-  return before.isEmpty() ? nullptr : &before.style;
+void CaptionScreen::moveWindow(std::int32_t from, std::int32_t to, std::int32_t count) {
+  // The rows on the way are empty.
+  const auto first = rows_.begin() + (std::min(from, to) - count);
+  const auto last = rows_.begin() + std::max(from, to);
+  if (from < to) {
+    std::rotate(first, last - (to - from), last);
+  } else {
+    std::rotate(first, first + (from - to), last);
+  }
 }
 
 const CaptionStyle* CaptionScreen::styleOnRow(Place place) const {
@@ -83,14 +104,12 @@ const CaptionStyle* CaptionScreen::styleOnRow(Place place) const {
   return nullptr;
 }
 
-bool CaptionScreen::isEmpty() const {
-  return std::all_of(rows_.begin(), rows_.end(), [](const Row& row) { return row.cells.empty(); });
-}
-
 CaptionText CaptionScreen::toText() const {
   CaptionText text;
+  text.rows.reserve(4);  // a receiver need not show more (CEA-608, C.6)
   for (std::int32_t number = 1; number <= kRows; ++number) {
     const auto& cells = row(number).cells;
+    if (cells.empty()) continue;
     const bool isBlank = std::all_of(cells.begin(), cells.end(), [](const Cell& cell) {
       return cell.isEmpty() || cell.glyph.view() == " ";
     });

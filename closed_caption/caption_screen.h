@@ -11,13 +11,14 @@
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 
-/// How characters are written. Flash is not kept: no file could show it.
+/// How characters are written, in four bytes: there is one to each cell. Flash is not kept: no file
+/// could show it.
 struct CaptionStyle {
-  CaptionColour foreground = CaptionColour::White;
-  CaptionColour background = CaptionColour::Black;
-  CaptionOpacity backgroundOpacity = CaptionOpacity::Opaque;
-  bool italic = false;
-  bool underline = false;
+  CaptionColour foreground : 8 = CaptionColour::White;
+  CaptionColour background : 8 = CaptionColour::Black;
+  CaptionOpacity backgroundOpacity : 8 = CaptionOpacity::Opaque;
+  bool italic : 1 = false;
+  bool underline : 1 = false;
 
   friend bool operator==(const CaptionStyle&, const CaptionStyle&) = default;
 };
@@ -35,12 +36,12 @@ class CaptionScreen {
   struct Place {
     std::int32_t row = kRows;
     std::uint32_t column = 0;
-
-    friend bool operator==(const Place&, const Place&) = default;
   };
 
-  /// Writes a character. `mode` becomes that of a row that was empty.
-  void write(Place place, GlyphText glyph, const CaptionStyle& style, CaptionMode mode);
+  /// Writes a character with the attributes of the one before it, else with those of `pen`
+  /// (CEA-608, C.7), and returns which. `mode` becomes that of a row that was empty.
+  CaptionStyle write(Place place, const GlyphText& glyph, const CaptionStyle& pen,
+                     CaptionMode mode);
 
   /// Writes the space that a spacing attribute is shown as (CEA-608, 6.2; 47 CFR 79.101 (h)).
   void writeAttribute(Place place, const CaptionStyle& style, CaptionMode mode);
@@ -52,23 +53,26 @@ class CaptionScreen {
   /// Empties every row but `count` of them that end at `base`.
   void keepWindow(std::int32_t base, std::int32_t count);
 
-  /// Moves each row up by `rows`, or down where that is negative; what leaves the screen is gone.
-  void shift(std::int32_t rows);
+  /// Moves the `count` rows that end at `base` up by one; the top one is gone, the lowest empty.
+  void rollUp(std::int32_t base, std::int32_t count);
+
+  /// Moves the `count` rows that end at `from` so that they end at `to`. The others are empty.
+  void moveWindow(std::int32_t from, std::int32_t to, std::int32_t count);
 
   /// The style of the character just before `place`, or null when that cell is empty.
-  const CaptionStyle* styleBefore(Place place) const;
+  const CaptionStyle* styleBefore(Place place) const {
+    const auto& cells = row(place.row).cells;
+    if (place.column == 0 || place.column > cells.size()) return nullptr;
+    const Cell& before = cells[place.column - 1];
+    return before.isEmpty() ? nullptr : &before.style;
+  }
 
   /// The style of the last character of the row before `place`, or null when there is none.
   const CaptionStyle* styleOnRow(Place place) const;
 
-  /// Whether no cell holds anything.
-  bool isEmpty() const;
-
   /// Rows that hold nothing but spaces are left out. Runs part where the style changes or cells are
   /// empty, each with its true column.
   CaptionText toText() const;
-
-  friend bool operator==(const CaptionScreen&, const CaptionScreen&) = default;
 
  private:
   struct Cell {
@@ -77,14 +81,11 @@ class CaptionScreen {
     bool isAttribute = false;
 
     bool isEmpty() const { return glyph.view().empty(); }
-    friend bool operator==(const Cell&, const Cell&) = default;
   };
 
   struct Row {
     std::vector<Cell> cells;  // the last one is not empty
     CaptionMode mode = CaptionMode::None;
-
-    friend bool operator==(const Row&, const Row&) = default;
   };
 
   Row& row(std::int32_t number) { return rows_[static_cast<std::size_t>(number - 1)]; }

@@ -8,13 +8,6 @@ CaptionService CaptionService::fromNumber(std::uint32_t service) {
   return {static_cast<std::uint32_t>((before >> 1) + 1), service % 2 == 1 ? 1u : 2u};
 }
 
-std::optional<BytePair> line21Pair(std::span<const std::uint8_t, 3> triplet, std::uint32_t field) {
-  const bool isValid = (triplet[0] & 0x04) != 0;
-  const std::uint32_t type = triplet[0] & 0x03;  // 0, 1: the fields; 2, 3: DTVCC
-  if (!isValid || type > 1 || type != field - 1) return std::nullopt;
-  return BytePair{triplet[1], triplet[2]};
-}
-
 std::optional<CaptionPair> CaptionPairSelector::select(std::span<const std::uint8_t, 3> triplet) {
   const auto sent = line21Pair(triplet, service_.field);
   if (!sent) return std::nullopt;

@@ -34,7 +34,13 @@ inline constexpr std::uint8_t kSecondChannel = 0x08;   ///< in it: the code is f
 
 /// The pair of `field` (1 or 2) in a triplet (3 bytes; CEA-708, 4.4.1), with its parity bits;
 /// nothing when the triplet is not valid or holds something else.
-std::optional<BytePair> line21Pair(std::span<const std::uint8_t, 3> triplet, std::uint32_t field);
+inline std::optional<BytePair> line21Pair(std::span<const std::uint8_t, 3> triplet,
+                                          std::uint32_t field) {
+  const bool isValid = (triplet[0] & 0x04) != 0;
+  const std::uint32_t type = triplet[0] & 0x03;  // 0, 1: the fields; 2, 3: DTVCC
+  if (!isValid || type > 1 || type != field - 1) return std::nullopt;
+  return BytePair{triplet[1], triplet[2]};
+}
 
 /// What a pair asks of the decoder.
 struct CaptionPair {

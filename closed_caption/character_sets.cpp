@@ -52,19 +52,19 @@ constexpr auto kPortugueseGermanDanish = makeSet<32>({
 
 }  // namespace
 
-GlyphText basicCharacter(std::uint8_t code) {
+const GlyphText& basicCharacter(std::uint8_t code) {
   return kBasic[code & 0x7F];
 }
 
-GlyphText specialCharacter(std::uint8_t code) {
+const GlyphText& specialCharacter(std::uint8_t code) {
   return kSpecial[code & 0x0F];
 }
 
-GlyphText extendedSpanishFrench(std::uint8_t code) {
+const GlyphText& extendedSpanishFrench(std::uint8_t code) {
   return kSpanishFrench[code & 0x1F];
 }
 
-GlyphText extendedPortugueseGermanDanish(std::uint8_t code) {
+const GlyphText& extendedPortugueseGermanDanish(std::uint8_t code) {
   return kPortugueseGermanDanish[code & 0x1F];
 }
 

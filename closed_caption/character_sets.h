@@ -8,15 +8,15 @@
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 
 /// 0x01 to 0x7F: ASCII but for ten codes (CEA-608, table 50).
-GlyphText basicCharacter(std::uint8_t code);
+const GlyphText& basicCharacter(std::uint8_t code);
 
 /// 0x30 to 0x3F after 0x11 (CEA-608, table 49).
-GlyphText specialCharacter(std::uint8_t code);
+const GlyphText& specialCharacter(std::uint8_t code);
 
 /// 0x20 to 0x3F after 0x12: Spanish, miscellaneous and French (CEA-608, tables 5 to 7).
-GlyphText extendedSpanishFrench(std::uint8_t code);
+const GlyphText& extendedSpanishFrench(std::uint8_t code);
 
 /// 0x20 to 0x3F after 0x13: Portuguese, German and Danish (CEA-608, tables 8 to 10).
-GlyphText extendedPortugueseGermanDanish(std::uint8_t code);
+const GlyphText& extendedPortugueseGermanDanish(std::uint8_t code);
 
 }  // namespace korr::encoding::subtitling::closed_caption::inline v2

@@ -25,71 +25,70 @@ bool isControl(std::uint8_t b1) {
 
 }  // namespace
 
-std::optional<CaptionPair> FieldIntake::take(BytePair sent, MediaTime time) {
+FieldIntake::Content FieldIntake::take(BytePair sent, MediaTime time) {
+  pair_ = {withoutParity(sent.b1), withoutParity(sent.b2)};
+  wasDamaged_ = false;
+  if (pair_ == BytePair{}) return Content::Nothing;  // parts nothing from its repetition
+
   const bool isFirstRight = parity_.accepts(sent.b1);
   const bool isSecondRight = parity_.accepts(sent.b2);
   wasDamaged_ = !isFirstRight || !isSecondRight;
+  if (isFirstRight && isSecondRight && isControl(pair_.b1)) return takeControl(time);
 
-  const BytePair pair{withoutParity(sent.b1), withoutParity(sent.b2)};
-  if (pair == BytePair{}) return std::nullopt;  // parts nothing from its repetition
-  if (isFirstRight && isControl(pair.b1)) return takeControl(pair, isSecondRight, time);
-
-  const auto before = std::exchange(lastControl_, std::nullopt);
-  if (!isFirstRight) {
-    // The repetition of a code whose first byte is damaged is known by its second one
-    // (47 CFR 79.101, control codes); any other code that is damaged there has a second copy.
-    if (before && isSecondRight && pair.b2 == before->pair.b2) return std::nullopt;
-    if (pair.b1 < kFirstPrintable) return std::nullopt;
-  } else if (pair.b1 != 0 && pair.b1 < kFirstControl) {
-    takeExtendedData(pair.b1);
-    return std::nullopt;
+  const bool isLost = isFirstRight ? isControl(pair_.b1) : isDamagedControl(isSecondRight);
+  lastControl_.reset();
+  if (isLost) return Content::Nothing;
+  if (isFirstRight && pair_.b1 != 0 && pair_.b1 < kFirstControl) {
+    takeExtendedData();
+    return Content::Nothing;
   }
-  return takeText(pair, isFirstRight, isSecondRight);
+  return takeText(isFirstRight, isSecondRight);
+}
+
+// Whether a pair whose first byte is damaged was a control code. A repetition is known by its
+// second byte (47 CFR 79.101, control codes); any other code has a copy, and needs no guess.
+bool FieldIntake::isDamagedControl(bool isSecondRight) const {
+  if (lastControl_ && isSecondRight && pair_.b2 == lastControl_->pair.b2) return true;
+  return pair_.b1 < kFirstPrintable;
 }
 
 // A first byte of 0x01 to 0x0F begins, goes on with or ends a packet (CEA-608, 8.6); in field 1 it
 // means nothing (CEA-608, D.2).
-void FieldIntake::takeExtendedData(std::uint8_t b1) {
-  if (service_.field == 2) isExtendedData_ = b1 != kExtendedDataEnd;
+void FieldIntake::takeExtendedData() {
+  if (service_.field == 2) isExtendedData_ = pair_.b1 != kExtendedDataEnd;
 }
 
-std::optional<CaptionPair> FieldIntake::takeControl(BytePair pair, bool isSecondRight,
-                                                    MediaTime time) {
-  if (!isSecondRight) {
-    lastControl_.reset();
-    return std::nullopt;
-  }
+FieldIntake::Content FieldIntake::takeControl(MediaTime time) {
   isExtendedData_ = false;  // a control code returns to captions or text (CEA-608, 8.6.2)
-  channel_ = (pair.b1 & kSecondChannel) != 0 ? 2 : 1;
-  if (isRepetition(pair, time) || channel_ != service_.channel) return std::nullopt;
-  return CaptionPair{true, inFirstChannelForm(pair)};
+  channel_ = (pair_.b1 & kSecondChannel) != 0 ? 2 : 1;
+  if (isRepetition(time) || channel_ != service_.channel) return Content::Nothing;
+  bringIntoFirstChannelForm();
+  return Content::Control;
 }
 
-std::optional<CaptionPair> FieldIntake::takeText(BytePair pair, bool isFirstRight,
-                                                 bool isSecondRight) {
-  if (isExtendedData_ || channel_ != service_.channel) return std::nullopt;
-  if (!isFirstRight) pair.b1 = kSolidBlock;
-  if (!isSecondRight) pair.b2 = kSolidBlock;
-  if (pair.b2 < kFirstPrintable) pair.b2 = 0;
-  return CaptionPair{false, pair};
+FieldIntake::Content FieldIntake::takeText(bool isFirstRight, bool isSecondRight) {
+  if (isExtendedData_ || channel_ != service_.channel) return Content::Nothing;
+  if (!isFirstRight) pair_.b1 = kSolidBlock;
+  if (!isSecondRight) pair_.b2 = kSolidBlock;
+  if (pair_.b2 < kFirstPrintable) pair_.b2 = 0;
+  return Content::Text;
 }
 
 // The second of two equal codes is dropped, a third one runs again (CEA-608, 8.3).
-bool FieldIntake::isRepetition(BytePair pair, MediaTime time) {
-  const auto before = std::exchange(lastControl_, SentControl{pair, time});
-  if (!before || before->pair != pair || time - before->time > kRepetitionWindow) return false;
+bool FieldIntake::isRepetition(MediaTime time) {
+  const auto before = std::exchange(lastControl_, SentControl{pair_, time});
+  if (!before || before->pair != pair_ || time - before->time > kRepetitionWindow) return false;
   lastControl_.reset();
   return true;
 }
 
 // Field 2 sends the miscellaneous codes, and only these, one higher (CEA-608, 8.4). Encoders that
 // do not are understood too, deliberately.
-BytePair FieldIntake::inFirstChannelForm(BytePair pair) const {
-  pair.b1 = static_cast<std::uint8_t>(pair.b1 & ~kSecondChannel);
-  if (service_.field == 2 && pair.b1 == kMiscellaneousField2 && pair.b2 < kPreambleAddressCode) {
-    pair.b1 = kMiscellaneous;
+void FieldIntake::bringIntoFirstChannelForm() {
+  pair_.b1 = static_cast<std::uint8_t>(pair_.b1 & ~kSecondChannel);
+  if (service_.field == 2 && pair_.b1 == kMiscellaneousField2 && pair_.b2 < kPreambleAddressCode) {
+    pair_.b1 = kMiscellaneous;
   }
-  return pair;
 }
 
 }  // namespace korr::encoding::subtitling::closed_caption::inline v2

@@ -16,9 +16,15 @@ class FieldIntake {
  public:
   explicit FieldIntake(CaptionService service) : service_(service) {}
 
-  /// What to execute for `sent`, a pair of the field with its parity bits shown at `time` (100 ns),
-  /// or nothing. A character of wrong parity comes as a solid block; 0x00 is none.
-  std::optional<CaptionPair> take(BytePair sent, MediaTime time);
+  enum class Content { Nothing, Text, Control };
+
+  /// What `sent`, a pair of the field with its parity bits, shown at `time` (100 ns), holds for the
+  /// service; `pair` has its bytes.
+  Content take(BytePair sent, MediaTime time);
+
+  /// A control code in the form of data channel 1 and field 1, or two characters: 0x00 is none,
+  /// and one of wrong parity is a solid block.
+  BytePair pair() const { return pair_; }
 
   /// Whether the last pair had wrong parity.
   bool wasDamaged() const { return wasDamaged_; }
@@ -29,14 +35,16 @@ class FieldIntake {
     MediaTime time = 0;
   };
 
-  std::optional<CaptionPair> takeControl(BytePair pair, bool isSecondRight, MediaTime time);
-  std::optional<CaptionPair> takeText(BytePair pair, bool isFirstRight, bool isSecondRight);
-  void takeExtendedData(std::uint8_t b1);
-  bool isRepetition(BytePair pair, MediaTime time);
-  BytePair inFirstChannelForm(BytePair pair) const;
+  Content takeControl(MediaTime time);
+  Content takeText(bool isFirstRight, bool isSecondRight);
+  void takeExtendedData();
+  bool isDamagedControl(bool isSecondRight) const;
+  bool isRepetition(MediaTime time);
+  void bringIntoFirstChannelForm();
 
   const CaptionService service_;
   ParityCheck parity_;
+  BytePair pair_;
   std::uint32_t channel_ = 0;               // of the last control code; 0 before the first
   std::optional<SentControl> lastControl_;  // the last pair, if its repetition may follow
   bool isExtendedData_ = false;             // characters belong to XDS

@@ -19,7 +19,8 @@ class ParityCheck {
     const unsigned code = byte & ~unsigned{kParityBit};
     if (code == 0) return true;
     const bool hasParityBit = (byte & kParityBit) != 0;
-    const bool needsParityBit = std::popcount(code) % 2 == 0;
+    const unsigned folded = (code ^ code >> 4) & 0x0F;
+    const bool needsParityBit = (kOddNibbles >> folded & 1) == 0;
     if (needsParityBit) observe(hasParityBit);
     return hasParityBit == needsParityBit || isStripped();
   }
@@ -29,6 +30,7 @@ class ParityCheck {
 
  private:
   static constexpr int kWindow = 32;
+  static constexpr unsigned kOddNibbles = 0x6996;  // bit n: n has an odd number of ones
 
   void observe(bool hasParityBit) {
     window_ = window_ << 1 | (hasParityBit ? 1u : 0u);

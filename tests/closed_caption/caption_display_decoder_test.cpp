@@ -399,6 +399,14 @@ TEST(CaptionDisplayDecoder, ErasesACaptionWithoutDataFor16Seconds) {
   }
 }
 
+TEST(CaptionDisplayDecoder, TellsNothingWhereNothingChanges) {
+  Receiver it;
+  it.feed(paintOn(15).text("A")).feed(popOn().text("A").endOfCaption()).feed(popOn());
+  it.feed(
+      CaptionBuilder().eraseNonDisplayedMemory().resumeDirectCaptioning().preamble(1).text(" "));
+  EXPECT_THAT(it.displays(), ElementsAre(Pair(33, ElementsAre("15@0:A"))));
+}
+
 TEST(CaptionDisplayDecoder, SurvivesWhatIsNoCaption) {
   auto unit = popOn().text("Hi").endOfCaption().take();
   for (const int header : {0xF8, 0xFE, 0xFF}) {  // not valid; DTVCC
