@@ -1,7 +1,6 @@
 #include "cues/growing_rows.h"
 
 #include <algorithm>
-#include <span>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -11,35 +10,59 @@ namespace {
 
 using encoding::subtitling::CaptionMode;
 using encoding::subtitling::CaptionText;
-using encoding::subtitling::GlyphText;
 using encoding::subtitling::Subtitle;
 
-struct Cell {
-  std::uint32_t column;
-  const GlyphText* glyph;
-  const CaptionText::TextRun* run;
+// Walks the characters of a row that has some.
+class RowWalk {
+ public:
+  explicit RowWalk(const CaptionText::TextRow& row) : run_(row.runs.begin()), end_(row.runs.end()) {
+    skipEmptyRuns();
+  }
+
+  bool isAtEnd() const { return run_ == end_; }
+
+  void advance() {
+    if (++glyph_ == run_->glyphs.size()) {
+      ++run_;
+      glyph_ = 0;
+      skipEmptyRuns();
+    }
+  }
+
+  bool looksLike(const RowWalk& other) const {
+    const auto looks = [](const RowWalk& walk) {
+      const auto& run = *walk.run_;
+      return std::tuple(run.column + walk.glyph_, run.glyphs[walk.glyph_], run.foreground,
+                        run.background, run.backgroundOpacity, run.underline, run.italic);
+    };
+    return looks(*this) == looks(other);
+  }
+
+ private:
+  void skipEmptyRuns() {
+    while (run_ != end_ && run_->glyphs.empty()) ++run_;
+  }
+
+  std::vector<CaptionText::TextRun>::const_iterator run_;
+  std::vector<CaptionText::TextRun>::const_iterator end_;
+  std::size_t glyph_ = 0;
 };
 
-std::vector<Cell> cellsOf(const CaptionText::TextRow& row) {
-  std::vector<Cell> cells;
-  for (const auto& run : row.runs) {
-    std::uint32_t column = run.column;
-    for (const auto& glyph : run.glyphs) cells.push_back({column++, &glyph, &run});
+std::size_t sizeOf(const CaptionText::TextRow& row) {
+  std::size_t size = 0;
+  for (const auto& run : row.runs) size += run.glyphs.size();
+  return size;
+}
+
+// How many characters both rows begin with.
+std::size_t commonStart(const CaptionText::TextRow& left, const CaptionText::TextRow& right) {
+  std::size_t count = 0;
+  RowWalk other(right);
+  for (RowWalk walk(left); !walk.isAtEnd() && !other.isAtEnd() && walk.looksLike(other); ++count) {
+    walk.advance();
+    other.advance();
   }
-  return cells;
-}
-
-bool areEqual(const Cell& left, const Cell& right) {
-  const auto looks = [](const Cell& cell) {
-    return std::tie(cell.column, *cell.glyph, cell.run->foreground, cell.run->background,
-                    cell.run->backgroundOpacity, cell.run->underline, cell.run->italic);
-  };
-  return looks(left) == looks(right);
-}
-
-std::size_t commonStart(std::span<const Cell> left, std::span<const Cell> right) {
-  const auto end = std::mismatch(left.begin(), left.end(), right.begin(), right.end(), areEqual);
-  return static_cast<std::size_t>(end.first - left.begin());
+  return count;
 }
 
 // Written on the screen letter by letter.
@@ -57,10 +80,9 @@ bool isWritten(const Subtitle& subtitle) {
 // one (CEA-608, 6.4.2).
 bool hasGrown(const CaptionText::TextRow& before, const CaptionText::TextRow& now) {
   if (before.number != now.number || !isWritten(now)) return false;
-  const auto old = cellsOf(before);
-  const auto cells = cellsOf(now);
-  const std::size_t common = commonStart(old, cells);
-  return cells.size() >= old.size() && common + 1 >= old.size() && (common > 0 || old.size() == 1);
+  const std::size_t size = sizeOf(before);
+  const std::size_t common = commonStart(before, now);
+  return sizeOf(now) >= size && common + 1 >= size && (common > 0 || size == 1);
 }
 
 // Whether `now` is `before` with more letters in its rows.
@@ -78,9 +100,7 @@ bool hasGrown(const Subtitle& before, const Subtitle& now) {
 
 // Whether one row begins with all of the other, wherever they stand.
 bool isPartOf(const CaptionText::TextRow& part, const CaptionText::TextRow& row) {
-  const auto cells = cellsOf(part);
-  const auto others = cellsOf(row);
-  return commonStart(cells, others) == std::min(cells.size(), others.size());
+  return commonStart(part, row) == std::min(sizeOf(part), sizeOf(row));
 }
 
 // Whether `now` shows all of `before`, moved or not, but for letters that were taken back.
@@ -112,22 +132,32 @@ void GrowingRows::holdForFile(MediaTime time, Subtitle subtitle) {
       held_->lastChange = time;
       return;
     }
-    const bool isTooShort = isWritten(held_->subtitle) && time - held_->time < kShortest;
-    if (isTooShort && keepsRows(held_->subtitle, subtitle)) {
+    if (isOnItsWay(time) && keepsRows(held_->subtitle, subtitle)) {
       held_.reset();  // the display before it stays until `time`
     } else {
-      if (isTooShort) time = held_->time + kShortest;
+      if (isWritten(held_->subtitle)) time = std::max(time, held_->time + kShortest);
       finish();
     }
   }
   held_.emplace(Display{.time = time, .lastChange = time, .subtitle = std::move(subtitle)});
 }
 
+// Whether what is held makes no display of its own until `time`: too short, or rows that only move
+// up for the one to come.
+bool GrowingRows::isOnItsWay(MediaTime time) const {
+  if (!isWritten(held_->subtitle)) return false;
+  const MediaTime duration = time - held_->time;
+  if (duration < kShortest) return true;
+  return duration < kLongestRoll &&
+         held_->subtitle.captionText()->rows.size() <= told_.captionText()->rows.size() &&
+         keepsRows(held_->subtitle, told_);
+}
+
 void GrowingRows::throttle(MediaTime time, Subtitle subtitle) {
   if (held_ && !hasGrown(held_->subtitle, subtitle) && !keepsRows(held_->subtitle, subtitle)) {
     finish();
   }
-  if (wasWritten_ && isWritten(subtitle) && time < lastTime_ + kLiveInterval) {
+  if (isWritten(told_) && isWritten(subtitle) && time < lastTime_ + kLiveInterval) {
     held_.emplace(Display{.time = time, .lastChange = time, .subtitle = std::move(subtitle)});
     return;
   }
@@ -150,7 +180,7 @@ void GrowingRows::finish() {
 
 void GrowingRows::tell(MediaTime time, Subtitle subtitle) {
   lastTime_ = std::max(lastTime_, time);
-  wasWritten_ = isWritten(subtitle);
+  told_ = Subtitle(subtitle.captionText() ? *subtitle.captionText() : CaptionText{});
   listener_.onDisplay(lastTime_, std::move(subtitle));
 }
 

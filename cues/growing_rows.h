@@ -23,6 +23,10 @@ class GrowingRows final : public encoding::subtitling::IDisplayListener {
   /// No written caption is shown for a shorter time: two frames of 29.97 a second, to the tick.
   static constexpr MediaTime kShortest = 66 * encoding::subtitling::kMillisecond;
 
+  /// Rows that move up for the next one are no display of their own for so long: a receiver may
+  /// take 0.433 s to move them (CEA-608, C.3).
+  static constexpr MediaTime kLongestRoll = 433 * encoding::subtitling::kMillisecond;
+
   /// A row that rests for longer is no longer being written; what comes then is a display of its
   /// own.
   static constexpr MediaTime kLongestPause = 4 * encoding::subtitling::kSecond;
@@ -50,14 +54,15 @@ class GrowingRows final : public encoding::subtitling::IDisplayListener {
   };
 
   void holdForFile(MediaTime time, Subtitle subtitle);
+  bool isOnItsWay(MediaTime time) const;
   void throttle(MediaTime time, Subtitle subtitle);
   void tell(MediaTime time, Subtitle subtitle);
 
   IDisplayListener& listener_;
   const Output output_;
   std::optional<Display> held_;
-  MediaTime lastTime_ = 0;   // of the last display told
-  bool wasWritten_ = false;  // it held a row that was written on the screen
+  MediaTime lastTime_ = 0;                              // of the last display told
+  Subtitle told_{encoding::subtitling::CaptionText{}};  // it, if captions
 };
 
 }  // namespace korr::txsub

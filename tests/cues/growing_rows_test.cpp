@@ -63,7 +63,6 @@ TEST(GrowingRows, ShowsRowsOfAFileWholeFromTheirFirstLetter) {
   it.send(rollUp("THE FIRST.")).wait(1000).send(rollUp("A SECOND ONE.")).wait(1000);
   EXPECT_THAT(it.finish(),
               ElementsAre(Pair(120, ElementsAre("15@0:THE FIRST.")),
-                          Pair(1360, ElementsAre("14@0:THE FIRST.")),
                           Pair(1440, ElementsAre("14@0:THE FIRST.", "15@0:A SECOND ONE.")),
                           Pair(2720, IsEmpty())));
 }
@@ -85,9 +84,8 @@ TEST(GrowingRows, KeepsWhatWasTakenBackAndWhatCameMuchLater) {
   it.send(CaptionBuilder().text("OW")).wait(5000).send(CaptionBuilder().text("!")).wait(1000);
   EXPECT_THAT(
       it.finish(),
-      ElementsAre(Pair(120, ElementsAre("15@0:A CAT")), Pair(1240, ElementsAre("15@0:A CA")),
-                  Pair(1360, ElementsAre("15@0:A COW")), Pair(6440, ElementsAre("15@0:A COW!")),
-                  Pair(7480, IsEmpty())))
+      ElementsAre(Pair(120, ElementsAre("15@0:A CAT")), Pair(1360, ElementsAre("15@0:A COW")),
+                  Pair(6440, ElementsAre("15@0:A COW!")), Pair(7480, IsEmpty())))
       << "a row that rested is no longer being written";
 }
 
