@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "chain/conversion_chain.h"
+#include "closed_caption/caption_display_decoder.h"
 #include "closed_caption/closed_caption_parser.h"
+#include "cues/growing_rows.h"
 #include "testkit/encoders/caption_builder.h"
 
 namespace korr::encoding::subtitling {
@@ -71,6 +73,33 @@ void decode(benchmark::State& state, const std::vector<std::uint8_t>& triplets) 
 BENCHMARK_CAPTURE(decode, popOn, popOnCaption());
 BENCHMARK_CAPTURE(decode, rollUp, rollUpRow());
 BENCHMARK_CAPTURE(decode, padding, padding());
+
+/// Takes what is shown and forgets it.
+class Viewer final : public IDisplayListener {
+ public:
+  void onDisplay(MediaTime, Subtitle subtitle) override { benchmark::DoNotOptimize(subtitle); }
+};
+
+/// The same as a receiver shows it, another text each time.
+void decodeAsReceiver(benchmark::State& state, const std::vector<std::uint8_t>& triplets) {
+  auto others = triplets;
+  for (auto& byte : others) {
+    if (byte == 0x54) byte = 0x57;  // T to W, of equal parity
+  }
+  Viewer viewer;
+  closed_caption::CaptionDisplayDecoder decoder(1, viewer, nullptr);
+  MediaTime time = 0;
+  bool isOther = false;
+  for (auto _ : state) {
+    decoder.decode(isOther ? others : triplets, time += kSecond);
+    isOther = !isOther;
+  }
+  state.SetItemsProcessed(state.iterations() *
+                          static_cast<std::int64_t>(triplets.size() / kTripletBytes));
+}
+BENCHMARK_CAPTURE(decodeAsReceiver, popOn, popOnCaption());
+BENCHMARK_CAPTURE(decodeAsReceiver, rollUp, rollUpRow());
+BENCHMARK_CAPTURE(decodeAsReceiver, padding, padding());
 
 /// The one pair of a picture.
 class PictureItem final : public packaging::lib_parse_es::IMediaItem {
@@ -137,6 +166,25 @@ void convert(benchmark::State& state, const std::vector<std::uint8_t>& triplets)
 BENCHMARK_CAPTURE(convert, popOn, popOnCaption());
 BENCHMARK_CAPTURE(convert, rollUp, rollUpRow());
 BENCHMARK_CAPTURE(convert, padding, padding());
+
+/// The same pictures as a receiver shows them in a file: no slower than 0.9 of `convert`.
+void show(benchmark::State& state, const std::vector<std::uint8_t>& triplets) {
+  constexpr MediaTime kPicture = 333'667;
+  Viewer viewer;
+  txsub::GrowingRows rows(viewer, txsub::GrowingRows::Output::File);
+  closed_caption::CaptionDisplayDecoder decoder(1, rows, nullptr);
+  MediaTime time = 0;
+  for (auto _ : state) {
+    for (std::size_t at = 0; at < triplets.size(); at += kTripletBytes) {
+      decoder.decode(std::span(triplets).subspan(at, kTripletBytes), time += kPicture);
+    }
+  }
+  state.SetItemsProcessed(state.iterations() *
+                          static_cast<std::int64_t>(triplets.size() / kTripletBytes));
+}
+BENCHMARK_CAPTURE(show, popOn, popOnCaption());
+BENCHMARK_CAPTURE(show, rollUp, rollUpRow());
+BENCHMARK_CAPTURE(show, padding, padding());
 
 }  // namespace
 }  // namespace korr::encoding::subtitling
