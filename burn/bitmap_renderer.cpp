@@ -1,7 +1,6 @@
 #include "burn/bitmap_renderer.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "util/exception.h"
 
@@ -71,16 +70,12 @@ class StretchedBitmap {
 
 }  // namespace
 
-FrameBuffer& BitmapRenderer::draw(FrameBuffer& frame, MediaTime time) {
-  auto subtitle = container_.currentSubtitle(time);
-  if (last_.isStillOn(frame, subtitle)) return frame;
+void BitmapRenderer::paint(FrameBuffer& frame, const Subtitle& subtitle) {
   const SubtitleBitmap* const bitmap = subtitle.bitmap();
   if (!bitmap) throw util::TessaryException("Unexpected subtitle type");
   const bool hasPixels = bitmap->visible != 0 && bitmap->width != 0 && bitmap->height != 0;
   if (hasPixels && !frame.picture().isEmpty())
     StretchedBitmap(*bitmap, frame.picture()).drawInto(frame);
-  last_.remember(frame, std::move(subtitle));
-  return frame;
 }
 
 }  // namespace korr::encoding::subtitling::burn::inline v2_1

@@ -2,20 +2,19 @@
 #pragma once
 
 #include "burn/burn_renderer.h"
-#include "model/interfaces.h"
 
 namespace korr::encoding::subtitling::burn::inline v2_1 {
 
 /// Stretches the display's picture over the frame's picture.
-class BitmapRenderer final : public BurnRenderer {
+class BitmapRenderer final : public SubtitleRenderer {
  public:
-  explicit BitmapRenderer(ISubtitleContainer& container) : container_(container) {}
+  /// `container` is not owned.
+  explicit BitmapRenderer(ISubtitleContainer& container) : SubtitleRenderer(&container) {}
 
-  FrameBuffer& draw(FrameBuffer& frame, MediaTime time) override;
+  /// For `paint` alone.
+  BitmapRenderer() : SubtitleRenderer(nullptr) {}
 
- private:
-  ISubtitleContainer& container_;
-  LastDrawing last_;
+  void paint(FrameBuffer& frame, const Subtitle& subtitle) override;
 };
 
 }  // namespace korr::encoding::subtitling::burn::inline v2_1

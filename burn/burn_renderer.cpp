@@ -4,17 +4,21 @@
 
 namespace korr::encoding::subtitling::burn::inline v2_1 {
 
-bool LastDrawing::isStillOn(const FrameBuffer& frame, const Subtitle& subtitle) const {
-  return subtitle_ && memory_ == frame.data() && generation_ == frame.generation &&
-         bounds_ == frame.bounds() && picture_ == frame.picture() && *subtitle_ == subtitle;
+FrameBuffer& SubtitleRenderer::draw(FrameBuffer& frame, MediaTime time) {
+  auto subtitle = container_->currentSubtitle(time);
+  if (isStillOn(frame, subtitle)) return frame;
+  paint(frame, subtitle);
+  last_.emplace(Drawn{.memory = frame.data(),
+                      .bounds = frame.bounds(),
+                      .picture = frame.picture(),
+                      .subtitle = std::move(subtitle)});
+  return frame;
 }
 
-void LastDrawing::remember(const FrameBuffer& frame, Subtitle subtitle) {
-  memory_ = frame.data();
-  generation_ = frame.generation;
-  bounds_ = frame.bounds();
-  picture_ = frame.picture();
-  subtitle_ = std::move(subtitle);
+bool SubtitleRenderer::isStillOn(const FrameBuffer& frame, const Subtitle& subtitle) const {
+  return frame.isUntouched && last_ && last_->memory == frame.data() &&
+         last_->bounds == frame.bounds() && last_->picture == frame.picture() &&
+         last_->subtitle == subtitle;
 }
 
 }  // namespace korr::encoding::subtitling::burn::inline v2_1

@@ -4,34 +4,47 @@
 #include <optional>
 
 #include "burn/frame_buffer.h"
-#include "model/media_time.h"
-#include "model/subtitle.h"
+#include "model/interfaces.h"
 
 namespace korr::encoding::subtitling::burn::inline v2_1 {
 
-/// Draws the subtitle of a container, which it does not own. Not thread-safe.
+/// Draws subtitles into frames. Not thread-safe.
 class BurnRenderer {
  public:
   virtual ~BurnRenderer() = default;
 
-  /// Draws the subtitle current at `time` into `frame` and returns the frame. A frame that it drew
-  /// last, of the same generation and with an equal subtitle, is left as it is. Throws "Unexpected
-  /// subtitle type" for a kind that it cannot draw, and what the container throws.
+  /// Draws what the container that the renderer was made with shows at `time` into `frame` and
+  /// returns the frame. A frame that says that it is untouched since this renderer drew an equal
+  /// subtitle into it is left as it is. Throws "Unexpected subtitle type" for a kind that it cannot
+  /// draw, and what the container throws.
   virtual FrameBuffer& draw(FrameBuffer& frame, MediaTime time) = 0;
 };
 
-/// What a renderer drew last, and where.
-class LastDrawing {
+/// The drawing of one kind of subtitle, and with it of whatever a container shows.
+class SubtitleRenderer : public BurnRenderer {
  public:
-  bool isStillOn(const FrameBuffer& frame, const Subtitle& subtitle) const;
-  void remember(const FrameBuffer& frame, Subtitle subtitle);
+  /// `container` is not owned; without one only `paint` may be called.
+  explicit SubtitleRenderer(ISubtitleContainer* container) : container_(container) {}
+
+  FrameBuffer& draw(FrameBuffer& frame, MediaTime time) final;
+
+  /// Draws a given subtitle over whatever the frame holds. Throws "Unexpected subtitle type" for a
+  /// kind that it cannot draw.
+  virtual void paint(FrameBuffer& frame, const Subtitle& subtitle) = 0;
 
  private:
-  const std::uint32_t* memory_ = nullptr;
-  std::uint64_t generation_ = 0;
-  Rectangle bounds_;
-  Rectangle picture_;
-  std::optional<Subtitle> subtitle_;
+  /// What was drawn last, and where.
+  struct Drawn {
+    const std::uint32_t* memory = nullptr;
+    Rectangle bounds;
+    Rectangle picture;
+    Subtitle subtitle;
+  };
+
+  bool isStillOn(const FrameBuffer& frame, const Subtitle& subtitle) const;
+
+  ISubtitleContainer* container_;
+  std::optional<Drawn> last_;
 };
 
 }  // namespace korr::encoding::subtitling::burn::inline v2_1

@@ -1,7 +1,6 @@
 #include "burn/closed_captions_renderer.h"
 
 #include <string>
-#include <utility>
 
 #include "util/exception.h"
 #include "util/utf.h"
@@ -76,19 +75,15 @@ ClosedCaptionsRenderer::Layout ClosedCaptionsRenderer::layoutOf(std::int64_t pic
   return layout;
 }
 
-ClosedCaptionsRenderer::ClosedCaptionsRenderer(ISubtitleContainer& container,
+ClosedCaptionsRenderer::ClosedCaptionsRenderer(ISubtitleContainer* container,
                                                burn::TextDrawing& drawing)
-    : container_(container), drawing_(drawing) {
+    : SubtitleRenderer(container), drawing_(drawing) {
   style_.family = "Lucida Console";
 }
 
-burn::FrameBuffer& ClosedCaptionsRenderer::draw(burn::FrameBuffer& frame, MediaTime time) {
-  auto subtitle = container_.currentSubtitle(time);
-  if (last_.isStillOn(frame, subtitle)) return frame;
+void ClosedCaptionsRenderer::paint(burn::FrameBuffer& frame, const Subtitle& subtitle) {
   if (!subtitle.captionText()) throw util::TessaryException("Unexpected subtitle type");
   drawText(frame, *subtitle.captionText());
-  last_.remember(frame, std::move(subtitle));
-  return frame;
 }
 
 void ClosedCaptionsRenderer::drawText(burn::FrameBuffer& frame, const CaptionText& text) {

@@ -3,12 +3,11 @@
 
 #include "burn/burn_renderer.h"
 #include "burn/text_drawing.h"
-#include "model/interfaces.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 
 /// Draws caption screens on a grid of 34 by 15 cells over the inner 80 % of the picture.
-class ClosedCaptionsRenderer final : public burn::BurnRenderer {
+class ClosedCaptionsRenderer final : public burn::SubtitleRenderer {
  public:
   /// The grid of one picture size, in pixels from the picture's corner.
   struct Layout {
@@ -24,19 +23,24 @@ class ClosedCaptionsRenderer final : public burn::BurnRenderer {
   static Layout layoutOf(std::int64_t pictureWidth, std::int64_t pictureHeight);
 
   /// Neither `container`, the caption parser's, nor `drawing` is owned.
-  ClosedCaptionsRenderer(ISubtitleContainer& container, burn::TextDrawing& drawing);
+  ClosedCaptionsRenderer(ISubtitleContainer& container, burn::TextDrawing& drawing)
+      : ClosedCaptionsRenderer(&container, drawing) {}
 
-  burn::FrameBuffer& draw(burn::FrameBuffer& frame, MediaTime time) override;
+  /// For `paint` alone.
+  explicit ClosedCaptionsRenderer(burn::TextDrawing& drawing)
+      : ClosedCaptionsRenderer(nullptr, drawing) {}
+
+  void paint(burn::FrameBuffer& frame, const Subtitle& subtitle) override;
 
  private:
+  ClosedCaptionsRenderer(ISubtitleContainer* container, burn::TextDrawing& drawing);
+
   void drawText(burn::FrameBuffer& frame, const CaptionText& text);
   void drawRun(burn::FrameBuffer& frame, const CaptionText::TextRun& run, std::int64_t top);
 
-  ISubtitleContainer& container_;
   burn::TextDrawing& drawing_;
   burn::TextStyle style_;
   Layout layout_ = layoutOf(720, 576);
-  burn::LastDrawing last_;
 };
 
 }  // namespace korr::encoding::subtitling::closed_caption::inline v2

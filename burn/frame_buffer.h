@@ -42,9 +42,9 @@ class FrameBuffer {
   Rectangle bounds() const { return {0, 0, width_, height_}; }
   const std::uint32_t* data() const { return pixels_.data(); }
 
-  /// To be changed by whoever has painted a new picture into the same memory: a renderer leaves a
-  /// frame of the same memory and generation alone when its subtitle has not changed.
-  std::uint64_t generation = 0;
+  /// Whether the memory still holds what a renderer drew there last, as only its owner knows: then
+  /// an unchanged subtitle is not drawn again.
+  bool isUntouched = false;
 
   /// Lays `colour` over a rectangle.
   void fill(const Rectangle& rectangle, Argb colour);

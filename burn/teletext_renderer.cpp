@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 
 #include "util/exception.h"
 #include "util/utf.h"
@@ -52,19 +51,15 @@ ShownCells shownCells(const TeletextText::Run& run) {
 
 }  // namespace
 
-TeletextRenderer::TeletextRenderer(ISubtitleContainer& container, burn::TextDrawing& drawing)
-    : container_(container), drawing_(drawing) {
+TeletextRenderer::TeletextRenderer(ISubtitleContainer* container, burn::TextDrawing& drawing)
+    : SubtitleRenderer(container), drawing_(drawing) {
   style_.family = "Lucida Console";
   style_.backgroundColour = 0xFF000000;
 }
 
-burn::FrameBuffer& TeletextRenderer::draw(burn::FrameBuffer& frame, MediaTime time) {
-  auto subtitle = container_.currentSubtitle(time);
-  if (last_.isStillOn(frame, subtitle)) return frame;
+void TeletextRenderer::paint(burn::FrameBuffer& frame, const Subtitle& subtitle) {
   if (!subtitle.teletextText()) throw util::TessaryException("Unexpected subtitle type");
   drawText(frame, *subtitle.teletextText());
-  last_.remember(frame, std::move(subtitle));
-  return frame;
 }
 
 void TeletextRenderer::drawText(burn::FrameBuffer& frame, const TeletextText& text) {

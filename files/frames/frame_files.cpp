@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "burn/frame_buffer.h"
 #include "platform/png_decoder.h"
 #include "timed_text/png_encoder.h"
 #include "util/exception.h"
@@ -31,7 +32,7 @@ void StillFile::write(const Cue& cue) {
 }
 
 void StillFile::finish() {
-  if (subtitle_) SubtitlePainter(type_).paint(frame_, subtitle_);
+  if (subtitle_) SubtitlePainter(type_).paint(frame_, *subtitle_);
   const auto rgba = frame_.rgba();
   const auto png = subtitling::ttml::createPngEncoder()->encode(
       {.pixels = rgba.data(),
@@ -58,7 +59,7 @@ RawFramesFile::RawFramesFile(const std::string& path, subtitling::SubtitleInputT
 void RawFramesFile::write(const Cue& cue) {
   writeBlankUntil(cue.start);
   std::fill(frame_.pixels.begin(), frame_.pixels.end(), 0);
-  painter_.paint(frame_, cue.subtitle);
+  painter_.paint(frame_, *cue.subtitle);
   // The last picture may stay past the end of the recording.
   const MediaTime end = duration_();
   writeUntil(end > cue.start ? std::min(cue.stop, end) : cue.stop, frame_.rgba());

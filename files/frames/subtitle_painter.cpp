@@ -1,13 +1,12 @@
 #include "files/frames/subtitle_painter.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "burn/bitmap_renderer.h"
 #include "burn/closed_captions_renderer.h"
 #include "burn/teletext_renderer.h"
 #include "burn/text_drawing.h"
-#include "model/interfaces.h"
-#include "util/exception.h"
 
 namespace korr::txsub {
 
@@ -31,22 +30,6 @@ CaptionText withRunsInARow(CaptionText text) {
   return text;
 }
 
-// Yields one subtitle at all times.
-class OneSubtitle final : public subtitling::ISubtitleContainer {
- public:
-  void set(std::shared_ptr<const Subtitle> subtitle) { subtitle_ = std::move(subtitle); }
-
-  Subtitle currentSubtitle(subtitling::MediaTime) override {
-    if (const auto* text = subtitle_->captionText()) return Subtitle(withRunsInARow(*text));
-    if (const auto* text = subtitle_->teletextText()) return Subtitle(*text);
-    if (const auto* bitmap = subtitle_->bitmap()) return Subtitle(*bitmap);
-    throw util::TessaryException("internal assertion failure");
-  }
-
- private:
-  std::shared_ptr<const Subtitle> subtitle_;
-};
-
 }  // namespace
 
 std::vector<std::uint8_t> Frame::rgba() const {
@@ -61,25 +44,23 @@ std::vector<std::uint8_t> Frame::rgba() const {
 }
 
 struct SubtitlePainter::Parts {
-  explicit Parts(SubtitleInputType type) : drawing(subtitling::burn::createGlyphRasteriser()) {
+  explicit Parts(SubtitleInputType type) {
     using subtitling::closed_caption::ClosedCaptionsRenderer;
     using subtitling::teletext::lib_teletext::TeletextRenderer;
-    switch (type) {
-      case SubtitleInputType::ClosedCaption:
-        renderer = std::make_unique<ClosedCaptionsRenderer>(container, drawing);
-        break;
-      case SubtitleInputType::Teletext:
-        renderer = std::make_unique<TeletextRenderer>(container, drawing);
-        break;
-      case SubtitleInputType::DvbSubtitle:
-        renderer = std::make_unique<subtitling::burn::BitmapRenderer>(container);
-        break;
+    if (type == SubtitleInputType::DvbSubtitle) {
+      renderer = std::make_unique<subtitling::burn::BitmapRenderer>();
+      return;
+    }
+    drawing.emplace(subtitling::burn::createGlyphRasteriser());
+    if (type == SubtitleInputType::ClosedCaption) {
+      renderer = std::make_unique<ClosedCaptionsRenderer>(*drawing);
+    } else {
+      renderer = std::make_unique<TeletextRenderer>(*drawing);
     }
   }
 
-  OneSubtitle container;
-  subtitling::burn::TextDrawing drawing;
-  std::unique_ptr<subtitling::burn::BurnRenderer> renderer;
+  std::optional<subtitling::burn::TextDrawing> drawing;  // pictures need no letters
+  std::unique_ptr<subtitling::burn::SubtitleRenderer> renderer;
 };
 
 SubtitlePainter::SubtitlePainter(SubtitleInputType type) : parts_(std::make_unique<Parts>(type)) {
@@ -87,11 +68,13 @@ SubtitlePainter::SubtitlePainter(SubtitleInputType type) : parts_(std::make_uniq
 
 SubtitlePainter::~SubtitlePainter() = default;
 
-void SubtitlePainter::paint(Frame& frame, std::shared_ptr<const Subtitle> subtitle) {
-  parts_->container.set(std::move(subtitle));
+void SubtitlePainter::paint(Frame& frame, const Subtitle& subtitle) {
   subtitling::burn::FrameBuffer buffer(frame.pixels, frame.width, frame.height);
-  buffer.generation = ++paintings_;
-  parts_->renderer->draw(buffer, 0);
+  if (const auto* text = subtitle.captionText()) {
+    parts_->renderer->paint(buffer, Subtitle(withRunsInARow(*text)));
+  } else {
+    parts_->renderer->paint(buffer, subtitle);
+  }
 }
 
 }  // namespace korr::txsub

@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
-#include "burn/burn_renderer.h"
 #include "model/modes.h"
+#include "model/subtitle.h"
 
 namespace korr::txsub {
 
@@ -32,13 +32,12 @@ class SubtitlePainter {
   SubtitlePainter& operator=(const SubtitlePainter&) = delete;
 
   /// Draws over what the frame holds.
-  void paint(Frame& frame, std::shared_ptr<const encoding::subtitling::Subtitle> subtitle);
+  void paint(Frame& frame, const encoding::subtitling::Subtitle& subtitle);
 
  private:
   struct Parts;
 
   std::unique_ptr<Parts> parts_;
-  std::uint64_t paintings_ = 0;
 };
 
 }  // namespace korr::txsub
