@@ -8,6 +8,7 @@
 #include "sessions/chain_host.h"
 #include "sessions/service_session.h"
 #include "txgraph/recording.h"
+#include "txsub/console.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ std::chrono::duration<double> replay(const streaming::direct_show::host::Recordi
                                return std::make_unique<encoding::subtitling::ConversionChain>(
                                    recorder, settings, logger);
                              },
-                         .console = console});
+                         .monitor = console});
   for (const auto& sample : recording.samples) host.push(sample, txsub::share(sample));
   recorder.endOfStream();
   const auto elapsed = Clock::now() - start;

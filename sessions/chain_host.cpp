@@ -12,7 +12,7 @@ ChainHost::ChainHost(const ChainConfiguration& configuration, SubtitleInputType 
       type_(type),
       format_(std::move(format)),
       wiring_(std::move(wiring)),
-      reporter_(wiring_.console, wiring_.pid) {
+      reporter_(wiring_.monitor, wiring_.pid) {
   guarded([this] { start(); });
 }
 
@@ -71,7 +71,7 @@ void ChainHost::start() {
 }
 
 void ChainHost::Reporter::logV(log::Level level, const char* format, std::va_list arguments) {
-  console_.report(level, place_, util::vformat(format, arguments));
+  monitor_.report(level, place_, util::vformat(format, arguments));
 }
 
 template <class Action>

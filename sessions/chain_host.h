@@ -10,7 +10,7 @@
 
 #include "chain/chain_configuration.h"
 #include "readers/media_reader.h"
-#include "txsub/console.h"
+#include "sessions/session_monitor.h"
 
 namespace korr::txsub {
 
@@ -31,7 +31,7 @@ struct HostCounters {
 using SharedSample = std::shared_ptr<const encoding::packaging::lib_parse_es::IMediaItem>;
 
 /// Runs one chain over the samples of one stream and rebuilds it when a teletext sample carries
-/// another format block. Exceptions of the chain become "Error: <message>" on the console, and the
+/// another format block. Exceptions of the chain become "Error: <message>" for the monitor, and the
 /// next sample goes on; what else a chain has to say goes there too, with its place.
 class ChainHost {
  public:
@@ -40,7 +40,7 @@ class ChainHost {
 
   struct Wiring {
     std::function<std::unique_ptr<Chain>(const ChainSettings&, log::ILogger*)> makeChain;
-    Console& console;
+    ISessionMonitor& monitor;
     std::uint32_t pid = 0;  ///< for messages; 0 when there is none
   };
 
@@ -60,15 +60,15 @@ class ChainHost {
   // What chains say, with the place of the unit at hand.
   class Reporter final : public log::ILogger {
    public:
-    Reporter(Console& console, std::uint32_t pid) : console_(console), place_{.pid = pid} {}
+    Reporter(ISessionMonitor& monitor, std::uint32_t pid) : monitor_(monitor), place_{.pid = pid} {}
 
     void setTime(std::optional<MediaTime> time) { place_.time = time; }
-    void error(const char* message) { console_.chainError(place_, message); }
+    void error(const char* message) { monitor_.chainError(place_, message); }
     void logV(log::Level level, const char* format, std::va_list arguments) override;
     void nameBufferCounters(const char*) override {}
 
    private:
-    Console& console_;
+    ISessionMonitor& monitor_;
     Place place_;
   };
 

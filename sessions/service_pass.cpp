@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/terminal.h"
-
 namespace korr::txsub {
 
 namespace {
@@ -18,24 +16,24 @@ ServiceSession* firstShown(const std::vector<ServiceSession*>& sessions) {
 }  // namespace
 
 ServicePass::ServicePass(IMediaReader& reader, Wanted wanted, MakeFinder makeFinder,
-                         MakeSession makeSession, Console& console)
+                         MakeSession makeSession, ISessionMonitor& monitor)
     : reader_(reader),
       wanted_(wanted),
       makeFinder_(std::move(makeFinder)),
       makeSession_(std::move(makeSession)),
-      console_(console) {
+      monitor_(monitor) {
 }
 
 void ServicePass::run() {
   while (reader_.read(*this)) {
-    console_.showProgress(reader_.progress());
+    monitor_.showProgress(reader_.progress());
     for (auto* session : sessions()) session->flush();
-    if (platform::isInterrupted()) {
+    if (monitor_.isStopWanted()) {
       wasInterrupted_ = true;
       break;
     }
   }
-  console_.clearProgress();
+  monitor_.endProgress();
   complete();
 }
 
@@ -118,7 +116,7 @@ void ServicePass::choose(ServiceSession* chosen) {
     stream.finder.reset();
     if (stream.sessions.empty()) reader_.unselect(id);
   }
-  console_.detail("converting " + describe(chosen->service()));
+  monitor_.detail("converting " + describe(chosen->service()));
   chosen_->open();
 }
 

@@ -29,7 +29,7 @@ class ServicePass final : public IReaderListener {
   static constexpr MediaTime kChoiceWindow = 60 * encoding::subtitling::kSecond;
 
   ServicePass(IMediaReader& reader, Wanted wanted, MakeFinder makeFinder, MakeSession makeSession,
-              Console& console);
+              ISessionMonitor& monitor);
 
   /// Reads to the end, or until the user interrupts, and completes the outputs of all sessions
   /// that have shown anything.
@@ -66,7 +66,7 @@ class ServicePass final : public IReaderListener {
   Wanted wanted_;
   MakeFinder makeFinder_;
   MakeSession makeSession_;
-  Console& console_;
+  ISessionMonitor& monitor_;
   std::map<std::uint32_t, Stream> streams_;  // by StreamInfo::id
   std::vector<std::uint32_t> order_;         // ids as they were announced
   std::optional<MediaTime> firstShown_;      // when any service first showed something

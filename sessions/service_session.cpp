@@ -65,7 +65,8 @@ SharedSample share(const InputSample& sample) {
 }
 
 CueSession::CueSession(const Service& service, const ChainConfiguration& configuration,
-                       FormatBlock format, std::unique_ptr<ICueOutput> output, Console& console)
+                       FormatBlock format, std::unique_ptr<ICueOutput> output,
+                       ISessionMonitor& monitor)
     : ServiceSession(service),
       output_(std::move(output)),
       recorder_(*output_, configuration.durationMs * encoding::subtitling::kMillisecond),
@@ -80,7 +81,7 @@ CueSession::CueSession(const Service& service, const ChainConfiguration& configu
                                               .durationMs = settings.durationMs},
                        logger);
                  },
-             .console = console,
+             .monitor = monitor,
              .pid = service.pid}) {
 }
 
@@ -133,7 +134,8 @@ class SampleSession::WatchedWriter final : public ISubtitleConverter {
 };
 
 SampleSession::SampleSession(const Service& service, const ChainConfiguration& configuration,
-                             FormatBlock format, std::string path, bool isCertain, Console& console)
+                             FormatBlock format, std::string path, bool isCertain,
+                             ISessionMonitor& monitor)
     : ServiceSession(service),
       path_(std::move(path)),
       hasShown_(isCertain),
@@ -147,7 +149,7 @@ SampleSession::SampleSession(const Service& service, const ChainConfiguration& c
                                                                 configuration);
                        });
                  },
-             .console = console,
+             .monitor = monitor,
              .pid = service.pid}) {
 }
 

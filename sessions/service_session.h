@@ -60,7 +60,7 @@ class ServiceSession {
 class CueSession final : public ServiceSession {
  public:
   CueSession(const Service& service, const ChainConfiguration& configuration, FormatBlock format,
-             std::unique_ptr<ICueOutput> output, Console& console);
+             std::unique_ptr<ICueOutput> output, ISessionMonitor& monitor);
 
   void push(const InputSample& sample, const SharedSample& shared) override;
   bool hasShown() const override { return recorder_.hasShown(); }
@@ -87,7 +87,7 @@ class CueSession final : public ServiceSession {
 class SampleSession final : public ServiceSession {
  public:
   SampleSession(const Service& service, const ChainConfiguration& configuration, FormatBlock format,
-                std::string path, bool isCertain, Console& console);
+                std::string path, bool isCertain, ISessionMonitor& monitor);
 
   void push(const InputSample& sample, const SharedSample& shared) override {
     host_.push(sample, shared);

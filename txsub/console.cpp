@@ -171,6 +171,10 @@ void Console::showProgress(const ReadProgress& progress) {
   hasProgressLine_ = true;
 }
 
+bool Console::isStopWanted() const {
+  return platform::isInterrupted();
+}
+
 void Console::clearProgress() {
   if (!hasProgressLine_) return;
   std::fputs("\r\x1b[K", stderr);

@@ -12,22 +12,16 @@
 #include <vector>
 
 #include "log/sink_logger.h"
-#include "readers/media_reader.h"
+#include "sessions/session_monitor.h"
 
 namespace korr::txsub {
 
 enum class Verbosity { Quiet, Normal, Verbose };
 
-/// Where in the input something came up.
-struct Place {
-  std::uint32_t pid = 0;               ///< 0: unknown
-  std::optional<MediaTime> time = {};  ///< of the stream
-};
-
 /// Messages on standard error, one line each, and, when that is a terminal, a line of progress
 /// under them; also in the logs that the user names. As a logger it takes the messages of
 /// everything below. Not thread-safe.
-class Console final : public log::ILogger {
+class Console final : public ISessionMonitor {
  public:
   Console();
   ~Console();
@@ -45,21 +39,25 @@ class Console final : public log::ILogger {
   void error(const std::string& message);    ///< why the program ends without a result
   void warning(const std::string& message);  ///< what is wrong, and what is done about it
   void note(const std::string& message);     ///< good to know; not with --quiet
-  void detail(const std::string& message);   ///< only with --verbose
-
-  /// A message of a chain, after its place. Equal ones of one PID are counted, whatever is said
-  /// about others in between.
-  void report(log::Level level, const Place& place, const std::string& message);
-
-  /// An exception that the chain let pass: "Error: <message>", after its place.
-  void chainError(const Place& place, const char* message);
 
   /// A line that was asked for, as it stands.
   void print(const std::string& line);
 
+  /// Only with --verbose.
+  void detail(const std::string& message) override;
+
+  /// Equal messages of one PID are counted, whatever is said about others in between.
+  void report(log::Level level, const Place& place, const std::string& message) override;
+
+  /// "Error: <message>", after its place.
+  void chainError(const Place& place, const char* message) override;
+
   /// Rewrites the progress line, a few times a second at most.
-  void showProgress(const ReadProgress& progress);
-  void clearProgress();
+  void showProgress(const ReadProgress& progress) override;
+  void endProgress() override { clearProgress(); }
+
+  /// Whether the user has interrupted the program.
+  bool isStopWanted() const override;
 
   void logV(log::Level level, const char* format, std::va_list arguments) override;
   void nameBufferCounters(const char*) override {}
@@ -86,6 +84,7 @@ class Console final : public log::ILogger {
 
   void say(Message message, const Place& place = {});
   void write(const Message& message, const Place& place);
+  void clearProgress();
   void flushRepeats();
   void flushRepeats(std::uint32_t pid);
   void forget(std::uint32_t pid);  // the next message is written whatever it is

@@ -5,6 +5,8 @@
 #include <functional>
 #include <set>
 
+#include "tests/sessions/silent_monitor.h"
+
 namespace korr::txsub {
 namespace {
 
@@ -100,13 +102,13 @@ class ServicePassTest : public testing::Test {
   std::vector<std::string> run(ServicePass::Wanted wanted,
                                std::vector<ScriptedReader::Step> steps) {
     ScriptedReader reader(std::move(steps));
-    Console console;
+    SilentMonitor monitor;
     ServicePass pass(
         reader, wanted, [](const StreamInfo&) { return std::make_unique<TwoServices>(); },
         [](const Service& service, const StreamInfo&) {
           return std::make_unique<FakeSession>(service);
         },
-        console);
+        monitor);
     pass.run();
     unselected_ = reader.unselected;
     std::vector<std::string> results;

@@ -4,6 +4,7 @@
 
 #include "testkit/encoders/dvb_encoder.h"
 #include "testkit/encoders/teletext_encoder.h"
+#include "tests/sessions/silent_monitor.h"
 
 namespace korr::txsub {
 namespace {
@@ -36,13 +37,13 @@ using Unit = std::pair<MediaTime, Bytes>;
 
 CueTimes cuesOf(SubtitleInputType type, std::uint32_t page, const std::vector<Unit>& units) {
   CueTimes times;
-  Console console;
+  SilentMonitor monitor;
   Service service;
   service.type = type;
   ChainConfiguration configuration;
   configuration.page = page;
   CueSession session(service, configuration, std::nullopt, std::make_unique<CueTimesOutput>(times),
-                     console);
+                     monitor);
   for (const auto& [time, data] : units) {
     InputSample sample;
     sample.data = data;

@@ -79,7 +79,7 @@ ExitCode run(const ExtractOptions& options, Console& console) {
     extraction.flush();
     if (platform::isInterrupted()) break;
   }
-  console.clearProgress();
+  console.endProgress();
   if (!extraction.chosen()) {
     console.error("there is no sample of a subtitle stream in '" + options.input.path + "'");
     return kFailed;
