@@ -6,6 +6,14 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# A compiler cache, where there is one; it knows precompiled headers only when asked to.
+find_program(TESSARY_CCACHE ccache)
+if(TESSARY_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+      ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${TESSARY_CCACHE})
+  add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fpch-preprocess>)
+endif()
+
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
@@ -22,7 +30,6 @@ endif()
 
 # Our own code only: third-party sources keep their warnings to themselves.
 add_library(tessary_flags INTERFACE)
-target_include_directories(tessary_flags INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(tessary_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
   -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough
@@ -34,24 +41,60 @@ if(WIN32)
                              WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
 endif()
 
-# tessary_library(NAME SOURCES file... [LINKS target...])
+# tessary_include_folder(VARIABLE SUBFOLDER...): a folder from which the headers of the current source
+# folder and of the subfolders named, and only these, are found under their path from the top: what a
+# target does not link it cannot include.
+function(tessary_include_folder variable)
+  cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${CMAKE_SOURCE_DIR}
+             OUTPUT_VARIABLE folder)
+  string(REPLACE / - name ${folder})
+  set(prefix ${CMAKE_BINARY_DIR}/include/${name})
+  foreach(subfolder IN ITEMS . LISTS ARGN)
+    file(MAKE_DIRECTORY ${prefix}/${folder}/${subfolder})
+    file(GLOB headers RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS ${subfolder}/*.h)
+    foreach(header IN LISTS headers)
+      file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${prefix}/${folder}/${header} SYMBOLIC)
+    endforeach()
+  endforeach()
+  set(${variable} ${prefix} PARENT_SCOPE)
+endfunction()
+
+# tessary_library(NAME SOURCES file... [LINKS target...] [SUBFOLDERS folder...])
 function(tessary_library name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS;SUBFOLDERS" ${ARGN})
+  tessary_include_folder(include ${arg_SUBFOLDERS})
   if(arg_SOURCES)
     add_library(${name} STATIC ${arg_SOURCES})
     target_link_libraries(${name} PUBLIC ${arg_LINKS} PRIVATE tessary_flags)
-    target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
+    target_include_directories(${name} PUBLIC ${include})
   else()
     add_library(${name} INTERFACE)
     target_link_libraries(${name} INTERFACE ${arg_LINKS})
-    target_include_directories(${name} INTERFACE ${CMAKE_SOURCE_DIR})
+    target_include_directories(${name} INTERFACE ${include})
   endif()
 endfunction()
 
-# tessary_test(NAME SOURCES file... [LINKS target...]): one GoogleTest program and its entry in ctest
-function(tessary_test name)
+# tessary_program(NAME SOURCES file... [LINKS target...])
+function(tessary_program name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  tessary_include_folder(include)
   add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE ${arg_LINKS} GTest::gmock_main tessary_flags)
+  target_link_libraries(${name} PRIVATE ${arg_LINKS} tessary_flags)
+  target_include_directories(${name} PRIVATE ${include})
+endfunction()
+
+# tessary_test(NAME [OWN_FLAGS] SOURCES file... [LINKS target...]): one GoogleTest program and its entry
+# in ctest. Its own code is not optimised, which would take longer than running it ever does.
+# OWN_FLAGS: it is compiled with flags that precompiled headers do not fit, from here or from what it
+# links.
+function(tessary_test name)
+  cmake_parse_arguments(arg "OWN_FLAGS" "" "" ${ARGN})
+  tessary_program(${name} ${arg_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE GTest::gmock_main)
+  target_compile_options(${name} PRIVATE -O0)
+  if(NOT arg_OWN_FLAGS)
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)  # as the headers are
+    target_precompile_headers(${name} REUSE_FROM tessary_test_headers)
+  endif()
   add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
 endfunction()

@@ -8,6 +8,15 @@ if(TESSARY_TESTS)
   if(NOT TARGET GTest::gmock_main)
     add_library(GTest::gmock_main ALIAS gmock_main)
   endif()
+
+  # What every test includes, compiled once.
+  file(WRITE ${CMAKE_BINARY_DIR}/test_headers.cpp "")
+  add_library(tessary_test_headers OBJECT ${CMAKE_BINARY_DIR}/test_headers.cpp)
+  target_link_libraries(tessary_test_headers PRIVATE GTest::gmock_main tessary_flags)
+  target_compile_options(tessary_test_headers PRIVATE -O0)
+  set_target_properties(tessary_test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+  target_precompile_headers(tessary_test_headers PRIVATE
+    <gmock/gmock.h> <gtest/gtest.h> <algorithm> <memory> <string> <vector>)
 endif()
 
 # tessary_headers(NAME PATH...): a header-only library of /usr/include, by itself: the cross build

@@ -5,7 +5,8 @@
 #include "cues/text_layout.h"
 #include "files/srt_file.h"
 #include "files/webvtt_file.h"
-#include "tests/cues/cue_builder.h"
+#include "testkit/cue_builder.h"
+#include "tests/files/playable_text.h"
 
 namespace korr::txsub {
 namespace {

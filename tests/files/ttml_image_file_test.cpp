@@ -1,7 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/cues/cue_builder.h"
+#include "testkit/cue_builder.h"
+#include "tests/files/playable_text.h"
 #include "timed_text/png_encoder.h"
 #include "util/base64.h"
 

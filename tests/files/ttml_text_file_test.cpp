@@ -2,7 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "cues/language_tag.h"
-#include "tests/cues/cue_builder.h"
+#include "testkit/cue_builder.h"
+#include "tests/files/playable_text.h"
 #include "tests/files/ttml_rules.h"
 
 namespace korr::txsub {

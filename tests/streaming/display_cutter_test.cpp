@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/cues/cue_builder.h"
+#include "testkit/cue_builder.h"
 
 namespace korr::txsub {
 namespace {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "model/byte_buffer.h"
-#include "tests/cues/cue_builder.h"
+#include "testkit/cue_builder.h"
 #include "tests/streaming/mp4_boxes.h"
 
 namespace korr::txsub {

@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "files/webvtt_file.h"
-#include "tests/cues/cue_builder.h"
+#include "testkit/cue_builder.h"
+#include "tests/files/playable_text.h"
 #include "tests/txsub/browser.h"
 #include "util/base64.h"
 

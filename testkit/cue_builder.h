@@ -1,15 +1,12 @@
-// Subtitles for tests, written as they look, and the files that are made of them.
+// Subtitles for tests, written as they look.
 #pragma once
 
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include "cues/cue.h"
-#include "files/playable_file.h"
 #include "model/subtitle.h"
-#include "testkit/temporary_directory.h"
 
 namespace korr::txsub {
 
@@ -19,7 +16,6 @@ using model::CaptionText;
 using model::TeletextColour;
 using model::TeletextSize;
 using model::TeletextText;
-using test_support::TemporaryDirectory;
 
 inline std::vector<model::GlyphText> glyphs(std::string_view ascii) {
   return std::vector<model::GlyphText>(ascii.begin(), ascii.end());
@@ -90,20 +86,6 @@ inline Cue cue(MediaTime startMs, MediaTime stopMs, model::Subtitle subtitle) {
   return {.start = startMs * model::kMillisecond,
           .stop = stopMs * model::kMillisecond,
           .subtitle = std::make_shared<const model::Subtitle>(std::move(subtitle))};
-}
-
-inline void writePlayable(const PlayableRequest& request, const std::vector<Cue>& cues) {
-  const auto file = createPlayableFile(request);
-  for (const Cue& cue : cues) file->write(cue);
-  file->finish();
-}
-
-/// What a file of these cues reads.
-inline std::string playableText(PlayableRequest request, const std::vector<Cue>& cues) {
-  const TemporaryDirectory directory;
-  request.path = directory.file("file");
-  writePlayable(request, cues);
-  return directory.read("file");
 }
 
 }  // namespace korr::txsub
