@@ -32,6 +32,10 @@ void CSubtitleConverterInputPin::newSegment(REFERENCE_TIME start, REFERENCE_TIME
   filter_->newSegment(start, stop, rate);
 }
 
+void CSubtitleConverterInputPin::disconnected() {
+  filter_->forgetFormat();
+}
+
 log::ILogger& CSubtitleConverterInputPin::logger() {
   return filter_->logger();
 }

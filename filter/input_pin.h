@@ -27,6 +27,7 @@ class CSubtitleConverterInputPin {
   void beginFlush();
   void endFlush();
   void newSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate);
+  void disconnected();
 
   log::ILogger& logger();
 
@@ -63,6 +64,11 @@ class CTessaryInputPin final : public CInputPinWithDynamicMediaType {
     return type->Set(policy_->proposal());
   }
 
+  HRESULT BreakConnect() override {
+    policy_->disconnected();
+    return CInputPinWithDynamicMediaType::BreakConnect();
+  }
+
   // IPin
 
   HRESULT STDMETHODCALLTYPE EndOfStream() override {
@@ -90,8 +96,11 @@ class CTessaryInputPin final : public CInputPinWithDynamicMediaType {
 
   HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop,
                                        double rate) override {
-    policy_->newSegment(start, stop, rate);
-    return S_OK;
+    return atComBoundary(policy_->logger(), [&] {
+      const CAutoLock lock(&receiveLock_);
+      policy_->newSegment(start, stop, rate);
+      return S_OK;
+    });
   }
 
   // IMemInputPin

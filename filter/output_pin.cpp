@@ -14,6 +14,30 @@ CSubtitleConverterOutputPin::CSubtitleConverterOutputPin(CSubtitleConverter* fil
     : CBaseOutputPin(TEXT("output pin"), filter, &lock_, result, kName), filter_(filter) {
 }
 
+HRESULT CSubtitleConverterOutputPin::NonDelegatingQueryInterface(REFIID iid, void** object) {
+  if (iid != IID_IMediaSeeking && iid != IID_IMediaPosition) {
+    return CBaseOutputPin::NonDelegatingQueryInterface(iid, object);
+  }
+  if (!object) return E_POINTER;
+  *object = nullptr;
+  const CAutoLock lock(&lock_);
+  const HRESULT result = seeking_ ? S_OK : makeSeeking();
+  return SUCCEEDED(result) ? seeking_->QueryInterface(iid, object) : result;
+}
+
+// The platform's own object for this asks whoever the input is connected to at the time.
+HRESULT CSubtitleConverterOutputPin::makeSeeking() {
+  Microsoft::WRL::ComPtr<IUnknown> made;
+  HRESULT result = CoCreateInstance(CLSID_SeekingPassThru, GetOwner(), CLSCTX_INPROC_SERVER,
+                                    IID_PPV_ARGS(&made));
+  if (FAILED(result)) return result;
+  Microsoft::WRL::ComPtr<ISeekingPassThru> passThru;
+  result = made.As(&passThru);
+  if (SUCCEEDED(result)) result = passThru->Init(FALSE, &filter_->inputPin());
+  if (SUCCEEDED(result)) seeking_ = made;
+  return result;
+}
+
 HRESULT CSubtitleConverterOutputPin::CheckMediaType(const CMediaType* type) {
   if (!type) return E_POINTER;
   return isOutputType(*type) ? S_OK : S_FALSE;

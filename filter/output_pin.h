@@ -2,6 +2,7 @@
 #pragma once
 
 #include <streams.h>
+#include <wrl/client.h>
 
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 
@@ -20,6 +21,9 @@ class CSubtitleConverterOutputPin final : public CBaseOutputPin {
   /// `filter` is not owned: it owns the pin.
   CSubtitleConverterOutputPin(CSubtitleConverter* filter, HRESULT* result);
 
+  /// IMediaSeeking and IMediaPosition too: what they are asked goes on to the upstream filter.
+  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** object) override;
+
   HRESULT CheckMediaType(const CMediaType* type) override;
   HRESULT GetMediaType(int position, CMediaType* type) override;
   HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* wanted) override;
@@ -36,9 +40,12 @@ class CSubtitleConverterOutputPin final : public CBaseOutputPin {
   HRESULT STDMETHODCALLTYPE Notify(IBaseFilter* self, Quality quality) override;
 
  private:
+  HRESULT makeSeeking();
+
   // The pin's own lock and not the filter's: connecting the output need not wait for the input.
   CCritSec lock_;
   CSubtitleConverter* filter_;
+  Microsoft::WRL::ComPtr<IUnknown> seeking_;  // made when first asked for; aggregated
 };
 
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

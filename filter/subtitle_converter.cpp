@@ -83,16 +83,17 @@ CBasePin* CSubtitleConverter::GetPin(int index) {
   return index == 1 ? outputPin_.get() : nullptr;
 }
 
+// What fails in stopping (an allocator that does not decommit, say) leaves the filter stopped all
+// the same, so all that is left of the stream goes in any case.
 HRESULT CSubtitleConverter::Stop() {
   return atComBoundary(logger_, [this] {
     // Decommits the output's allocator, so a worker that waits for a buffer goes on.
     const HRESULT result = CBaseFilter::Stop();
-    if (FAILED(result)) return result;
     outputSink_->setFlushing(true);
     queue_.outdate();  // or the worker would build a new chain for what is left of it
     destroyChain();
     queue_.drain();
-    return S_OK;
+    return FAILED(result) ? result : S_OK;
   });
 }
 
@@ -104,7 +105,8 @@ HRESULT CSubtitleConverter::Pause() {
     outputSink_->setFlushing(false);
     try {
       const CAutoLock lock(&streamLock_);
-      const HRESULT started = startChain();
+      tellMissedSegment();
+      const HRESULT started = startIfNeeded();
       return FAILED(started) ? started : S_OK;
     } catch (const std::exception& error) {
       // The graph runs without output; every later sample tries again.
@@ -116,7 +118,19 @@ HRESULT CSubtitleConverter::Pause() {
 
 void CSubtitleConverter::intake(IMediaSample* sample) {
   const CAutoLock lock(&filterLock_);  // against a stop in between
-  if (!IsStopped()) queue_.push(sample);
+  if (!IsStopped()) queue_.push({.sample = sample, .segment = nullptr});
+}
+
+void CSubtitleConverter::newSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+  const CAutoLock lock(&filterLock_);  // as above
+  lastSegment_ = {.start = start, .stop = stop, .rate = rate, .number = lastSegment_.number + 1};
+  if (IsStopped()) return;
+  queue_.push({.sample = nullptr, .segment = std::make_unique<const Segment>(lastSegment_)});
+}
+
+void CSubtitleConverter::forgetFormat() {
+  const CAutoLock lock(&streamLock_);
+  teletextFormat_.clear();
 }
 
 void CSubtitleConverter::beginFlush() {
@@ -133,30 +147,44 @@ void CSubtitleConverter::endFlush() {
   destroyChain();
   queue_.drain();
   outputPin_->DeliverEndFlush();
+  {
+    const CAutoLock lock(&streamLock_);
+    tellMissedSegment();
+  }
   const CAutoLock lock(&filterLock_);  // against a stop in between
   if (IsStopped()) return;
   logIfFailed(outputPin_->resumeWaits());
   outputSink_->setFlushing(false);
 }
 
-// Waits for the worker to be done with what it is at.
+// Waits for the worker to be done with what it is at, unless this is the worker.
 void CSubtitleConverter::destroyChain() {
   const CAutoLock lock(&streamLock_);
-  chain_.reset();
+  if (isProcessing_) {
+    outputSink_->setOutdated(true);  // processNext destroys the chain
+  } else {
+    chain_.reset();
+  }
 }
 
-void CSubtitleConverter::newSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
-  outputPin_->DeliverNewSegment(start, stop, rate);
-}
-
-// One entry of the queue. Whatever goes wrong with it is logged, and the stream goes on.
+// One entry of the queue.
 void CSubtitleConverter::processNext() {
+  const auto entry = queue_.take();
+  if (!entry) return;
+  const CAutoLock lock(&streamLock_);
+  if (!queue_.isCurrent(*entry)) return;
+  isProcessing_ = true;
+  processAndLog(entry->item);
+  isProcessing_ = false;
+  if (!outputSink_->isOutdated()) return;
+  chain_.reset();
+  outputSink_->setOutdated(false);
+}
+
+// Whatever goes wrong with an entry is logged, and the stream goes on.
+void CSubtitleConverter::processAndLog(const Input& input) {
   try {
-    const auto entry = queue_.take();
-    if (!entry) return;
-    const CAutoLock lock(&streamLock_);
-    if (!queue_.isCurrent(*entry)) return;
-    const HRESULT result = process(*entry);
+    const HRESULT result = process(input);
     if (result != VFW_E_NOT_COMMITTED) logIfFailed(result);
   } catch (const std::exception& error) {
     log::write(&logger_, Level::Error, "Error: %s", error.what());
@@ -169,15 +197,34 @@ void CSubtitleConverter::logIfFailed(HRESULT result) {
              systemMessage(result).c_str());
 }
 
-HRESULT CSubtitleConverter::process(const Entry& entry) {
-  if (!entry.item) {
+HRESULT CSubtitleConverter::process(const Input& input) {
+  if (input.segment) {
+    tell(*input.segment);
+    return S_OK;
+  }
+  if (!input.sample) {
     // At once: the pending document, and what the framer holds, are not flushed.
     outputSink_->endOfStream();
     return outputSink_->takeResult();
   }
-  const HRESULT result = convert(*entry.item.Get());
+  const HRESULT result = convert(*input.sample.Get());
   const HRESULT delivered = outputSink_->takeResult();
   return FAILED(result) ? result : delivered;
+}
+
+void CSubtitleConverter::tell(const Segment& segment) {
+  toldSegment_ = segment.number;
+  outputPin_->DeliverNewSegment(segment.start, segment.stop, segment.rate);
+}
+
+// The last segment is still in force when a stop or a flush has taken it off the queue.
+void CSubtitleConverter::tellMissedSegment() {
+  Segment last;
+  {
+    const CAutoLock lock(&filterLock_);
+    last = lastSegment_;
+  }
+  if (last.number != toldSegment_) tell(last);
 }
 
 HRESULT CSubtitleConverter::convert(IMediaSample& sample) {
@@ -211,6 +258,13 @@ HRESULT CSubtitleConverter::checkFormat(IMediaSample& sample) {
     teletextFormat_.assign(format.begin(), format.end());
   }
   return S_OK;
+}
+
+// The worker may have built the chain already, for a sample that came as soon as the state changed;
+// or this is the worker, called back, and the chain of before is still in use: the next sample
+// builds another.
+HRESULT CSubtitleConverter::startIfNeeded() {
+  return chain_ || isProcessing_ ? S_OK : startChain();
 }
 
 // Builds the chain for the input's connection, in place of the one there is. S_FALSE when the input

@@ -30,7 +30,12 @@ namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline 
 /// Locks: the filter lock, then the queue's (intake). The stream lock, held while the chain is
 /// built, fed or destroyed; its holder may take the filter lock, to read the connection's type, or
 /// the queue's. So whoever waits for the stream lock holds neither, but for `Run` from the stopped
-/// state: it pauses under the filter lock, and then the worker has nothing to do that needs one.
+/// state and a connection that ends: then the filter is stopped, and the worker has nothing to do
+/// that needs one.
+///
+/// The sink is called by the worker, under the stream lock, and may call back: to stop the graph
+/// from its own Receive, say. What then has to go is in use further up the same thread, and goes as
+/// soon as the worker is done with the sample that it is at; nothing more comes out of it.
 class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterConfig {
  public:
   static constexpr const WCHAR* kName = L"Tessary Subtitle Converter";
@@ -68,15 +73,31 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   /// Destroys the chain: nothing of before the flush survives in it. Upstream thread.
   void endFlush();
 
+  /// Queues the segment that the samples after it belong to. One that a stop or a flush has
+  /// overtaken is told when the stream goes on. Upstream thread.
   void newSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate);
+
+  /// The input's connection has ended, and its format with it.
+  void forgetFormat();
 
   CBaseInputPin& inputPin() { return *inputPin_; }
   encoding::subtitling::ConversionMode mode() const { return configuration_.load()->mode; }
   log::ILogger& logger() { return logger_; }
 
  private:
-  using Queue = concurrency::GenerationQueue<Microsoft::WRL::ComPtr<IMediaSample>>;
-  using Entry = Queue::Entry;
+  struct Segment {
+    REFERENCE_TIME start = 0;  // 100 ns
+    REFERENCE_TIME stop = 0;   // 100 ns
+    double rate = 1;
+    std::uint64_t number = 0;  // counted from 1
+  };
+
+  /// A sample, a segment, or neither: the end of the stream.
+  struct Input {
+    Microsoft::WRL::ComPtr<IMediaSample> sample;
+    std::unique_ptr<const Segment> segment;
+  };
+  using Queue = concurrency::GenerationQueue<Input>;
 
   CSubtitleConverter(IUnknown* outer, HRESULT* result);
 
@@ -85,10 +106,14 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
 
   // Worker.
   void processNext();
-  HRESULT process(const Entry& entry);
+  void processAndLog(const Input& input);
+  HRESULT process(const Input& input);
   HRESULT convert(IMediaSample& sample);
 
   // Under the stream lock.
+  void tell(const Segment& segment);
+  void tellMissedSegment();
+  HRESULT startIfNeeded();
   HRESULT checkFormat(IMediaSample& sample);
   HRESULT startChain();
 
@@ -96,7 +121,8 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   std::unique_ptr<CTessaryInputPin<CSubtitleConverterInputPin>> inputPin_;
   std::unique_ptr<CSubtitleConverterOutputPin> outputPin_;
   std::unique_ptr<UpStreamPin> outputSink_;
-  Queue queue_;  // a null sample is the end of the stream
+  Queue queue_;
+  Segment lastSegment_;  // of all that have come in; under the filter lock
   ForwardingLogger logger_;
   std::atomic<std::uint64_t> opaqueValue_ = 0;
   std::pmr::unsynchronized_pool_resource itemMemory_;             // what the chain's framer holds
@@ -104,8 +130,10 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
   CCritSec streamLock_;  // the worker against state changes: guards the chain and what feeds it
   // Immutable once set, so that it can be read without a lock while the host sets another.
   std::atomic<std::shared_ptr<const encoding::subtitling::ChainConfiguration>> configuration_;
-  std::vector<std::uint8_t> teletextFormat_;  // of the last sample that carried one
-  Worker worker_;                             // last: ends before anything that it uses
+  std::vector<std::uint8_t> teletextFormat_;  // of the connection's last sample that carried one
+  std::uint64_t toldSegment_ = 0;             // the number of the last one that went downstream
+  bool isProcessing_ = false;  // who holds the stream lock meanwhile is the worker, called back
+  Worker worker_;              // last: ends before anything that it uses
 };
 
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1

@@ -48,7 +48,7 @@ class SampleBuffer final : public encoding::subtitling::IOutputBuffer {
 
 // Why there is no buffer does not matter to the chain: stopping, flushing, nobody connected.
 std::unique_ptr<encoding::subtitling::IOutputBuffer> UpStreamPin::getBuffer() {
-  if (isFlushing_) return nullptr;
+  if (isFlushing_ || isOutdated_) return nullptr;
   ComPtr<IMediaSample> sample;
   if (FAILED(pin_->GetDeliveryBuffer(&sample, nullptr, nullptr, 0))) return nullptr;
   BYTE* bytes = nullptr;

@@ -23,6 +23,11 @@ class UpStreamPin final : public encoding::subtitling::IOutputSink {
   /// While set, there are no buffers, so that what the worker is at ends soon. Any thread.
   void setFlushing(bool flushing) { isFlushing_ = flushing; }
 
+  /// While set, there are no buffers either: what the chain still makes is of before a stop or a
+  /// flush that its sink has called for.
+  void setOutdated(bool outdated) { isOutdated_ = outdated; }
+  bool isOutdated() const { return isOutdated_; }
+
   /// The first failure of a delivery since this was last asked, or S_OK.
   HRESULT takeResult() { return std::exchange(result_, S_OK); }
 
@@ -31,6 +36,7 @@ class UpStreamPin final : public encoding::subtitling::IOutputSink {
 
   CSubtitleConverterOutputPin* pin_;
   std::atomic<bool> isFlushing_ = false;
+  bool isOutdated_ = false;
   HRESULT result_ = S_OK;
 };
 

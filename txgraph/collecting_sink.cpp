@@ -91,6 +91,11 @@ HRESULT CCollectingSink::Pin::Receive(IMediaSample* sample) {
   return sink_->callbacks_.onSample(received);
 }
 
+HRESULT CCollectingSink::Pin::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+  if (sink_->callbacks_.onNewSegment) sink_->callbacks_.onNewSegment(start);
+  return CBaseInputPin::NewSegment(start, stop, rate);
+}
+
 HRESULT CCollectingSink::Pin::EndOfStream() {
   const HRESULT result = CheckStreaming();
   if (result != S_OK) return result;

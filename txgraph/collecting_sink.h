@@ -30,6 +30,7 @@ class CCollectingSink final : public CBaseFilter, public IAMFilterMiscFlags {
   struct Callbacks {
     std::function<HRESULT(const ReceivedSample&)> onSample;
     std::function<void()> onEndOfStream;
+    std::function<void(REFERENCE_TIME start)> onNewSegment = {};  ///< may be empty
   };
 
   /// `timeBase`: the sample time (100 ns) that is due when the graph starts.
@@ -55,6 +56,8 @@ class CCollectingSink final : public CBaseFilter, public IAMFilterMiscFlags {
     HRESULT CheckMediaType(const CMediaType* type) override;
     HRESULT STDMETHODCALLTYPE Receive(IMediaSample* sample) override;
     HRESULT STDMETHODCALLTYPE EndOfStream() override;
+    HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop,
+                                         double rate) override;
     HRESULT STDMETHODCALLTYPE BeginFlush() override;
     HRESULT STDMETHODCALLTYPE EndFlush() override;
     HRESULT Active() override;

@@ -1,6 +1,8 @@
 #include "platform/directshow/memory_allocator.h"
 
+#include <algorithm>
 #include <bit>
+#include <cstring>
 #include <optional>
 
 #include "platform/directshow/media_type.h"
@@ -16,7 +18,7 @@ HRESULT check(const ALLOCATOR_PROPERTIES& wanted) {
 }  // namespace
 
 /// One sample. While it is out it keeps its allocator alive.
-class alignas(korr::concurrency::kCacheLine) CMemAllocator::Sample final : public IMediaSample {
+class alignas(korr::concurrency::kCacheLine) CMemAllocator::Sample final : public IMediaSample2 {
  public:
   Sample(CMemAllocator* allocator, BYTE* bytes, LONG size)
       : allocator_(allocator), bytes_(bytes), size_(size) {}
@@ -37,7 +39,9 @@ class alignas(korr::concurrency::kCacheLine) CMemAllocator::Sample final : publi
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     if (!object) return E_POINTER;
-    if (iid == IID_IUnknown || iid == IID_IMediaSample) return GetInterface(this, object);
+    if (iid == IID_IUnknown || iid == IID_IMediaSample || iid == IID_IMediaSample2) {
+      return GetInterface(this, object);
+    }
     *object = nullptr;
     return E_NOINTERFACE;
   }
@@ -45,7 +49,7 @@ class alignas(korr::concurrency::kCacheLine) CMemAllocator::Sample final : publi
   ULONG STDMETHODCALLTYPE Release() override {
     const LONG left = --references_;
     if (left == 0) {
-      if (state_.hasType) type_.reset();
+      if (has(AM_SAMPLE_TYPECHANGED)) type_.reset();
       allocator_->ReleaseBuffer(this);  // which may end this sample
     }
     return static_cast<ULONG>(left);
@@ -68,15 +72,15 @@ class alignas(korr::concurrency::kCacheLine) CMemAllocator::Sample final : publi
 
   HRESULT STDMETHODCALLTYPE GetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override {
     if (!start || !stop) return E_POINTER;
-    if (!state_.hasStart) return VFW_E_SAMPLE_TIME_NOT_SET;
+    if (!has(AM_SAMPLE_TIMEVALID)) return VFW_E_SAMPLE_TIME_NOT_SET;
     *start = state_.start;
-    *stop = state_.hasStop ? state_.stop : *start + 1;
-    return state_.hasStop ? S_OK : VFW_S_NO_STOP_TIME;
+    *stop = has(AM_SAMPLE_STOPVALID) ? state_.stop : *start + 1;
+    return has(AM_SAMPLE_STOPVALID) ? S_OK : VFW_S_NO_STOP_TIME;
   }
   HRESULT STDMETHODCALLTYPE SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override {
     if (!start && stop) return E_INVALIDARG;
-    state_.hasStart = start != nullptr;
-    state_.hasStop = stop != nullptr;
+    set(AM_SAMPLE_TIMEVALID, start != nullptr);
+    set(AM_SAMPLE_STOPVALID, stop != nullptr);
     if (start) state_.start = *start;
     if (stop) state_.stop = *stop;
     return S_OK;
@@ -96,47 +100,98 @@ class alignas(korr::concurrency::kCacheLine) CMemAllocator::Sample final : publi
     return S_OK;
   }
 
-  HRESULT STDMETHODCALLTYPE IsSyncPoint() override { return answer(state_.isSyncPoint); }
-  HRESULT STDMETHODCALLTYPE SetSyncPoint(BOOL is) override { return set(state_.isSyncPoint, is); }
-  HRESULT STDMETHODCALLTYPE IsPreroll() override { return answer(state_.isPreroll); }
-  HRESULT STDMETHODCALLTYPE SetPreroll(BOOL is) override { return set(state_.isPreroll, is); }
-  HRESULT STDMETHODCALLTYPE IsDiscontinuity() override { return answer(state_.isDiscontinuity); }
+  HRESULT STDMETHODCALLTYPE IsSyncPoint() override { return answer(AM_SAMPLE_SPLICEPOINT); }
+  HRESULT STDMETHODCALLTYPE SetSyncPoint(BOOL is) override {
+    return set(AM_SAMPLE_SPLICEPOINT, is != FALSE);
+  }
+  HRESULT STDMETHODCALLTYPE IsPreroll() override { return answer(AM_SAMPLE_PREROLL); }
+  HRESULT STDMETHODCALLTYPE SetPreroll(BOOL is) override {
+    return set(AM_SAMPLE_PREROLL, is != FALSE);
+  }
+  HRESULT STDMETHODCALLTYPE IsDiscontinuity() override {
+    return answer(AM_SAMPLE_DATADISCONTINUITY);
+  }
   HRESULT STDMETHODCALLTYPE SetDiscontinuity(BOOL is) override {
-    return set(state_.isDiscontinuity, is);
+    return set(AM_SAMPLE_DATADISCONTINUITY, is != FALSE);
   }
 
   HRESULT STDMETHODCALLTYPE GetMediaType(AM_MEDIA_TYPE** type) override {
     if (!type) return E_POINTER;
     *type = nullptr;
-    if (!state_.hasType) return S_FALSE;
+    if (!has(AM_SAMPLE_TYPECHANGED)) return S_FALSE;
     *type = CreateMediaType(type_.get());
     return *type ? S_OK : E_OUTOFMEMORY;
   }
   HRESULT STDMETHODCALLTYPE SetMediaType(AM_MEDIA_TYPE* type) override {
     return withoutThrowing([&] {
-      if (type || state_.hasType) type_ = type ? std::make_unique<CMediaType>(*type) : nullptr;
-      state_.hasType = type != nullptr;
-      return S_OK;
+      if (type || has(AM_SAMPLE_TYPECHANGED)) {
+        type_ = type ? std::make_unique<CMediaType>(*type) : nullptr;
+      }
+      return set(AM_SAMPLE_TYPECHANGED, type != nullptr);
     });
+  }
+
+  // IMediaSample2
+
+  HRESULT STDMETHODCALLTYPE GetProperties(DWORD size, BYTE* properties) override {
+    if (!properties) return E_POINTER;
+    AM_SAMPLE2_PROPERTIES all = allProperties();
+    all.cbData = std::min<DWORD>(size, sizeof all);
+    std::memcpy(properties, &all, all.cbData);
+    return S_OK;
+  }
+
+  /// Members past `size` stay as they are. The buffer cannot be changed.
+  HRESULT STDMETHODCALLTYPE SetProperties(DWORD size, const BYTE* properties) override {
+    if (!properties) return E_POINTER;
+    AM_SAMPLE2_PROPERTIES all = allProperties();
+    std::memcpy(&all, properties, std::min<std::size_t>(size, sizeof all));
+    if ((all.pbBuffer && all.pbBuffer != bytes_) || (all.cbBuffer && all.cbBuffer != size_)) {
+      return E_INVALIDARG;
+    }
+    if (all.lActual < 0 || all.lActual > size_) return VFW_E_BUFFER_OVERFLOW;
+    const bool hasType = (all.dwSampleFlags & AM_SAMPLE_TYPECHANGED) && all.pMediaType;
+    const HRESULT result = SetMediaType(hasType ? all.pMediaType : nullptr);
+    if (FAILED(result)) return result;
+    const DWORD typeFlag = state_.flags & AM_SAMPLE_TYPECHANGED;
+    state_.flags = (all.dwSampleFlags & ~DWORD{AM_SAMPLE_TYPECHANGED}) | typeFlag;
+    state_.start = all.tStart;
+    state_.stop = all.tStop;
+    state_.hasStream = true;
+    length_ = all.lActual;
+    typeSpecificFlags_ = all.dwTypeSpecificFlags;
+    streamId_ = all.dwStreamId;
+    return S_OK;
   }
 
  private:
   struct State {
-    bool isSyncPoint = false;
-    bool isPreroll = false;
-    bool isDiscontinuity = false;
-    bool hasStart = false;
-    bool hasStop = false;
+    DWORD flags = 0;  // AM_SAMPLE_*: which of the properties there are
     bool hasMediaTime = false;
-    bool hasType = false;
+    bool hasStream = false;
     LONGLONG start = 0;  // 100 ns
     LONGLONG stop = 0;
   };
 
-  static HRESULT answer(bool flag) { return flag ? S_OK : S_FALSE; }
-  static HRESULT set(bool& flag, BOOL is) {
-    flag = is != FALSE;
+  bool has(DWORD flag) const { return (state_.flags & flag) != 0; }
+  HRESULT answer(DWORD flag) const { return has(flag) ? S_OK : S_FALSE; }
+  HRESULT set(DWORD flag, bool is) {
+    state_.flags = is ? state_.flags | flag : state_.flags & ~flag;
     return S_OK;
+  }
+
+  AM_SAMPLE2_PROPERTIES allProperties() const {
+    AM_SAMPLE2_PROPERTIES all = {};
+    all.dwTypeSpecificFlags = state_.hasStream ? typeSpecificFlags_ : 0;
+    all.dwSampleFlags = state_.flags;
+    all.lActual = length_;
+    all.tStart = state_.start;
+    all.tStop = state_.stop;
+    all.dwStreamId = state_.hasStream ? streamId_ : DWORD{AM_STREAM_MEDIA};
+    all.pMediaType = has(AM_SAMPLE_TYPECHANGED) ? type_.get() : nullptr;
+    all.pbBuffer = bytes_;
+    all.cbBuffer = size_;
+    return all;
   }
 
   // What every use of a sample touches, up to the state, lies in its first cache line.
@@ -147,6 +202,8 @@ class alignas(korr::concurrency::kCacheLine) CMemAllocator::Sample final : publi
   State state_;
 
   LONG size_;
+  DWORD typeSpecificFlags_ = 0;  // these two while the state has a stream
+  DWORD streamId_ = 0;
   LONGLONG mediaStart_ = 0;
   LONGLONG mediaStop_ = 0;
   std::unique_ptr<CMediaType> type_;

@@ -42,7 +42,11 @@ GraphTestBench::GraphTestBench(const Settings& settings) : watchdog_(watch) {
   source = new host::CPushSource(
       {.type = inputMediaType(settings.isTeletext), .buffers = 32, .bufferSize = 1024});
   sink = new host::CCollectingSink({.onSample = [this](const auto& sample) { return keep(sample); },
-                                    .onEndOfStream = [this] { noteEnd(); }});
+                                    .onEndOfStream = [this] { noteEnd(); },
+                                    .onNewSegment =
+                                        [this](REFERENCE_TIME start) {
+                                          if (onNewSegment) onNewSegment(start);
+                                        }});
   configure(settings);
   CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&graph));
   graph.As(&control_);
@@ -65,7 +69,7 @@ GraphTestBench::~GraphTestBench() {
   source.Reset();
   sink.Reset();
   filter.Reset();
-  EXPECT_EQ(CBaseObject::ObjectsActive(), 0) << "a reference leaked";
+  EXPECT_EQ(CBaseObject::ObjectsActive(), othersObjects_) << "a reference leaked";
   CoUninitialize();
 }
 
@@ -103,6 +107,15 @@ void GraphTestBench::play(std::initializer_list<InputSample> samples) {
   EXPECT_GE(run(), 0);
   for (const auto& sample : samples) push(sample);
   finish();
+}
+
+void GraphTestBench::reconnectOutput(IMemAllocator& allocator) {
+  IPin* const output = filter->GetPin(1);
+  auto& pin = static_cast<CBaseInputPin&>(*sink->GetPin(0));
+  graph->Disconnect(output);
+  graph->Disconnect(&pin);
+  EXPECT_EQ(pin.NotifyAllocator(&allocator, FALSE), S_OK);  // now the one that it offers
+  EXPECT_EQ(graph->ConnectDirect(output, &pin, nullptr), S_OK);
 }
 
 void GraphTestBench::pushWithUnknownFormatType(InputSample sample) {

@@ -45,6 +45,10 @@ class GraphTestBench {
   GraphTestBench(const GraphTestBench&) = delete;
   GraphTestBench& operator=(const GraphTestBench&) = delete;
 
+ private:
+  const LONG othersObjects_ = CBaseObject::ObjectsActive();  // first: before any of our own
+
+ public:
   void configure(const Settings& settings);
 
   HRESULT run() { return control_->Run(); }
@@ -62,6 +66,9 @@ class GraphTestBench {
 
   std::vector<Received> received();
 
+  /// Connects the filter's output anew, with an allocator that the sink brings.
+  void reconnectOutput(IMemAllocator& allocator);
+
   /// Pushes a sample with a media type of a format type that the filter does not know.
   void pushWithUnknownFormatType(InputSample sample);
 
@@ -73,6 +80,9 @@ class GraphTestBench {
 
   /// Called on the worker before a sample is kept; anything but S_OK is what the sink answers.
   std::function<HRESULT(IMediaSample&)> onReceive;
+
+  /// Called when the sink is told of a segment.
+  std::function<void(REFERENCE_TIME start)> onNewSegment;
 
  private:
   HRESULT keep(const host::ReceivedSample& sample);

@@ -106,6 +106,57 @@ TEST_F(MemoryAllocator, GivesSamplesWithoutTraceOfTheirLastUse) {
   EXPECT_EQ(sample->IsPreroll(), S_FALSE);
 }
 
+TEST_F(MemoryAllocator, GivesSamplesWhosePropertiesAreReadAndSetAtOnce) {
+  commitTwoSamples();
+  ComPtr<IMediaSample> sample;
+  ComPtr<IMediaSample2> whole;
+  ASSERT_EQ(get(sample), S_OK);
+  ASSERT_EQ(sample.As(&whole), S_OK);
+  REFERENCE_TIME start = 7;
+  REFERENCE_TIME stop = 9;
+  CMediaType type(&MEDIATYPE_Text);
+  sample->SetTime(&start, &stop);
+  sample->SetSyncPoint(TRUE);
+  sample->SetMediaType(&type);
+
+  AM_SAMPLE2_PROPERTIES properties = {};
+  auto* const bytes = reinterpret_cast<BYTE*>(&properties);
+  ASSERT_EQ(whole->GetProperties(sizeof properties, bytes), S_OK);
+  EXPECT_EQ(properties.cbData, sizeof properties);
+  EXPECT_EQ(properties.dwSampleFlags, DWORD{AM_SAMPLE_SPLICEPOINT | AM_SAMPLE_TYPECHANGED |
+                                            AM_SAMPLE_TIMEVALID | AM_SAMPLE_STOPVALID});
+  EXPECT_EQ(properties.lActual, kSize);
+  EXPECT_EQ(properties.tStart, 7);
+  EXPECT_EQ(properties.tStop, 9);
+  EXPECT_EQ(properties.pMediaType->majortype, MEDIATYPE_Text);
+  EXPECT_EQ(properties.cbBuffer, kSize);
+
+  properties.dwSampleFlags = AM_SAMPLE_TIMEVALID | AM_SAMPLE_DATADISCONTINUITY;
+  properties.lActual = 3;
+  properties.tStart = 5;
+  properties.dwStreamId = 1;
+  EXPECT_EQ(whole->SetProperties(sizeof properties, bytes), S_OK);
+  EXPECT_EQ(sample->GetTime(&start, &stop), VFW_S_NO_STOP_TIME);
+  EXPECT_EQ(start, 5);
+  EXPECT_EQ(sample->IsSyncPoint(), S_FALSE);
+  EXPECT_EQ(sample->IsDiscontinuity(), S_OK);
+  EXPECT_EQ(sample->GetActualDataLength(), 3);
+  AM_MEDIA_TYPE* attached = nullptr;
+  EXPECT_EQ(sample->GetMediaType(&attached), S_FALSE);
+
+  properties.dwSampleFlags = AM_SAMPLE_PREROLL;
+  properties.lActual = 1;
+  EXPECT_EQ(whole->SetProperties(offsetof(AM_SAMPLE2_PROPERTIES, lActual), bytes), S_OK);
+  EXPECT_EQ(sample->IsPreroll(), S_OK);
+  EXPECT_EQ(sample->GetActualDataLength(), 3) << "past the size given";
+  properties.lActual = kSize + 1;
+  EXPECT_EQ(whole->SetProperties(sizeof properties, bytes), VFW_E_BUFFER_OVERFLOW);
+  properties.lActual = 1;
+  ++properties.pbBuffer;
+  EXPECT_EQ(whole->SetProperties(sizeof properties, bytes), E_INVALIDARG);
+  EXPECT_EQ(sample->GetActualDataLength(), 3) << "all or nothing";
+}
+
 TEST_F(MemoryAllocator, WaitsUntilASampleComesBackOrItIsDecommitted) {
   commitTwoSamples();
   ComPtr<IMediaSample> samples[2];

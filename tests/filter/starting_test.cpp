@@ -1,0 +1,110 @@
+// What one stream leaves for the next, and who starts it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "tests/filter/graph_test_bench.h"
+#include "tests/filter/hooked_allocator.h"
+
+namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(Starting, FindsNothingOfBeforeAStopThatFailed) {
+  HookedAllocator allocator;
+  allocator.decommitAnswer = E_FAIL;
+  GraphTestBench bench({});
+  bench.reconnectOutput(allocator);
+  bench.play({captionText(1, "before"), captionSample(3)});
+  EXPECT_EQ(bench.filter->Stop(), E_FAIL);
+  bench.stop();
+  const std::size_t before = bench.received().size();
+  for (int i = 0; i < 12; ++i) {
+    bench.play({captionText(11, "Hello"), captionSample(13)});
+    EXPECT_EQ(bench.filter->Stop(), E_FAIL);
+    bench.stop();
+  }
+  const auto received = bench.received();
+  ASSERT_EQ(received.size(), before + 12);
+  for (std::size_t i = before; i < received.size(); ++i) {
+    EXPECT_EQ(received[i].start, 110'000'000u);
+    EXPECT_THAT(received[i].data, HasSubstr("Hello"));
+  }
+}
+
+/// A handle to the calling thread for others.
+HANDLE thisThread() {
+  HANDLE handle = nullptr;
+  DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &handle, 0, FALSE,
+                  DUPLICATE_SAME_ACCESS);
+  return handle;
+}
+
+// Whoever pauses the filter is kept from going on between the change of the state and the chain: a
+// flush, which tells of a segment meanwhile, holds the lock, and then the thread is suspended.
+TEST(Starting, KeepsTheChainThatASampleWasFasterToBuild) {
+  GraphTestBench bench({.isTeletext = true});
+  std::atomic<bool> isTold = false;
+  std::atomic<bool> mayGoOn = false;
+  bench.onNewSegment = [&](REFERENCE_TIME) {
+    isTold = true;
+    while (!mayGoOn) std::this_thread::sleep_for(1ms);
+  };
+  bench.sink->Pause();
+  bench.source->Pause();
+  bench.source->newSegment(0, 1, 1.0);
+  std::jthread flushing([&] { bench.source->endFlush(); });
+  while (!isTold) std::this_thread::sleep_for(1ms);
+
+  std::atomic<HANDLE> pausingThread = nullptr;
+  std::jthread pausing([&] {
+    pausingThread = thisThread();
+    EXPECT_EQ(bench.filter->Pause(), S_OK);
+  });
+  while (bench.filter->IsStopped()) std::this_thread::sleep_for(1ms);
+  std::this_thread::sleep_for(10ms);  // and now it waits for the lock
+  bench.push(captionSample(1));
+  std::this_thread::sleep_for(10ms);  // and now the worker does
+  ASSERT_NE(SuspendThread(pausingThread), DWORD(-1));
+  mayGoOn = true;
+  std::vector<std::string> said;
+  for (int i = 0; i < 1000 && said.empty(); ++i) {
+    std::this_thread::sleep_for(1ms);
+    said = bench.logger.take();
+  }
+  ResumeThread(pausingThread);
+  pausing.join();
+  flushing.join();
+  CloseHandle(pausingThread);
+  EXPECT_THAT(said, ElementsAre("2 No Teletext descriptor detected")) << "as a chain is built";
+  EXPECT_THAT(bench.logger.take(), ElementsAre()) << "and another";
+  bench.filter->Stop();
+  bench.source->Stop();
+  bench.sink->Stop();
+}
+
+TEST(Starting, ForgetsTheFormatBlockOfAnEarlierConnection) {
+  GraphTestBench bench({.isTeletext = true, .language = "eng"});
+  InputSample sample = captionSample(1);
+  sample.format = {0x56, 5, 'e', 'n', 'g', 2 << 3 | 0, 0x88};
+  bench.play({sample});
+  bench.stop();
+  IPin* const input = bench.filter->GetPin(0);
+  bench.graph->Disconnect(input);
+  bench.graph->Disconnect(bench.source->GetPin(0));
+  ASSERT_EQ(bench.graph->ConnectDirect(bench.source->GetPin(0), input, nullptr), S_OK);
+  bench.logger.take();
+  bench.play({sample});
+  EXPECT_THAT(bench.logger.take(), ElementsAre("2 No Teletext descriptor detected",
+                                               "2 Teletext descriptor(s) detected : [eng, 888] ",
+                                               "2 => Follow language eng on page 888"));
+}
+
+}  // namespace
+}  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1
