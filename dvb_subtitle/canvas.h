@@ -65,6 +65,8 @@ class Canvas {
   void fill(std::uint32_t x, std::uint32_t y, std::uint32_t width, std::uint32_t height,
             Colour colour);
 
+  std::uint32_t width() const { return width_; }
+
   /// How many pixels were written, those written again counted again.
   std::uint64_t pixelsWritten() const { return pixelsWritten_; }
 

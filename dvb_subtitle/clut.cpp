@@ -1,6 +1,7 @@
 #include "dvb_subtitle/clut.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 namespace {
@@ -53,12 +54,9 @@ std::uint8_t toComponent(float fraction) {
   return static_cast<std::uint8_t>(std::clamp(static_cast<int>(fraction * 255.0F + 0.5F), 0, 255));
 }
 
-}  // namespace
-
-constexpr DVBClutSet kDefaultClutSet{defaultTwoBit(), defaultFourBit(), defaultEightBit()};
-
-// ITU-R BT.601 with Y from 16 to 235 and Cr, Cb from 16 to 240.
-Colour colourOf(std::uint32_t y, std::uint32_t cr, std::uint32_t cb, std::uint32_t transparency) {
+// ITU-R BT.601 with Y from 16 to 235 and Cr, Cb from 16 to 240, its factors rounded.
+Colour filterColourOf(std::uint32_t y, std::uint32_t cr, std::uint32_t cb,
+                      std::uint32_t transparency) {
   const auto fraction = [](std::uint32_t value, std::uint32_t highest) {
     return static_cast<float>(std::clamp(value, 16U, highest)) / 255.0F;
   };
@@ -67,6 +65,34 @@ Colour colourOf(std::uint32_t y, std::uint32_t cr, std::uint32_t cb, std::uint32
   const float blue = fraction(cb, 240) - 0.5F;
   return {toComponent(luma + 1.596F * red), toComponent(luma - 0.392F * blue - 0.813F * red),
           toComponent(luma + 2.017F * blue), static_cast<std::uint8_t>(255 - transparency)};
+}
+
+// ITU-R BT.601, 2.5.1 to 2.5.3: E'R - E'Y and E'B - E'Y over 224 steps, E'Y over 219. What cannot
+// be seen has no colour, so that pictures that look alike are alike.
+Colour exactColourOf(std::uint32_t y, std::uint32_t cr, std::uint32_t cb,
+                     std::uint32_t transparency) {
+  constexpr double kRed = 0.299;
+  constexpr double kBlue = 0.114;
+  constexpr double kGreen = 1 - kRed - kBlue;
+  if (transparency == 255) return {};
+  const double luma = (static_cast<double>(y) - 16) * 255 / 219;
+  const double red = (static_cast<double>(cr) - 128) * 255 / 224 * 2 * (1 - kRed);
+  const double blue = (static_cast<double>(cb) - 128) * 255 / 224 * 2 * (1 - kBlue);
+  const auto component = [](double value) {
+    return static_cast<std::uint8_t>(std::clamp(std::lround(value), 0L, 255L));
+  };
+  return {component(luma + red), component(luma - (kRed * red + kBlue * blue) / kGreen),
+          component(luma + blue), static_cast<std::uint8_t>(255 - transparency)};
+}
+
+}  // namespace
+
+constexpr DVBClutSet kDefaultClutSet{defaultTwoBit(), defaultFourBit(), defaultEightBit()};
+
+Colour colourOf(std::uint32_t y, std::uint32_t cr, std::uint32_t cb, std::uint32_t transparency,
+                const DvbRules& rules) {
+  return rules.usesExactColours ? exactColourOf(y, cr, cb, transparency)
+                                : filterColourOf(y, cr, cb, transparency);
 }
 
 }  // namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1

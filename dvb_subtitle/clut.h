@@ -4,6 +4,9 @@
 #include <array>
 #include <cstdint>
 
+#include "dvb_subtitle/dvb_rules.h"
+#include "dvb_subtitle/region.h"
+
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 
 /// A colour as pixels hold it; alpha 255 is opaque.
@@ -22,13 +25,22 @@ struct DVBClutSet {
   std::array<Colour, 4> twoBit;
   std::array<Colour, 16> fourBit;
   std::array<Colour, 256> eightBit;
+
+  /// The table of a depth: as many colours as it has codes.
+  const Colour* ofDepth(PixelDepth depth) const {
+    return depth == PixelDepth::TwoBit    ? twoBit.data()
+           : depth == PixelDepth::FourBit ? fourBit.data()
+                                          : eightBit.data();
+  }
 };
 
 /// What every CLUT starts from, and what stands in for one that was never defined (EN 300 743,
 /// clause 10).
 extern const DVBClutSet kDefaultClutSet;
 
-/// The colour of a CLUT entry, computed in single precision. `transparency` 0 is opaque.
-Colour colourOf(std::uint32_t y, std::uint32_t cr, std::uint32_t cb, std::uint32_t transparency);
+/// The colour of a CLUT entry in the full range. `transparency` 0 is opaque. By `rules` it is
+/// exact, or computed in single precision, as the filter does.
+Colour colourOf(std::uint32_t y, std::uint32_t cr, std::uint32_t cb, std::uint32_t transparency,
+                const DvbRules& rules);
 
 }  // namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1

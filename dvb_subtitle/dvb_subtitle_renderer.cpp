@@ -4,17 +4,12 @@
 #include <utility>
 
 #include "dvb_subtitle/errors.h"
+#include "dvb_subtitle/limits.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 namespace {
 
 using util::BitReader;
-
-// Far beyond what any decoder has room for (EN 300 743, clause 5): they bound what a broken stream
-// can make us keep.
-constexpr std::size_t kMostObjectBytes = 64U << 20;
-constexpr std::size_t kMostObjectsInRegion = 16'384;
-constexpr std::uint64_t kMostDisplayPixels = 16'777'216;
 
 // A product of 32-bit signed numbers, wrapping round.
 std::uint32_t product(std::uint32_t a, std::uint32_t b) {
@@ -108,7 +103,10 @@ void DVBSubtitleRenderer::takeRegionComposition(BitReader& reader) {
   DVBRegion& region = regions_[composition.id];
   if (!composition.region.fillFlag) composition.region.objects = std::move(region.objects);
   region = std::move(composition.region);
-  readRegionObjects(reader, region.objects);
+  while (!reader.exhausted()) {
+    const auto object = readRegionObject(reader, kFilter);
+    if (object) region.objects[object->objectId] = object->position;
+  }
   if (region.objects.size() > kMostObjectsInRegion) {
     region.objects.clear();
     throw SegmentError("Region %d emptied: more than %d objects", composition.id,
@@ -117,8 +115,8 @@ void DVBSubtitleRenderer::takeRegionComposition(BitReader& reader) {
 }
 
 void DVBSubtitleRenderer::takeClutDefinition(BitReader& reader) {
-  const ClutDefinition definition = readClutDefinition(reader);
-  cluts_.insert_or_assign(definition.id, definition.cluts);
+  const ClutDefinition definition = readClutDefinition(reader, kFilter);
+  applyClutDefinition(definition, kFilter, cluts_[definition.id]);
 }
 
 void DVBSubtitleRenderer::takeObjectData(BitReader& reader) {

@@ -12,6 +12,7 @@
 #include "dvb_subtitle/region.h"
 #include "dvb_subtitle/segments.h"
 #include "log/logger.h"
+#include "model/dvb_pages.h"
 #include "model/media_time.h"
 #include "model/subtitle.h"
 #include "util/bit_reader.h"
@@ -29,6 +30,12 @@ class DVBSubtitleRenderer {
 
   /// Follows another page for CLUTs and objects as well (EN 300 743, 7.2.1: ancillary page).
   void setAncillaryPage(std::uint16_t pageId) { ancillaryPage_ = pageId; }
+
+  /// Follows a service's pages, not the first page that comes.
+  void setPages(const DvbPages& pages) {
+    compositionPage_ = pages.composition;
+    if (pages.ancillary != pages.composition) setAncillaryPage(pages.ancillary);
+  }
 
   /// The aspect ratio of the picture that the pages lie over; without one that of the display
   /// stands. Both above 0.

@@ -10,23 +10,20 @@ std::uint32_t fourToTwoBit(std::uint32_t code) {
 
 }  // namespace
 
-Colour lookUp(const DVBClutSet& cluts, const MapTables& maps, PixelDepth regionDepth,
-              PixelDepth stringDepth, std::uint32_t code) {
+std::uint32_t mapCode(const MapTables& maps, PixelDepth regionDepth, PixelDepth stringDepth,
+                      std::uint32_t code) {
   switch (regionDepth) {
     case PixelDepth::TwoBit:
       if (stringDepth == PixelDepth::EightBit) code >>= 4;
-      if (stringDepth != PixelDepth::TwoBit) code = fourToTwoBit(code);
-      return cluts.twoBit[code];
+      return stringDepth == PixelDepth::TwoBit ? code : fourToTwoBit(code);
     case PixelDepth::FourBit:
-      if (stringDepth == PixelDepth::TwoBit) code = maps.twoToFourBit[code];
-      if (stringDepth == PixelDepth::EightBit) code >>= 4;
-      return cluts.fourBit[code];
+      if (stringDepth == PixelDepth::TwoBit) return maps.twoToFourBit[code];
+      return stringDepth == PixelDepth::EightBit ? code >> 4 : code;
     case PixelDepth::EightBit:
-      if (stringDepth == PixelDepth::TwoBit) code = maps.twoToEightBit[code];
-      if (stringDepth == PixelDepth::FourBit) code = maps.fourToEightBit[code];
-      return cluts.eightBit[code];
+      if (stringDepth == PixelDepth::TwoBit) return maps.twoToEightBit[code];
+      return stringDepth == PixelDepth::FourBit ? maps.fourToEightBit[code] : code;
   }
-  return {};
+  return 0;
 }
 
 }  // namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1

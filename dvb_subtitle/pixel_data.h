@@ -1,10 +1,9 @@
-// Pixel codes to colours.
+// Pixel codes of one depth to those of another.
 #pragma once
 
 #include <array>
 #include <cstdint>
 
-#include "dvb_subtitle/clut.h"
 #include "dvb_subtitle/region.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
@@ -17,8 +16,8 @@ struct MapTables {
                                               0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
 };
 
-/// The colour of `code`, from a string of `stringDepth`, in a region of `regionDepth`.
-Colour lookUp(const DVBClutSet& cluts, const MapTables& maps, PixelDepth regionDepth,
-              PixelDepth stringDepth, std::uint32_t code);
+/// `code`, from a string of `stringDepth`, as a code of a region of `regionDepth`.
+std::uint32_t mapCode(const MapTables& maps, PixelDepth regionDepth, PixelDepth stringDepth,
+                      std::uint32_t code);
 
 }  // namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1

@@ -33,7 +33,20 @@ struct DVBRegion {
   std::uint32_t pixelCode2Bit = 0;  ///< what `fillFlag` fills with, for each depth
   std::uint32_t pixelCode4Bit = 0;
   std::uint32_t pixelCode8Bit = 0;
-  Placements objects;  ///< relative to the region
+  Placements objects;  ///< relative to the region; for decoders that keep objects, not pixels
+
+  /// What it is filled with, of its own depth.
+  std::uint32_t fillCode() const {
+    return depth == PixelDepth::TwoBit    ? pixelCode2Bit
+           : depth == PixelDepth::FourBit ? pixelCode4Bit
+                                          : pixelCode8Bit;
+  }
+};
+
+/// Where a region shows an object (EN 300 743, 7.2.3).
+struct ObjectPlacement {
+  int objectId = 0;
+  Position position;  ///< relative to the region
 };
 
 /// A picture in code strings, or characters (EN 300 743, 7.2.5).

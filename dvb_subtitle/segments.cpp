@@ -9,40 +9,43 @@ namespace {
 
 using util::BitReader;
 
-Colour readFullRangeColour(BitReader& reader) {
+constexpr std::uint32_t kTransparent = 255;
+
+// Y = 0 says that nothing is to be seen (EN 300 743, 7.2.4).
+Colour entryColour(std::uint32_t y, std::uint32_t cr, std::uint32_t cb, std::uint32_t transparency,
+                   const DvbRules& rules) {
+  return y == 0 ? colourOf(16, 16, 16, kTransparent, rules)
+                : colourOf(y, cr, cb, transparency, rules);
+}
+
+Colour readFullRangeColour(BitReader& reader, const DvbRules& rules) {
   const std::uint32_t y = reader.read(8);
   const std::uint32_t cr = reader.read(8);
   const std::uint32_t cb = reader.read(8);
   const std::uint32_t transparency = reader.read(8);
-  return y == 0 ? colourOf(16, 16, 16, 255) : colourOf(y, cr, cb, transparency);
+  return entryColour(y, cr, cb, transparency, rules);
 }
 
-// Y, Cr and Cb are not scaled up to the full range, deliberately.
-Colour readReducedRangeColour(BitReader& reader) {
-  const std::uint32_t y = reader.read(6);
-  const std::uint32_t cr = reader.read(4);
-  const std::uint32_t cb = reader.read(4);
+Colour readReducedRangeColour(BitReader& reader, const DvbRules& rules) {
+  const bool widens = rules.widensReducedRange;
+  const std::uint32_t y = reader.read(6) << (widens ? 2 : 0);
+  const std::uint32_t cr = reader.read(4) << (widens ? 4 : 0);
+  const std::uint32_t cb = reader.read(4) << (widens ? 4 : 0);
   const std::uint32_t transparency = reader.read(2) << 6;
-  return y == 0 ? colourOf(16, 16, 16, 255) : colourOf(y, cr, cb, transparency);
+  return entryColour(y, cr, cb, transparency, rules);
 }
 
-// An entry goes into the first table that it is flagged for and that has room for its id.
-void readClutEntry(BitReader& reader, DVBClutSet& cluts) {
-  const std::uint32_t entryId = reader.read(8);
-  const bool isTwoBit = reader.readFlag();
-  const bool isFourBit = reader.readFlag();
-  const bool isEightBit = reader.readFlag();
+ClutEntry readClutEntry(BitReader& reader, const DvbRules& rules) {
+  ClutEntry entry;
+  entry.id = static_cast<std::uint8_t>(reader.read(8));
+  entry.isTwoBit = reader.readFlag();
+  entry.isFourBit = reader.readFlag();
+  entry.isEightBit = reader.readFlag();
   reader.skip(4);  // reserved
   const bool fullRange = reader.readFlag();
-  const Colour colour = fullRange ? readFullRangeColour(reader) : readReducedRangeColour(reader);
-
-  if (isTwoBit && entryId < cluts.twoBit.size()) {
-    cluts.twoBit[entryId] = colour;
-  } else if (isFourBit && entryId < cluts.fourBit.size()) {
-    cluts.fourBit[entryId] = colour;
-  } else if (isEightBit) {
-    cluts.eightBit[entryId] = colour;
-  }
+  entry.colour =
+      fullRange ? readFullRangeColour(reader, rules) : readReducedRangeColour(reader, rules);
+  return entry;
 }
 
 // A field's data block. Announced bytes that the segment does not have are 0; as no decoder gets
@@ -88,7 +91,8 @@ PageComposition readPageComposition(BitReader& reader) {
   page.timeOut = reader.read(8);
   reader.skip(4);  // page_version_number
   const std::uint32_t pageState = reader.read(2);
-  page.startsAfresh = pageState == kAcquisitionPoint || pageState == kModeChange;
+  page.beginsEpoch = pageState == kModeChange;
+  page.startsAfresh = page.beginsEpoch || pageState == kAcquisitionPoint;
   reader.skip(2);  // reserved
   while (reader.bitsLeft() >= kRegionBits) {
     const auto regionId = static_cast<int>(reader.read(8));
@@ -124,28 +128,47 @@ RegionComposition readRegionComposition(BitReader& reader) {
   return composition;
 }
 
-// No foreground and background codes are read, whatever the object_type, deliberately.
-void readRegionObjects(BitReader& reader, Placements& objects) {
-  while (!reader.exhausted()) {
-    const auto objectId = static_cast<int>(reader.read(16));
-    reader.skip(2);  // object_type
-    const std::uint32_t providerFlag = reader.read(2);
-    if (providerFlag != 0)
-      throw SegmentError("Unsupported object_provider_flag %d", static_cast<int>(providerFlag));
-    Position position;
-    position.horizontal = reader.read(12);
-    reader.skip(4);  // reserved
-    position.vertical = reader.read(12);
-    objects[objectId] = position;
-  }
+std::optional<ObjectPlacement> readRegionObject(BitReader& reader, const DvbRules& rules) {
+  constexpr std::uint32_t kCharacter = 1;
+  constexpr std::uint32_t kCharacterString = 2;
+
+  ObjectPlacement object;
+  object.objectId = static_cast<int>(reader.read(16));
+  const std::uint32_t type = reader.read(2);
+  const std::uint32_t providerFlag = reader.read(2);
+  if (providerFlag != 0 && !rules.passesOverProvidedObjects)
+    throw SegmentError("Unsupported object_provider_flag %d", static_cast<int>(providerFlag));
+  object.position.horizontal = reader.read(12);
+  reader.skip(4);  // reserved
+  object.position.vertical = reader.read(12);
+  if (rules.readsCharacterColours && (type == kCharacter || type == kCharacterString))
+    reader.skip(16);  // foreground_pixel_code, background_pixel_code
+  if (providerFlag != 0) return {};
+  return object;
 }
 
-ClutDefinition readClutDefinition(BitReader& reader) {
+ClutDefinition readClutDefinition(BitReader& reader, const DvbRules& rules) {
   ClutDefinition definition;
   definition.id = static_cast<int>(reader.read(8));
   reader.skip(8);  // CLUT_version_number, reserved
-  while (!reader.exhausted()) readClutEntry(reader, definition.cluts);
+  while (!reader.exhausted()) definition.entries.push_back(readClutEntry(reader, rules));
   return definition;
+}
+
+void applyClutDefinition(const ClutDefinition& definition, const DvbRules& rules,
+                         DVBClutSet& cluts) {
+  if (!rules.keepsUnnamedEntries) cluts = kDefaultClutSet;
+  for (const ClutEntry& entry : definition.entries) {
+    bool isFree = true;  // to go into a table
+    const auto put = [&](bool isFlagged, auto& table) {
+      if (!isFlagged || !isFree || entry.id >= table.size()) return;
+      table[entry.id] = entry.colour;
+      isFree = rules.fillsAllFlaggedTables;
+    };
+    put(entry.isTwoBit, cluts.twoBit);
+    put(entry.isFourBit, cluts.fourBit);
+    put(entry.isEightBit, cluts.eightBit);
+  }
 }
 
 DVBObject readObjectData(BitReader& reader) {

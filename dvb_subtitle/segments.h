@@ -3,8 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 #include "dvb_subtitle/clut.h"
+#include "dvb_subtitle/dvb_rules.h"
 #include "dvb_subtitle/region.h"
 #include "util/bit_reader.h"
 
@@ -31,6 +34,7 @@ SegmentHeader readSegmentHeader(util::BitReader& reader);
 struct PageComposition {
   std::uint32_t timeOut = 0;  ///< seconds
   bool startsAfresh = false;  ///< acquisition point or mode change: nothing before it is needed
+  bool beginsEpoch = false;   ///< mode change
   Placements regions;
   std::size_t bitsLeft = 0;  ///< after the last whole region
 };
@@ -44,16 +48,27 @@ struct RegionComposition {
 /// Throws SegmentError for an unknown region_depth.
 RegionComposition readRegionComposition(util::BitReader& reader);
 
-/// The rest of a region composition segment: adds its objects to `objects`. Throws SegmentError for
-/// an object that is not in the stream; those before it are in.
-void readRegionObjects(util::BitReader& reader, Placements& objects);
+/// The next object in the rest of a region composition segment, where the reader stands before its
+/// end. One that is not in the stream throws SegmentError or, by `rules`, is passed over.
+std::optional<ObjectPlacement> readRegionObject(util::BitReader& reader, const DvbRules& rules);
 
 /// EN 300 743, 7.2.4.
+struct ClutEntry {
+  std::uint8_t id = 0;
+  bool isTwoBit = false;  ///< the tables that it is flagged for
+  bool isFourBit = false;
+  bool isEightBit = false;
+  Colour colour;
+};
 struct ClutDefinition {
   int id = 0;
-  DVBClutSet cluts = kDefaultClutSet;
+  std::vector<ClutEntry> entries;
 };
-ClutDefinition readClutDefinition(util::BitReader& reader);
+ClutDefinition readClutDefinition(util::BitReader& reader, const DvbRules& rules);
+
+/// Puts the entries of a definition into `cluts`, which by `rules` become the default ones first.
+void applyClutDefinition(const ClutDefinition& definition, const DvbRules& rules,
+                         DVBClutSet& cluts);
 
 /// EN 300 743, 7.2.5. Throws SegmentError for an unknown object_coding_method.
 DVBObject readObjectData(util::BitReader& reader);

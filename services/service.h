@@ -1,7 +1,6 @@
 // The subtitle services of a recording: what can be listed, chosen and converted.
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -9,18 +8,12 @@
 #include <vector>
 
 #include "log/logger.h"
+#include "model/dvb_pages.h"
 #include "readers/media_reader.h"
 
 namespace korr::txsub {
 
-/// The pages of a DVB subtitle service (EN 300 743, 3.1): its own, and one whose CLUTs and objects
-/// it shares with other services of the PID.
-struct DvbPages {
-  std::uint16_t composition = 0;
-  std::uint16_t ancillary = 0;  ///< the same where nothing is shared
-
-  friend auto operator<=>(const DvbPages&, const DvbPages&) = default;
-};
+using encoding::subtitling::DvbPages;
 
 /// One subtitle service: a caption channel, a teletext page, a DVB subtitle stream.
 struct Service {

@@ -118,7 +118,7 @@ Bytes fieldData(unsigned bits, const IndexedPicture& picture, std::uint32_t firs
 DvbEncoder& DvbEncoder::display(std::uint32_t width, std::uint32_t height,
                                 const std::optional<Window>& window) {
   BitWriter bits;
-  bits.put(0, 4).put(window.has_value(), 1).put(0, 3);
+  bits.put(version_, 4).put(window.has_value(), 1).put(0, 3);
   bits.put(width - 1, 16).put(height - 1, 16);
   if (window) {
     bits.put(window->left, 16).put(window->right, 16);
@@ -131,7 +131,7 @@ DvbEncoder& DvbEncoder::display(std::uint32_t width, std::uint32_t height,
 DvbEncoder& DvbEncoder::page(std::uint8_t state, std::uint8_t timeOut,
                              const std::vector<Place>& regions) {
   BitWriter bits;
-  bits.put(timeOut, 8).put(0, 4).put(state, 2).put(0, 2);
+  bits.put(timeOut, 8).put(version_, 4).put(state, 2).put(0, 2);
   for (const Place& place : regions)
     bits.put(place.id, 8).put(0xFF, 8).put(place.x, 16).put(place.y, 16);
   return segment(0x10, bits.bytes());
@@ -140,7 +140,7 @@ DvbEncoder& DvbEncoder::page(std::uint8_t state, std::uint8_t timeOut,
 // EN 300 743, 7.2.3.
 DvbEncoder& DvbEncoder::region(const Region& region) {
   BitWriter bits;
-  bits.put(region.id, 8).put(0, 4).put(region.fill, 1).put(0, 3);
+  bits.put(region.id, 8).put(version_, 4).put(region.fill, 1).put(0, 3);
   bits.put(region.width, 16).put(region.height, 16);
   bits.put(region.depth, 3).put(region.depth, 3).put(0, 2).put(region.clut, 8);
   bits.put(region.fillCode, 8).put(region.fillCode, 4).put(region.fillCode, 2).put(0, 2);
@@ -152,7 +152,7 @@ DvbEncoder& DvbEncoder::region(const Region& region) {
 // EN 300 743, 7.2.4.
 DvbEncoder& DvbEncoder::clut(std::uint8_t id, const std::vector<ClutEntry>& entries) {
   BitWriter bits;
-  bits.put(id, 8).put(0x0F, 8);
+  bits.put(id, 8).put(version_, 4).put(0xF, 4);
   for (const ClutEntry& entry : entries) {
     bits.put(entry.id, 8).put(entry.tables, 3).put(0xF, 4).put(entry.fullRange, 1);
     if (entry.fullRange) {
@@ -168,7 +168,7 @@ DvbEncoder& DvbEncoder::clut(std::uint8_t id, const std::vector<ClutEntry>& entr
 DvbEncoder& DvbEncoder::object(std::uint16_t id, const Bytes& topField, const Bytes& bottomField,
                                bool nonModifyingColour) {
   BitWriter bits;
-  bits.put(id, 16).put(0, 4).put(0, 2).put(nonModifyingColour, 1).put(0, 1);
+  bits.put(id, 16).put(version_, 4).put(0, 2).put(nonModifyingColour, 1).put(0, 1);
   bits.put(topField.size(), 16).put(bottomField.size(), 16);
   Bytes body = bits.bytes();
   append(body, topField);
@@ -184,7 +184,7 @@ DvbEncoder& DvbEncoder::pictureObject(std::uint16_t id, unsigned bits,
 
 DvbEncoder& DvbEncoder::characters(std::uint16_t id, std::u16string_view codes) {
   BitWriter bits;
-  bits.put(id, 16).put(0, 4).put(1, 2).put(0, 2).put(codes.size(), 8);
+  bits.put(id, 16).put(version_, 4).put(1, 2).put(0, 2).put(codes.size(), 8);
   for (const char16_t code : codes) bits.put(code, 16);
   return segment(0x13, bits.bytes());
 }

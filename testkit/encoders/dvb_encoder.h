@@ -85,6 +85,12 @@ class DvbEncoder {
 
   DvbEncoder& segment(std::uint8_t type, const Bytes& body);
 
+  /// The version that segments from now on carry, 0 to 15: receivers may ignore one that they have.
+  DvbEncoder& version(std::uint8_t version) {
+    version_ = version;
+    return *this;
+  }
+
   /// Segments from now on are of another page.
   DvbEncoder& ofPage(std::uint16_t pageId) {
     pageId_ = pageId;
@@ -94,8 +100,13 @@ class DvbEncoder {
   /// The field, from its data_identifier to its end marker.
   Bytes bytes() const;
 
+  /// What `bytes` has before the segments, and behind them.
+  static constexpr std::size_t kBeforeSegments = 2;
+  static constexpr std::size_t kBehindSegments = 1;
+
  private:
   std::uint16_t pageId_;
+  std::uint8_t version_ = 0;
   Bytes segments_;
 };
 

@@ -59,22 +59,10 @@ TEST(PixelCodeStrings, ThatAreCutOffEndThere) {
   EXPECT_EQ(decode(PixelDepth::EightBit, "00000000'1'0000100"), "0*4 0");
 }
 
-// Each table entry stands for itself: its index in red.
-DVBClutSet indexCluts() {
-  DVBClutSet cluts{};
-  for (std::size_t i = 0; i < 256; ++i) {
-    cluts.eightBit[i].red = static_cast<std::uint8_t>(i);
-    if (i < 16) cluts.fourBit[i].red = static_cast<std::uint8_t>(i);
-    if (i < 4) cluts.twoBit[i].red = static_cast<std::uint8_t>(i);
-  }
-  return cluts;
-}
-
-TEST(ColourLookUp, BringsEveryCodeToTheDepthOfTheRegion) {
+TEST(PixelCodes, AreBroughtToTheDepthOfTheRegion) {
   using enum PixelDepth;
-  const DVBClutSet cluts = indexCluts();
-  const auto index = [&](PixelDepth region, PixelDepth string, std::uint32_t code) {
-    return int{lookUp(cluts, {}, region, string, code).red};
+  const auto index = [](PixelDepth region, PixelDepth string, std::uint32_t code) {
+    return static_cast<int>(mapCode({}, region, string, code));
   };
   constexpr std::array<int, 16> kFourToTwo{0, 1, 1, 1, 1, 1, 1, 1, 2, 3, 3, 3, 3, 3, 3, 3};
   constexpr std::array<int, 4> kTwoToFour{0, 7, 8, 15};
