@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <string_view>
+#include <utility>
 
 #include "samples/text_picture.h"
 #include "testkit/encoders/bit_writer.h"
@@ -73,17 +74,17 @@ DvbEncoder textPage(DvbEncoder field, const Display& display, std::uint8_t timeO
   return field.end();
 }
 
-DvbEncoder clearingPage(std::uint8_t timeOut) {
-  return DvbEncoder().page(DvbEncoder::kNormalCase, timeOut, {}).end();
+DvbEncoder clearingPage(DvbEncoder field, std::uint8_t timeOut) {
+  return field.page(DvbEncoder::kNormalCase, timeOut, {}).end();
 }
 
 // Text in the default 2-bit CLUT (1 white, 2 black, 3 grey) on a filled box.
-DvbEncoder boxedPage(std::string_view text) {
+DvbEncoder boxedPage(DvbEncoder field, std::string_view text) {
   IndexedPicture picture = textPicture(text, 40);
   for (auto& code : picture.codes)
     code = code <= kEdge ? 2 : static_cast<std::uint8_t>(code < 9 ? 3 : 1);
   const auto width = static_cast<std::uint16_t>(picture.width + 32);
-  return DvbEncoder()
+  return field
       .page(DvbEncoder::kModeChange, 2, {{1, static_cast<std::uint16_t>((720 - width) / 2), 470}})
       .region({.id = 1,
                .fill = true,
@@ -98,7 +99,7 @@ DvbEncoder boxedPage(std::string_view text) {
 }
 
 // The sun going down in 8-bit colours.
-DvbEncoder sunset() {
+DvbEncoder sunset(DvbEncoder field) {
   constexpr int kRadius = 70;
   constexpr std::uint32_t kWidth = 240;
   constexpr std::uint32_t kHeight = 120;
@@ -127,8 +128,7 @@ DvbEncoder sunset() {
   ramp(64, 48, 110, 170, 100);
   ramp(128, 24, 60, 110, 160);
   ramp(192, 40, 140, 190, 50);
-  return DvbEncoder()
-      .page(DvbEncoder::kModeChange, 10, {{1, 440, 40}})
+  return field.page(DvbEncoder::kModeChange, 10, {{1, 440, 40}})
       .region({.id = 1,
                .width = kWidth,
                .height = kHeight,
@@ -140,9 +140,18 @@ DvbEncoder sunset() {
       .end();
 }
 
-DvbEncoder highDefinition() {
-  return DvbEncoder().display(1920, 1080, DvbEncoder::Window{0, 1919, 40, 1039});
-}
+// The data fields of one PID, a display set each. What a set brings has a new version: receivers
+// pass over a page composition whose page_version_number they have (EN 300 743, 7.2.2).
+class Fields {
+ public:
+  explicit Fields(DvbEncoder begin) : begin_(std::move(begin)) {}
+
+  DvbEncoder next() { return DvbEncoder(begin_).version(version_++ % 16); }
+
+ private:
+  DvbEncoder begin_;
+  std::uint8_t version_ = 0;
+};
 
 /// What is sent when, in seconds.
 using Schedule = std::map<unsigned, std::vector<std::pair<std::uint16_t, Bytes>>>;
@@ -152,23 +161,25 @@ Schedule schedule() {
   const auto english = [&](unsigned second, const DvbEncoder& field) {
     schedule[second].emplace_back(kEnglishPid, field.bytes());
   };
+  Fields fields{DvbEncoder()};
+  english(1, textPage(fields.next(), kStandard, 10,
+                      {{"THE FERRY IS LATE", 0, 480}, {"BY AN HOUR.", 0, 525}}));
+  english(4, clearingPage(fields.next(), 10));
+  english(5, textPage(fields.next(), kStandard, 10,
+                      {{"- ANY NEWS FROM PORT?", 1, 480}, {"- NOT YET.", 2, 525}}));
+  english(8, clearingPage(fields.next(), 10));
+  english(9, boxedPage(fields.next(), "THIS ONE ENDS BY ITSELF"));  // after two seconds
+  english(13, sunset(fields.next()));
+  english(17, textPage(fields.next(), kStandard, 4, {{"GOOD NIGHT.", 0, 525}}));
+
   const auto french = [&](unsigned second, const DvbEncoder& field) {
     schedule[second].emplace_back(kFrenchPid, field.bytes());
   };
-  english(1, textPage(DvbEncoder(), kStandard, 10,
-                      {{"THE FERRY IS LATE", 0, 480}, {"BY AN HOUR.", 0, 525}}));
-  english(4, clearingPage(10));
-  english(5, textPage(DvbEncoder(), kStandard, 10,
-                      {{"- ANY NEWS FROM PORT?", 1, 480}, {"- NOT YET.", 2, 525}}));
-  english(8, clearingPage(10));
-  english(9, boxedPage("THIS ONE ENDS BY ITSELF"));  // after two seconds
-  english(13, sunset());
-  english(17, textPage(DvbEncoder(), kStandard, 4, {{"GOOD NIGHT.", 0, 525}}));
-
-  french(2, textPage(highDefinition(), kHigh, 10, {{"LE BATEAU A DU RETARD.", 0, 920}}));
-  french(6, textPage(highDefinition(), kHigh, 10,
+  Fields wide{DvbEncoder().display(1920, 1080, DvbEncoder::Window{0, 1919, 40, 1039})};
+  french(2, textPage(wide.next(), kHigh, 10, {{"LE BATEAU A DU RETARD.", 0, 920}}));
+  french(6, textPage(wide.next(), kHigh, 10,
                      {{"DES NOUVELLES DU PORT?", 1, 820}, {"PAS ENCORE.", 2, 920}}));
-  french(12, clearingPage(10));
+  french(12, clearingPage(wide.next(), 10));
   return schedule;
 }
 
