@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/dvb_inputs.h"
+#include "dvb_subtitle/dvb_display_decoder.h"
 #include "dvb_subtitle/dvb_subtitle_parser.h"
 #include "timed_text/converter_to_ttml.h"
 
@@ -52,6 +53,26 @@ BENCHMARK_CAPTURE(dvbPage, typical, kTypical)
     ->Args({1920, 1080})
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(dvbPage, full, kFull)
+    ->Args({720, 576})
+    ->Args({1920, 1080})
+    ->Unit(benchmark::kMicrosecond);
+
+// The same as a receiver shows them.
+class Nothing final : public IDisplayListener {
+ public:
+  void onDisplay(MediaTime, Subtitle subtitle) override { benchmark::DoNotOptimize(subtitle); }
+};
+
+void dvbDisplay(benchmark::State& state, const Lines& lines) {
+  const auto field =
+      bench::dvbPage(static_cast<std::uint32_t>(state.range(0)),
+                     static_cast<std::uint32_t>(state.range(1)), lines.upper, lines.lower);
+  Nothing listener;
+  DvbDisplayDecoder decoder({}, listener, nullptr);
+  MediaTime time = 0;
+  for (auto _ : state) decoder.decode(field, time += 2 * kSecond);
+}
+BENCHMARK_CAPTURE(dvbDisplay, typical, kTypical)
     ->Args({720, 576})
     ->Args({1920, 1080})
     ->Unit(benchmark::kMicrosecond);

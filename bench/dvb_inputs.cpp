@@ -41,7 +41,8 @@ void writeRecording(std::ostream& file) {
   std::mt19937 random{1};
   std::vector<Bytes> pages;
   for (int i = 0; i < kDifferentPages; ++i)
-    pages.push_back(dvbPage(720, 576, randomLine(random), randomLine(random)));
+    pages.push_back(dvbPage(720, 576, randomLine(random), randomLine(random),
+                            static_cast<std::uint8_t>(i % 16)));  // as 240 pages are whole rounds
 
   TsBuilder stream;
   for (int page = 0; page < kPages; ++page) {
@@ -60,7 +61,7 @@ void writeRecording(std::ostream& file) {
 }  // namespace
 
 Bytes dvbPage(std::uint32_t displayWidth, std::uint32_t displayHeight, std::string_view upper,
-              std::string_view lower) {
+              std::string_view lower, std::uint8_t version) {
   const std::uint32_t lineHeight = displayHeight / 15;
   const std::array lines{samples::textPicture(upper, lineHeight),
                          samples::textPicture(lower, lineHeight)};
@@ -71,7 +72,8 @@ Bytes dvbPage(std::uint32_t displayWidth, std::uint32_t displayHeight, std::stri
         {i, static_cast<std::uint16_t>(free / 2), static_cast<std::uint16_t>(i * lineHeight)});
   }
   DvbEncoder field;
-  field.display(displayWidth, displayHeight)
+  field.version(version)
+      .display(displayWidth, displayHeight)
       .page(DvbEncoder::kAcquisitionPoint, 10,
             {{1, 0, static_cast<std::uint16_t>(displayHeight - 4 * lineHeight)}})
       .region({.id = 1,

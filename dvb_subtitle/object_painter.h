@@ -102,9 +102,9 @@ class ObjectPainter {
   }
 
   // The reader and the place are copies, which the compiler can keep in registers while pixels are
-  // written.
+  // written. One function for each depth, so that it has room to take in all that is called.
   template <PixelDepth Depth, class ToPixel>
-  void paintRuns(BitReader& reader, ToPixel toPixel) {
+  [[gnu::noinline]] void paintRuns(BitReader& reader, ToPixel toPixel) {
     constexpr std::uint32_t kNonModifyingCode = 1;
     BitReader runs = reader;
     auto row = surface_.row(origin_.vertical + line_);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <functional>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "util/exception.h"
 
@@ -18,6 +20,12 @@ constexpr std::size_t kBytesPerPixel = 4;
 
 bool isVisible(const RgbaImage& image, std::uint32_t x, std::uint32_t y) {
   return image.row(y)[x * kBytesPerPixel + 3] != 0;
+}
+
+template <class Value>
+std::size_t hashOf(const Value* values, std::size_t count) {
+  return std::hash<std::string_view>{}(
+      {reinterpret_cast<const char*>(values), count * sizeof(Value)});
 }
 
 // The image's part that `area` covers.
@@ -55,16 +63,28 @@ std::optional<PictureArea> visibleArea(const SubtitleBitmap& bitmap) {
   return PictureArea{.x = left, .y = top, .width = right - left, .height = bottom - top};
 }
 
+// Of the rows that are not blank, and where these begin and end.
+PictureSet::Fingerprint PictureSet::fingerprintOf(const RgbaImage& image) {
+  const auto [first, end] = image.paintedRows;
+  std::vector<std::size_t> rows{first, end};
+  for (std::uint32_t y = first; y < end; ++y)
+    rows.push_back(hashOf(image.row(y), image.width * kBytesPerPixel));
+  return {image.width, image.height, hashOf(rows.data(), rows.size())};
+}
+
 PictureSet::Picture PictureSet::add(const SubtitleBitmap& bitmap, const PictureArea& area) {
-  auto png = encoder_->encode(crop(ttml::imageOf(bitmap), area));
+  const RgbaImage image = crop(ttml::imageOf(bitmap), area);
+  const auto [entry, isNew] = numbers_.try_emplace(fingerprintOf(image), numbers_.size() + 1);
+  Picture picture{.number = entry->second, .isNew = isNew, .png = {}};
+  if (!isNew) return picture;
+  auto png = encoder_->encode(image);
   if (!png) {
+    numbers_.erase(entry);
     throw util::TessaryException("a picture of " + std::to_string(area.width) + " by " +
                                  std::to_string(area.height) + " pixels cannot be made a PNG");
   }
-  const std::string_view bytes = encoding::subtitling::asText(*png);
-  const Fingerprint fingerprint{bytes.size(), std::hash<std::string_view>{}(bytes)};
-  const auto [entry, isNew] = numbers_.try_emplace(fingerprint, numbers_.size() + 1);
-  return {.number = entry->second, .isNew = isNew, .png = std::move(*png)};
+  picture.png = std::move(*png);
+  return picture;
 }
 
 }  // namespace korr::txsub

@@ -6,7 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <utility>
+#include <tuple>
 
 #include "model/byte_buffer.h"
 #include "model/subtitle.h"
@@ -27,7 +27,8 @@ struct PictureArea {
 /// The smallest area outside which nothing can be seen; nothing when nothing can be seen at all.
 std::optional<PictureArea> visibleArea(const encoding::subtitling::SubtitleBitmap& bitmap);
 
-/// Encodes pictures and numbers them, equal ones alike. Remembers a few bytes per picture.
+/// Encodes pictures and numbers them, equal ones alike: those are not encoded again, whatever came
+/// between. Remembers a few bytes per picture.
 class PictureSet {
  public:
   using ByteBuffer = encoding::subtitling::ByteBuffer;
@@ -35,7 +36,7 @@ class PictureSet {
   struct Picture {
     std::size_t number = 0;  ///< from 1
     bool isNew = false;      ///< the first of this number
-    ByteBuffer png;
+    ByteBuffer png;          ///< of a new one
   };
 
   /// The picture that `area` of `bitmap` shows. Throws util::TessaryException when it cannot be
@@ -43,8 +44,11 @@ class PictureSet {
   Picture add(const encoding::subtitling::SubtitleBitmap& bitmap, const PictureArea& area);
 
  private:
-  // Length and hash: two pictures of 10,000 are taken for one once in 10^11 recordings.
-  using Fingerprint = std::pair<std::size_t, std::size_t>;
+  // Width, height and a hash of the pixels: two pictures of 10,000 are taken for one once in 10^11
+  // recordings.
+  using Fingerprint = std::tuple<std::uint32_t, std::uint32_t, std::size_t>;
+
+  static Fingerprint fingerprintOf(const encoding::subtitling::ttml::RgbaImage& image);
 
   std::unique_ptr<encoding::subtitling::ttml::IPngEncoder> encoder_ =
       encoding::subtitling::ttml::createPngEncoder();
