@@ -12,6 +12,7 @@ DisplayChain::DisplayChain(IDisplayListener& listener, const Settings& settings,
                               .page = settings.page,
                               .container = &container,
                               .pageOption = settings.pageOption,
+                              .dvbPages = settings.dvbPages,
                               .logger = logger,
                               .droppedPages = &droppedPages_});
   display_ = std::make_unique<ParserDisplay>(

@@ -3,11 +3,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "chain/chain.h"
 #include "chain/parser_display.h"
 #include "log/logger.h"
 #include "model/display.h"
+#include "model/dvb_pages.h"
 #include "model/modes.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
@@ -19,8 +21,9 @@ class DisplayChain final : public IChain {
     SubtitleInputType inputType = SubtitleInputType::Teletext;
     /// Teletext: magazine * 256 + page number. Captions: service 1 to 4.
     std::uint32_t page = 0;
-    std::uint32_t pageOption = 0;     ///< teletext: the default character-set group
-    std::uint32_t durationMs = 2000;  ///< how often what stays is taken anew; 0: never
+    std::uint32_t pageOption = 0;           ///< teletext: the default character-set group
+    std::optional<DvbPages> dvbPages = {};  ///< DVB subtitles: else the first page that comes
+    std::uint32_t durationMs = 2000;        ///< how often what stays is taken anew; 0: never
   };
 
   /// `listener` and `logger` (which may be null) are not owned. Throws "Unexpected subtitle input

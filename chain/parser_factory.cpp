@@ -24,10 +24,12 @@ std::unique_ptr<ISubtitleParser> createParser(const ParserRequest& request) {
       return withContainer(std::make_unique<teletext::lib_teletext::TeletextParser>(
                                request.page, request.pageOption),
                            request.container);
-    case SubtitleInputType::DvbSubtitle:
-      return withContainer(std::make_unique<dvb::lib_dvb_subtitle::DVBSubtitleParser>(
-                               request.logger, request.droppedPages),
-                           request.container);
+    case SubtitleInputType::DvbSubtitle: {
+      auto parser = std::make_unique<dvb::lib_dvb_subtitle::DVBSubtitleParser>(
+          request.logger, request.droppedPages);
+      if (request.dvbPages) parser->renderer().setPages(*request.dvbPages);
+      return withContainer(std::move(parser), request.container);
+    }
     case SubtitleInputType::ClosedCaption:
       return withContainer(
           std::make_unique<closed_caption::ClosedCaptionParser>(

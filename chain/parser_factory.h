@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "log/logger.h"
+#include "model/dvb_pages.h"
 #include "model/interfaces.h"
 #include "model/modes.h"
 
@@ -19,6 +21,8 @@ struct ParserRequest {
   ISubtitleContainer** container = nullptr;
   /// Teletext only: the default character-set group.
   std::uint32_t pageOption = 0;
+  /// DVB only: the service's pages; without them the first page that comes is followed.
+  std::optional<DvbPages> dvbPages = {};
   /// Takes the parser's warnings; may be null, not owned.
   log::ILogger* logger = nullptr;
   /// DVB only: counts the pages that never became whole; may be null, not owned.

@@ -4,7 +4,6 @@
 
 #include "chain/display_chain.h"
 #include "chain/writer_factory.h"
-#include "sessions/dvb_page_filter.h"
 
 namespace korr::txsub {
 
@@ -78,6 +77,7 @@ CueSession::CueSession(const Service& service, const ChainConfiguration& configu
                        DisplayChain::Settings{.inputType = settings.inputType,
                                               .page = settings.page,
                                               .pageOption = settings.pageOption,
+                                              .dvbPages = this->service().dvbPages,
                                               .durationMs = settings.durationMs},
                        logger);
                  },
@@ -90,11 +90,9 @@ void CueSession::push(const InputSample& sample, const SharedSample& shared) {
   const MediaTime start = sample.times->start;
   lastTime_ = std::max(lastTime_, start);
   const MediaTime chainTime = chainTimeOf(sample);
-  const auto& pages = service().dvbPages;
-  if (chainTime == start && !pages) return host_.push(sample, shared);
+  if (chainTime == start) return host_.push(sample, shared);
   InputSample adapted = sample;
   adapted.times->start = chainTime;
-  if (pages) adapted.data = keepPages(std::move(adapted.data), *pages);
   host_.push(adapted, share(adapted));
 }
 
