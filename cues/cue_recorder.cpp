@@ -38,13 +38,6 @@ bool timesOutAtOnce(const Subtitle& subtitle) {
   return bitmap && bitmap->end <= bitmap->start;
 }
 
-// Whether no stream could have meant it: times come in ticks of 90 kHz, but the parts of a display
-// set reach the chain closer together.
-bool isPassing(const Cue& cue) {
-  constexpr MediaTime kTick = encoding::subtitling::fromTicks90k(1);
-  return cue.subtitle->bitmap() && cue.stop - cue.start < kTick;
-}
-
 }  // namespace
 
 CueRecorder::CueRecorder(ICueListener& listener, MediaTime segment)
@@ -106,7 +99,7 @@ void CueRecorder::endShown(MediaTime time) {
 }
 
 void CueRecorder::giveOut() {
-  if (open_ && !isPassing(*open_)) listener_.onCue(*open_);
+  if (open_) listener_.onCue(*open_);
   open_.reset();
 }
 

@@ -63,54 +63,48 @@ SharedSample share(const InputSample& sample) {
   return std::make_shared<const SampleItem>(sample);
 }
 
-CueSession::CueSession(const Service& service, const ChainConfiguration& configuration,
-                       FormatBlock format, std::unique_ptr<ICueOutput> output,
-                       ISessionMonitor& monitor)
+CueSession::CueSession(const Service& service, const Settings& settings,
+                       std::unique_ptr<ICueOutput> output, ISessionMonitor& monitor)
     : ServiceSession(service),
       output_(std::move(output)),
-      recorder_(*output_, configuration.durationMs * encoding::subtitling::kMillisecond),
-      host_(configuration, service.type, std::move(format),
-            {.makeChain =
-                 [this](const ChainHost::ChainSettings& settings, log::ILogger* logger) {
-                   return std::make_unique<DisplayChain>(
-                       recorder_,
-                       DisplayChain::Settings{.inputType = settings.inputType,
-                                              .page = settings.page,
-                                              .pageOption = settings.pageOption,
-                                              .dvbPages = this->service().dvbPages,
-                                              .durationMs = settings.durationMs},
-                       logger);
-                 },
-             .monitor = monitor,
-             .pid = service.pid}) {
+      recorder_(*output_, settings.configuration.durationMs * encoding::subtitling::kMillisecond),
+      host_(
+          settings.configuration, service.type, settings.format,
+          {.makeChain =
+               [this, rules = settings.rules, isAskedFor = settings.isAskedFor](
+                   const ChainHost::ChainSettings& chain, log::ILogger* logger) {
+                 return std::make_unique<DisplayChain>(
+                     display(rules),
+                     DisplayChain::Settings{.rules = rules,
+                                            .inputType = chain.inputType,
+                                            .page = chain.page,
+                                            .pageOption = chain.pageOption,
+                                            .isAskedFor = isAskedFor || this->service().isDeclared,
+                                            .dvbPages = this->service().dvbPages,
+                                            .durationMs = chain.durationMs},
+                     logger);
+               },
+           .monitor = monitor,
+           .pid = service.pid}) {
+}
+
+// By the filter's rules captions are shown row by row; there is nothing that grows.
+encoding::subtitling::IDisplayListener& CueSession::display(DisplayRules rules) {
+  if (rules == DisplayRules::Filter) return recorder_;
+  if (!rows_) rows_.emplace(recorder_, GrowingRows::Output::File);
+  return *rows_;
 }
 
 void CueSession::push(const InputSample& sample, const SharedSample& shared) {
-  if (!sample.times) return host_.push(sample, shared);
-  const MediaTime start = sample.times->start;
-  lastTime_ = std::max(lastTime_, start);
-  const MediaTime chainTime = chainTimeOf(sample);
-  if (chainTime == start) return host_.push(sample, shared);
-  InputSample adapted = sample;
-  adapted.times->start = chainTime;
-  host_.push(adapted, share(adapted));
-}
-
-// The chain shows no unit that is no later than the last, but a DVB display set may come in parts
-// of one time.
-MediaTime CueSession::chainTimeOf(const InputSample& sample) {
-  const MediaTime start = sample.times->start;
-  const bool beginsPart = service().type == SubtitleInputType::DvbSubtitle && sample.sync;
-  if (!beginsPart) return start;
-  const bool isNew = start < partTime_ || start > chainTime_;
-  partTime_ = start;
-  chainTime_ = isNew ? start : chainTime_ + 1;
-  return chainTime_;
+  if (sample.times) lastTime_ = std::max(lastTime_, sample.times->start);
+  host_.push(sample, shared);
 }
 
 void CueSession::endInput(MediaTime end) {
+  end = std::max(end, lastTime_);
   host_.finish(end);
-  recorder_.finish(std::max(end, lastTime_));
+  if (rows_) rows_->finish();
+  recorder_.finish(end);
 }
 
 // The mode's writer over a watched container.

@@ -2,15 +2,20 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "chain/display_chain.h"
 #include "cues/cue.h"
 #include "cues/cue_recorder.h"
+#include "cues/growing_rows.h"
 #include "files/sample_recorder.h"
 #include "services/service.h"
 #include "sessions/chain_host.h"
 
 namespace korr::txsub {
+
+using encoding::subtitling::DisplayRules;
 
 /// Runs the chain of one service. What comes out is held until `open` names a place for it: which
 /// of several services is wanted may show only in what they carry.
@@ -59,8 +64,16 @@ class ServiceSession {
 /// Cues, with all that the subtitles hold.
 class CueSession final : public ServiceSession {
  public:
-  CueSession(const Service& service, const ChainConfiguration& configuration, FormatBlock format,
-             std::unique_ptr<ICueOutput> output, ISessionMonitor& monitor);
+  struct Settings {
+    ChainConfiguration configuration = {};
+    FormatBlock format = std::nullopt;
+    DisplayRules rules = DisplayRules::Receiver;
+    /// Whether a viewer named the page; else it is what the service's declaration says.
+    bool isAskedFor = false;
+  };
+
+  CueSession(const Service& service, const Settings& settings, std::unique_ptr<ICueOutput> output,
+             ISessionMonitor& monitor);
 
   void push(const InputSample& sample, const SharedSample& shared) override;
   bool hasShown() const override { return recorder_.hasShown(); }
@@ -72,13 +85,12 @@ class CueSession final : public ServiceSession {
 
  private:
   void openOutput() override { output_->open(); }
-  MediaTime chainTimeOf(const InputSample& sample);
+  encoding::subtitling::IDisplayListener& display(DisplayRules rules);
 
-  MediaTime lastTime_ = 0;   // of the samples so far
-  MediaTime partTime_ = 0;   // of the last DVB sample that began a unit
-  MediaTime chainTime_ = 0;  // what the chain was told instead
+  MediaTime lastTime_ = 0;  // of the samples so far
   std::unique_ptr<ICueOutput> output_;
   CueRecorder recorder_;
+  std::optional<GrowingRows> rows_;  // where rows are told as they are written
   ChainHost host_;
 };
 

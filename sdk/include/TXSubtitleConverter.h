@@ -89,7 +89,7 @@ ISubtitleConverterConfig : public IUnknown {
   /// `page`: teletext: magazine * 256 + page number (0x888 is page 888); captions: service 1 to 4;
   ///   default 0. DVB subtitles: not used.
   /// `durationMs`: a document that lasts longer is repeated once per this many milliseconds;
-  ///   default 2000, 0 never.
+  ///   default 2000, with 0 at every unit.
   /// `language`: teletext: follow the descriptor with this language code (ISO 639-2, such as
   ///   "eng") instead of `page`; empty (the default) or null: do not. Copied.
   /// `hearingImpaired`: of that language, follow the page for the hard of hearing.

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/cues/cue_builder.h"
+#include "testkit/cue_builder.h"
 
 namespace korr::txsub {
 namespace {

@@ -42,8 +42,8 @@ CueTimes cuesOf(SubtitleInputType type, std::uint32_t page, const std::vector<Un
   service.type = type;
   ChainConfiguration configuration;
   configuration.page = page;
-  CueSession session(service, configuration, std::nullopt, std::make_unique<CueTimesOutput>(times),
-                     monitor);
+  CueSession session(service, {.configuration = configuration},
+                     std::make_unique<CueTimesOutput>(times), monitor);
   for (const auto& [time, data] : units) {
     InputSample sample;
     sample.data = data;
@@ -60,13 +60,14 @@ CueTimes picturesOf(const std::vector<Unit>& units) {
 }
 
 const DvbEncoder::Region kRegion{.id = 1, .fill = true, .width = 9, .height = 9, .fillCode = 1};
+const DvbEncoder::Region kOther{.id = 1, .fill = true, .width = 9, .height = 9, .fillCode = 2};
 
 DvbEncoder page(std::uint8_t timeOut) {
   return DvbEncoder().page(DvbEncoder::kAcquisitionPoint, timeOut, {{1, 10, 10}});
 }
 
-Bytes wholePage(std::uint8_t timeOut) {
-  return page(timeOut).region(kRegion).bytes();
+Bytes wholePage(std::uint8_t timeOut, const DvbEncoder::Region& region = kRegion) {
+  return page(timeOut).region(region).bytes();
 }
 
 TEST(CueSession, ShowsWhatComesAtTimeZero) {
@@ -85,13 +86,13 @@ TEST(CueSession, ShowsWhatComesAtTimeZero) {
                     {3 * kSecond, encoders::teletextDataField(cleared)}}),
             CueTimes{"0-3000"});
 
-  EXPECT_EQ(picturesOf({{0, wholePage(9)}, {3 * kSecond, wholePage(2)}}),
+  EXPECT_EQ(picturesOf({{0, wholePage(9)}, {3 * kSecond, wholePage(2, kOther)}}),
             (CueTimes{"0-3000", "3000-5000"}));
 }
 
 TEST(CueSession, ShowsDisplaySetsThatComeInPartsOfOneTime) {
   const Bytes composition = page(9).bytes();
-  const Bytes region = DvbEncoder().region(kRegion).bytes();
+  const Bytes region = DvbEncoder().region(kOther).bytes();
   EXPECT_EQ(picturesOf({{kSecond, wholePage(9)},
                         {3 * kSecond, composition},
                         {3 * kSecond, region},
@@ -100,7 +101,8 @@ TEST(CueSession, ShowsDisplaySetsThatComeInPartsOfOneTime) {
             (CueTimes{"1000-3000", "3000-5000", "5000-14000"}));
   EXPECT_EQ(picturesOf({{0, composition}, {0, region}}), CueTimes{"0-9000"});
   // The second display set of one time takes the place of the first.
-  EXPECT_EQ(picturesOf({{kSecond, wholePage(2)}, {kSecond, wholePage(9)}}), CueTimes{"1000-10000"});
+  EXPECT_EQ(picturesOf({{kSecond, wholePage(2)}, {kSecond, wholePage(9, kOther)}}),
+            CueTimes{"1000-10000"});
 }
 
 }  // namespace

@@ -158,14 +158,21 @@ TEST_F(DvbRecordings, SayWhereTheyAreDamaged) {
   recording.send(kPid, 7, {0x21, 0x00, 0xFF}).send(kPid, 8, unknown).sound(9);
   const std::string warning = "txsub: warning: ";
   const std::string text = "Unsupported DVB subtitle segment (segment type = 21)\n";
-  const auto result = run(
-      {"convert", "--quiet", recording.write(directory_), "--all", "-o", directory_.file("all")});
-  EXPECT_EQ(result.errors, warning + "PID 0x0200, 11.000 s: " + text +                //
-                               warning + "PID 0x0201, 12.000 s: " + text +            //
-                               "txsub: PID 0x0200: the same 2 more times: " + text +  //
-                               "PID 0x0200, 17.000 s: Error: expected 0x20 in PES_Data_Field\n" +
-                               warning + "PID 0x0200, 18.000 s: " + text +
-                               "txsub: PID 0x0201: the same 2 more times: " + text);
+  const std::string path = recording.write(directory_);
+  const auto result = run({"convert", "--quiet", path, "--all", "-o", directory_.file("all")});
+  EXPECT_EQ(result.errors, warning +
+                               "PID 0x0200, 17.000 s: data field of DVB subtitles passed over: "
+                               "it does not begin with 0x20 0x00\n")
+      << "receivers ignore what they do not know";
+
+  const auto filtered = run(
+      {"convert", "--quiet", path, "--rules", "filter", "--all", "-o", directory_.file("filter")});
+  EXPECT_EQ(filtered.errors, warning + "PID 0x0200, 11.000 s: " + text +                //
+                                 warning + "PID 0x0201, 12.000 s: " + text +            //
+                                 "txsub: PID 0x0200: the same 2 more times: " + text +  //
+                                 "PID 0x0200, 17.000 s: Error: expected 0x20 in PES_Data_Field\n" +
+                                 warning + "PID 0x0200, 18.000 s: " + text +
+                                 "txsub: PID 0x0201: the same 2 more times: " + text);
 }
 
 // Whatever the segments are, and wherever other streams end.

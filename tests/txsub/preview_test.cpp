@@ -51,14 +51,14 @@ TEST_F(PreviewTest, DrawsCaptionsWithTheirColoursAndPlaces) {
   EXPECT_THAT(stage, HasSubstr("top: 74%")) << "row 13";
   EXPECT_THAT(document, HasSubstr(">CC1<"));
   EXPECT_THAT(document, HasSubstr(">CC3<"));
-  EXPECT_THAT(part(document, "count"), HasSubstr("8 subtitles"));
-  EXPECT_EQ(count(document, "class=\"card"), 9U) << "eight and their parent";
+  EXPECT_THAT(part(document, "count"), HasSubstr("9 subtitles"));
+  EXPECT_EQ(count(document, "class=\"card"), 10U) << "nine and their parent";
   EXPECT_EQ(count(document, "card shown"), 1U);
 }
 
 TEST_F(PreviewTest, FindsText) {
   const std::string document = shown("captions.ts", "q=WIND+night");
-  EXPECT_THAT(part(document, "count"), HasSubstr("2 of 8 subtitles"));
+  EXPECT_THAT(part(document, "count"), HasSubstr("2 of 9 subtitles"));
   EXPECT_THAT(document, HasSubstr("morning the sea is calm."));
   EXPECT_THAT(document, Not(HasSubstr("ship's horn")));
 }

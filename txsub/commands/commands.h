@@ -1,6 +1,8 @@
 // The program's commands.
 #pragma once
 
+#include "readers/open_input.h"
+#include "sessions/service_session.h"
 #include "txsub/console.h"
 #include "txsub/options/options.h"
 
@@ -14,5 +16,11 @@ ExitCode run(const ProbeOptions& options, Console& console);
 ExitCode run(const ExtractOptions& options, Console& console);
 ExitCode run(const RenderOptions& options, Console& console);
 ExitCode run(const PreviewOptions& options, Console& console);
+
+/// How the cues of a service of an input of this format are made. Where `rules` says nothing,
+/// recorded samples are shown as the filter would show them. `isAskedFor`: --page names the
+/// service.
+CueSession::Settings cueSettings(const Service& service, const RulesOption& rules,
+                                 InputFormat format, bool isAskedFor = false);
 
 }  // namespace korr::txsub

@@ -181,7 +181,11 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
                                .service = service,
                                .duration = duration});
   };
-  return std::make_unique<CueSession>(service, configuration, formatBlockOf(stream),
+  auto settings =
+      cueSettings(service, options_.rules, input_.format, options_.query.page.has_value());
+  settings.configuration = configuration;
+  settings.format = formatBlockOf(stream);
+  return std::make_unique<CueSession>(service, settings,
                                       std::make_unique<CueTrack>(origin, openFile), console_);
 }
 

@@ -13,13 +13,6 @@ namespace {
 
 using Tracks = std::map<const ServiceSession*, PreviewTrack*>;
 
-std::unique_ptr<ServiceSession> makeSession(const Service& service,
-                                            std::unique_ptr<PreviewTrack> track, Console& console) {
-  const ChainConfiguration configuration{.page = service.page, .pageOption = service.pageOption};
-  return std::make_unique<CueSession>(service, configuration, std::nullopt, std::move(track),
-                                      console);
-}
-
 }  // namespace
 
 ExitCode run(const PreviewOptions& options, Console& console) {
@@ -34,7 +27,8 @@ ExitCode run(const PreviewOptions& options, Console& console) {
       [&](const Service& service, const StreamInfo&) {
         auto track = document.makeTrack();
         PreviewTrack& kept = *track;
-        auto session = makeSession(service, std::move(track), console);
+        auto session = std::make_unique<CueSession>(
+            service, cueSettings(service, options.rules, input.format), std::move(track), console);
         tracks[session.get()] = &kept;
         return session;
       },

@@ -73,10 +73,9 @@ Findings probe(const ProbeOptions& options, Console& console) {
       },
       [&](const Service& service, const StreamInfo&) {
         auto tally = std::make_unique<Tally>();
-        const ChainConfiguration configuration{.page = service.page,
-                                               .pageOption = service.pageOption};
-        auto session = std::make_unique<CueSession>(service, configuration, std::nullopt,
-                                                    std::make_unique<TallyOutput>(*tally), console);
+        auto session =
+            std::make_unique<CueSession>(service, cueSettings(service, options.rules, input.format),
+                                         std::make_unique<TallyOutput>(*tally), console);
         tallies[session.get()] = std::move(tally);
         return session;
       },

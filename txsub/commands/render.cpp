@@ -53,9 +53,8 @@ ExitCode Rendering::run() {
 }
 
 std::unique_ptr<ServiceSession> Rendering::makeSession(const Service& service) {
-  const ChainConfiguration configuration{.page = service.page, .pageOption = service.pageOption};
   return std::make_unique<CueSession>(
-      service, configuration, std::nullopt,
+      service, cueSettings(service, options_.rules, input_.format, options_.query.page.has_value()),
       std::make_unique<CueTrack>([this, program = service.program] { return start(program); },
                                  [this, service] { return openFile(service); }),
       console_);

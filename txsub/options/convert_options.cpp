@@ -120,10 +120,11 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
       ->transform(CLI::CheckedTransformer(kKinds, CLI::ignore_case).description(""))
       ->type_name("KIND");
   service_.addTo(*command_);
+  addRules(*command_, options_.rules);
   command_
       ->add_option("--duration", options_.durationMs,
-                   "Segment duration in milliseconds: an unchanged document is repeated after it; "
-                   "0 never repeats")
+                   "Segment duration of samples in milliseconds: an unchanged document is repeated "
+                   "after it, with 0 at every unit of the stream")
       ->type_name("MS")
       ->capture_default_str();
   command_->add_flag("--ebu-tt", options_.ebuTt,

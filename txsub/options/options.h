@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "chain/chain_configuration.h"
+#include "chain/display_chain.h"
 #include "files/playable_file.h"
 #include "model/modes.h"
 #include "services/service.h"
@@ -31,6 +32,10 @@ struct InputOptions {
   log::Level logLevel = log::Level::Information;
 };
 
+/// By whose rules subtitles are shown; nothing: by a receiver's in recordings, by the filter's in
+/// recorded samples.
+using RulesOption = std::optional<encoding::subtitling::DisplayRules>;
+
 /// What `--mode` names.
 enum class TextMode { WebVtt, Srt, Ttml };
 
@@ -42,6 +47,7 @@ enum class StatisticsFormat { None, Text, Json };
 
 struct ConvertOptions {
   InputOptions input;
+  RulesOption rules;
   std::string output = "-";  ///< UTF-8; a directory or a template with `all`
   std::string customName;    ///< UTF-8; for the template
   TextMode mode = TextMode::WebVtt;
@@ -58,6 +64,7 @@ struct ConvertOptions {
 
 struct ProbeOptions {
   InputOptions input;
+  RulesOption rules;
   bool json = false;
   bool scan = false;
 };
@@ -76,6 +83,7 @@ struct FrameSize {
 /// One still, or raw frames when there is a rate.
 struct RenderOptions {
   InputOptions input;
+  RulesOption rules;
   std::string output = "-";  ///< UTF-8
   ServiceQuery query;
   MediaTime at = 0;  ///< 100 ns from the recording's start
@@ -86,6 +94,7 @@ struct RenderOptions {
 
 struct PreviewOptions {
   InputOptions input;
+  RulesOption rules;
   std::string output;  ///< UTF-8
   bool scan = false;
 };

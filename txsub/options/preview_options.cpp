@@ -16,6 +16,7 @@ void addOptions(CLI::App& command, PreviewOptions& options) {
       ->type_name("FILE")
       ->required();
   command.add_flag("--scan", options.scan, "Also show teletext pages that no descriptor names");
+  addRules(command, options.rules);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@ constexpr const char* kExamples =
 void addOptions(CLI::App& command, ProbeOptions& options) {
   command.add_flag("--json", options.json, "Write JSON");
   command.add_flag("--scan", options.scan, "Also list teletext pages that no descriptor names");
+  addRules(command, options.rules);
 }
 
 }  // namespace

@@ -76,6 +76,7 @@ class RenderSubcommand final : public ISubcommand {
         ->excludes(frames)
         ->excludes(size);
     service_.addTo(*command_);
+    addRules(*command_, options_.rules);
     command_->footer(footer(kExamples));
   }
 

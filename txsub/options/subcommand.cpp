@@ -110,6 +110,18 @@ ServiceQuery ServiceArguments::settle() const {
   return query;
 }
 
+void addRules(CLI::App& command, RulesOption& rules) {
+  using encoding::subtitling::DisplayRules;
+  static const std::map<std::string, DisplayRules> kRules = {{"receiver", DisplayRules::Receiver},
+                                                             {"filter", DisplayRules::Filter}};
+  command
+      .add_option("--rules", rules,
+                  "receiver: what a television shows, by the standards (default for recordings); "
+                  "filter: what the filter's documents show (default for recorded samples)")
+      ->transform(CLI::CheckedTransformer(kRules, CLI::ignore_case).description(""))
+      ->type_name("RULES");
+}
+
 std::string footer(std::string_view examples) {
   return std::string(kInputs) + "\n\n" + std::string(examples) + "\n\n" + kExitCodes;
 }

@@ -60,6 +60,9 @@ class ServiceArguments {
   std::string page_;
 };
 
+/// Adds --rules.
+void addRules(CLI::App& command, RulesOption& rules);
+
 /// The end of a subcommand's help: how inputs are told, its examples, the exit codes.
 std::string footer(std::string_view examples);
 
