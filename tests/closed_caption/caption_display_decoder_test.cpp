@@ -111,6 +111,8 @@ TEST(FieldIntake, DropsTheRepetitionThatFollowsAtOnceInEitherField) {
             "15@0:♪MUSIC♪")
       << "text between parts them";
 
+  EXPECT_EQ(rowOf(popOn().control(0x11, 0x37).text("MUSIC").control(0x11, 0x37)), "15@0:♪MUSIC♪");
+
   // A code that comes singly and once more much later is no repetition.
   Receiver apart;
   apart.feed(CaptionBuilder().rollUp(4).preamble(15).text("A")).feed(returns(1));
@@ -274,12 +276,12 @@ TEST(CaptionReceiver, SwitchesStyles) {
   it.feed(popOn(3).text("SHOWN").endOfCaption()).feed(popOn(4).text("HIDDEN"));
   it.feed(CaptionBuilder().rollUp(2).text("ROLL"));
   EXPECT_THAT(it.rows(), ElementsAre("15@0:ROLL")) << "roll-up clears the screen";
-  it.feed(CaptionBuilder().endOfCaption());
-  EXPECT_THAT(it.rows(), IsEmpty()) << "and the other memory";
+  it.feed(CaptionBuilder().endOfCaption().text("!"));
+  EXPECT_THAT(it.rows(), IsEmpty()) << "and the other memory, which is now written to";
   it.feed(CaptionBuilder().resumeCaptionLoading().endOfCaption());
-  EXPECT_THAT(it.rows(), ElementsAre("15@0:ROLL"));
+  EXPECT_THAT(it.rows(), ElementsAre("15@0:ROLL!"));
   it.feed(paintOn(13).text("PAINT").carriageReturn());
-  EXPECT_THAT(it.rows(), ElementsAre("13@0:PAINT", "15@0:ROLL")) << "the others clear nothing";
+  EXPECT_THAT(it.rows(), ElementsAre("13@0:PAINT", "15@0:ROLL!")) << "the others clear nothing";
 }
 
 // CEA-608, 7.7 and C.16; text services are not shown.

@@ -102,6 +102,9 @@ TEST(PlayableFiles, SetWordsApartWhereACodeTookUpACell) {
   EXPECT_EQ(
       srtText(captions({captionRow(15, {captionRun(0, "It is"), italic, captionRun(0, " good")})})),
       "It is <i>very</i> good\n");
+  EXPECT_THAT(srtText(captions({captionRow(15, {captionRun(0, "YES"), captionRun(8, "NO")})})),
+              testing::HasSubstr("YES     NO\n"))
+      << "two speakers on one row";
 }
 
 TEST(SrtFile, WritesRowsAsLinesAndNothingForBlankOnes) {
