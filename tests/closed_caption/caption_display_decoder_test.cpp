@@ -127,8 +127,11 @@ TEST(FieldIntake, ActsOnTheUndamagedCopyOfACode) {
   first[1] ^= 0x01;
   auto second = sound;
   second[2] ^= 0x01;
-  for (const auto& [one, two] : {std::pair(first, sound), std::pair(second, sound),
-                                 std::pair(sound, first), std::pair(sound, second)}) {
+  auto letter = sound;  // known as the repetition by its second byte
+  letter[1] ^= 0x20;
+  for (const auto& [one, two] :
+       {std::pair(first, sound), std::pair(second, sound), std::pair(sound, first),
+        std::pair(sound, second), std::pair(sound, letter)}) {
     Receiver it;
     it.feed(CaptionBuilder().rollUp(4).preamble(15).text("A")).feedTriplet(one).feedTriplet(two);
     EXPECT_THAT(it.rows(), ElementsAre("14@0:A"));
