@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "cues/cue_time.h"
 #include "cues/text_layout.h"
 #include "files/preview/preview_template.h"
 #include "readers/record_format.h"
@@ -15,7 +16,7 @@ using encoding::subtitling::SubtitleBitmap;
 using Json = nlohmann::ordered_json;
 
 double seconds(MediaTime time) {
-  return static_cast<double>(time / encoding::subtitling::kMillisecond) / 1000;
+  return static_cast<double>(toMilliseconds(time)) / 1000;
 }
 
 // A colour as style sheets have it; "rgb(0 0 0 / 60%)" where the picture shows through.
