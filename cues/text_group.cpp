@@ -22,6 +22,8 @@ constexpr double kLeastMargin = 2;
 
 bool standTogether(const TextLine& upper, const TextLine& lower, GroupHeights heights) {
   if (heights == GroupHeights::Equal && upper.height != lower.height) return false;
+  // A paragraph of a document, and a cue in browsers, has one direction.
+  if (upper.direction != lower.direction) return false;
   return lower.row <= upper.row + upper.height + kWidestGap;
 }
 
@@ -74,16 +76,22 @@ TextGroup align(Lines lines, double columnCount) {
 
 }  // namespace
 
-const char* alignmentName(TextAlign align) {
-  switch (align) {
+bool TextGroup::isRightToLeft() const {
+  return std::ranges::any_of(
+      lines, [](const TextLine& line) { return line.direction == TextDirection::RightToLeft; });
+}
+
+const char* alignmentName(const TextGroup& group) {
+  const bool isRightToLeft = group.isRightToLeft();
+  switch (group.align) {
     case TextAlign::Start:
       break;
     case TextAlign::Center:
       return "center";
     case TextAlign::End:
-      return "end";
+      return isRightToLeft ? "right" : "end";
   }
-  return "start";
+  return isRightToLeft ? "left" : "start";
 }
 
 std::vector<TextGroup> groupsOf(const TextScreen& screen, GroupHeights heights) {

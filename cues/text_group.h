@@ -11,19 +11,22 @@ namespace korr::txsub {
 
 enum class TextAlign { Start, Center, End };
 
-/// "start", "center" or "end", as WebVTT and TTML both say it.
-const char* alignmentName(TextAlign align);
-
 /// Which neighbours a group takes in.
 enum class GroupHeights { Any, Equal };
 
-/// Neighbouring lines. What they are aligned by is kept, because players' fonts are
-/// narrower than the cells that the lines were laid out in.
+/// Neighbouring lines of one direction. What they are aligned by is kept, because players' fonts
+/// are narrower than the cells that the lines were laid out in.
 struct TextGroup {
   std::span<const TextLine> lines;  ///< never empty
   TextAlign align = TextAlign::Start;
   double column = 0;  ///< where the alignment's edge or centre is
+
+  bool isRightToLeft() const;
 };
+
+/// "start", "center" or "end", as WebVTT and TTML both say it; "left" and "right" where lines read
+/// from right to left, which start at the right.
+const char* alignmentName(const TextGroup& group);
 
 /// The groups of a screen, top to bottom; they refer to its lines.
 std::vector<TextGroup> groupsOf(const TextScreen& screen, GroupHeights heights);

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "cues/reading_order.h"
+
 namespace korr::txsub {
 
 namespace {
@@ -208,7 +210,10 @@ TextLine lineOf(const model::TeletextText::TextRow& row) {
       builder.setHeight(2);
     }
   }
-  return builder.take();
+  auto line = builder.take();
+  // Teletext sends Hebrew and Arabic as they stand on the screen.
+  line.direction = toReadingOrder(line.spans);
+  return line;
 }
 
 // Captions that keep rolling up leave the picture at its top.

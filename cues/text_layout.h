@@ -6,30 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "cues/logical_order.h"
+#include "cues/text_span.h"
 #include "model/subtitle.h"
 
 namespace korr::txsub {
-
-/// The eight colours of both systems, by their WebVTT names: "lime" is their green.
-enum class TextColour { White, Lime, Blue, Cyan, Red, Yellow, Magenta, Black };
-
-const char* colourName(TextColour colour);
-
-/// Characters of one style.
-struct TextSpan {
-  std::string text;  ///< UTF-8
-  TextColour foreground = TextColour::White;
-  TextColour background = TextColour::Black;
-  std::uint8_t backgroundAlpha = 0xFF;  ///< 0xFF opaque; 0x99 behind teletext
-  bool italic = false;
-  bool underline = false;
-
-  bool hasStyleOf(const TextSpan& other) const {
-    return foreground == other.foreground && background == other.background &&
-           backgroundAlpha == other.backgroundAlpha && italic == other.italic &&
-           underline == other.underline;
-  }
-};
 
 /// One row with text, without the blanks at its ends.
 struct TextLine {
@@ -37,7 +18,8 @@ struct TextLine {
   std::int32_t height = 1;        ///< rows that it covers
   std::uint32_t column = 0;       ///< of the first character
   std::uint32_t columnCount = 0;  ///< characters
-  std::vector<TextSpan> spans;    ///< neighbours differ in style
+  std::vector<TextSpan> spans;    ///< in reading order, neighbours differ in style
+  TextDirection direction = TextDirection::LeftToRight;
 };
 
 /// A screen of one of the two text systems, and where its cells lie on the picture.

@@ -40,15 +40,6 @@ const char* hexOf(TextColour colour) {
   return "#FFFFFF";
 }
 
-// Whether UTF-8 text holds Hebrew or Arabic letters: those of U+0580 to U+07FF, or the presentation
-// forms, which are all that teletext has from U+F000 on.
-bool isRightToLeft(std::string_view utf8) {
-  return std::ranges::any_of(utf8, [](char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return (byte >= 0xD6 && byte <= 0xDF) || byte == 0xEF;
-  });
-}
-
 Attributes spanStyle(const TextSpan& span) {
   char background[16];
   std::snprintf(background, sizeof background, "%s%02X", hexOf(span.background),
@@ -56,24 +47,21 @@ Attributes spanStyle(const TextSpan& span) {
   Attributes style = {{"tts:color", hexOf(span.foreground)}, {"tts:backgroundColor", background}};
   if (span.italic) style.emplace_back("tts:fontStyle", "italic");
   if (span.underline) style.emplace_back("tts:textDecoration", "underline");
-  if (isRightToLeft(span.text)) {
-    // Teletext sends letters as they stand on screen; they must not be turned around once more.
-    style.emplace_back("tts:direction", "ltr");
-    style.emplace_back("tts:unicodeBidi", "bidiOverride");
-  }
   return style;
 }
 
 Attributes paragraphStyle(const TextScreen& screen, const TextGroup& group) {
   const double lineHeight = group.lines.front().height * screen.rowHeight;
   const double fontSize = lineHeight / kFullSize * 100 * 100 / kLineHeight;
-  return {{"tts:fontFamily", "proportionalSansSerif"},
-          {"tts:fontSize", decimal(fontSize) + "%"},
-          {"tts:lineHeight", decimal(kLineHeight) + "%"},
-          {"tts:textAlign", alignmentName(group.align)},
-          // One box behind all lines, a little wider than their text.
-          {"ebutts:linePadding", "0.5c"},
-          {"itts:fillLineGap", "true"}};
+  Attributes style = {{"tts:fontFamily", "proportionalSansSerif"},
+                      {"tts:fontSize", decimal(fontSize) + "%"},
+                      {"tts:lineHeight", decimal(kLineHeight) + "%"},
+                      {"tts:textAlign", alignmentName(group)},
+                      // One box behind all lines, a little wider than their text.
+                      {"ebutts:linePadding", "0.5c"},
+                      {"itts:fillLineGap", "true"}};
+  if (group.isRightToLeft()) style.emplace_back("tts:direction", "rtl");
+  return style;
 }
 
 // From one line of a group to the next, an empty line for a gap of its height included.
@@ -113,7 +101,7 @@ void TtmlTextDocument::add(const Cue& cue) {
   const auto screen = layOut(*cue.subtitle);
   if (!screen) return;
   const Attributes times = timesOf(cue);
-  // One font size per paragraph: it sets the height of its lines.
+  // A paragraph has one font size, which sets the height of its lines, and one direction.
   for (const TextGroup& group : groupsOf(*screen, GroupHeights::Equal)) {
     writeParagraph(*screen, group, times);
   }

@@ -54,7 +54,7 @@ void appendSpan(std::string& out, const TextSpan& span) {
 std::string settings(const TextScreen& screen, const TextGroup& group) {
   const double column = std::min(group.column, screen.columnCount);
   return "line:" + decimal(screen.topOf(group.lines.front().row)) +
-         "% position:" + decimal(screen.leftOf(column)) + "% align:" + alignmentName(group.align);
+         "% position:" + decimal(screen.leftOf(column)) + "% align:" + alignmentName(group);
 }
 
 }  // namespace

@@ -48,6 +48,9 @@ Json contentOf(const TextScreen& screen) {
                      {"cell", screen.columnWidth},
                      {"height", line.height},
                      {"spans", std::move(spans)}});
+    if (line.direction == TextDirection::RightToLeft) {
+      lines.back()["right"] = screen.leftOf(line.column + line.columnCount);
+    }
   }
   return {{"lines", std::move(lines)}};
 }

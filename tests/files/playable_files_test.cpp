@@ -84,6 +84,17 @@ TEST(PlayableFiles, HaveWideTeletextLettersWithoutTheCellsThatTheyCover) {
   EXPECT_EQ(screen->lines[0].columnCount, 8u);
 }
 
+// In WebVTT "start" is where a line begins to be read.
+TEST(WebVttFile, PlacesLinesThatReadFromTheRightByTheSidesOfThePicture) {
+  auto hebrew = teletextRun(3, " ");
+  for (const char* letter : {"!", "ב", "א"}) hebrew.glyphs.emplace_back(std::string_view(letter));
+  EXPECT_EQ(vttOf(teletext({{.number = 20, .runs = {hebrew}}})),
+            "00:00:00.000 --> 00:00:01.000 line:80% position:18% align:left\nאב!\n\n");
+  const auto mixed = vttOf(teletext(
+      {{.number = 20, .runs = {hebrew}}, {.number = 21, .runs = {teletextRun(3, " ok.")}}}));
+  EXPECT_THAT(mixed, testing::HasSubstr("align:start\nok.\n\n")) << "a cue has one direction";
+}
+
 TEST(PlayableFiles, SetTheBoxesOfATeletextRowApartByOneBlank) {
   const auto page = [] {
     return teletext({{.number = 20,

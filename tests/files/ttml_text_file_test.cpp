@@ -76,19 +76,20 @@ TEST(TtmlTextFile, KeepsPlaceAndStyleOfCaptions) {
   }
 }
 
-TEST(TtmlTextFile, KeepsRightToLeftLettersWhereTheyStoodOnScreen) {
-  const auto documentOf = [](std::string_view letter) {
-    auto letters = run(9, "  ");
-    letters.glyphs.emplace_back(letter);
-    return ttml(kTeletext, {cue(0, 1, teletext({{.number = 20, .runs = {letters}}}))});
+TEST(TtmlTextFile, NamesTheDirectionOfParagraphs) {
+  const auto rowOf = [](std::int32_t number, std::vector<const char*> letters) {
+    auto cells = run(9, "  ");
+    for (const char* letter : letters) cells.glyphs.emplace_back(std::string_view(letter));
+    return TeletextText::TextRow{.number = number, .runs = {cells}};
   };
-  for (const char* letter : {"א", "ي", "ﺏ"}) {
-    EXPECT_THAT(documentOf(letter),
-                HasSubstr(" tts:direction=\"ltr\" tts:unicodeBidi=\"bidiOverride\""));
-  }
-  for (const char* letter : {"Ж", "♪"}) {
-    EXPECT_THAT(documentOf(letter), Not(HasSubstr("bidi")));
-  }
+  const auto document = ttml(
+      kTeletext, {cue(0, 1, teletext({rowOf(18, {".", "ב", "א"}), rowOf(20, {"o", "k", "."})}))});
+  EXPECT_THAT(document, HasSubstr(">אב.</span></p>")) << "and has one each";
+  EXPECT_THAT(document, HasSubstr(" tts:textAlign=\"left\" "));
+  EXPECT_THAT(document, HasSubstr(" tts:direction=\"rtl\""));
+  EXPECT_THAT(document, HasSubstr(" tts:textAlign=\"start\" "));
+  EXPECT_THAT(ttml(kTeletext, {cue(0, 1, teletext({rowOf(20, {"Ж", "♪"})}))}),
+              Not(HasSubstr("tts:direction")));
 }
 
 TEST(TtmlTextFile, ConformsToEbuTtD) {
