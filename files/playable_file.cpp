@@ -15,7 +15,8 @@ std::unique_ptr<IPlayableFile> createPlayableFile(const PlayableRequest& request
     case PlayableFormat::WebVtt:
       return std::make_unique<WebVttFile>(request.path);
     case PlayableFormat::Srt:
-      return std::make_unique<SrtFile>(request.path);
+      return std::make_unique<SrtFile>(request.path,
+                                       request.plain ? SrtMarkup::Plain : SrtMarkup::Full);
     case PlayableFormat::Pictures:
       return std::make_unique<PictureFolder>(request);
     case PlayableFormat::Ttml:

@@ -27,6 +27,7 @@ struct PlayableRequest {
   std::string language = "";  ///< ISO 639-2 of the service; empty when unknown
   bool ebuTt = false;         ///< TTML of text: EBU-TT-D
   PictureStorage pictures = PictureStorage::Embedded;  ///< TTML of pictures
+  bool plain = false;                                  ///< SRT: the text alone
 
   // For the page beside pictures:
   std::string title = {};                    ///< what the recording is called

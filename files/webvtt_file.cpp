@@ -1,6 +1,7 @@
 #include "files/webvtt_file.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "cues/cue_time.h"
 #include "cues/text_group.h"
@@ -8,6 +9,8 @@
 namespace korr::txsub {
 
 namespace {
+
+const std::string kBackground = "bg_";
 
 // W3C WebVTT, 4.2.2: what would read as a tag or a character reference.
 void appendEscaped(std::string& out, const std::string& text) {
@@ -28,20 +31,24 @@ void appendEscaped(std::string& out, const std::string& text) {
   }
 }
 
-std::string colourClasses(const TextSpan& span) {
-  std::string classes;
-  if (span.foreground != TextColour::White) {
-    classes += std::string(".") + colourName(span.foreground);
-  }
+std::vector<std::string> colourClasses(const TextSpan& span) {
+  std::vector<std::string> classes;
+  if (span.foreground != TextColour::White) classes.emplace_back(colourName(span.foreground));
   if (span.background != TextColour::Black) {
-    classes += std::string(".bg_") + colourName(span.background);
+    classes.push_back(kBackground + std::string(colourName(span.background)));
   }
   return classes;
 }
 
-void appendSpan(std::string& out, const TextSpan& span) {
-  const std::string classes = colourClasses(span);
-  if (!classes.empty()) out += "<c" + classes + '>';
+void appendSpan(WebVttBlock& block, const TextSpan& span) {
+  std::string& out = block.payload;
+  const auto classes = colourClasses(span);
+  block.classes.insert(classes.begin(), classes.end());
+  if (!classes.empty()) {
+    out += "<c";
+    for (const auto& name : classes) out += '.' + name;
+    out += '>';
+  }
   if (span.underline) out += "<u>";
   if (span.italic) out += "<i>";
   appendEscaped(out, span.text);
@@ -59,12 +66,52 @@ std::string settings(const TextScreen& screen, const TextGroup& group) {
 
 }  // namespace
 
-WebVttFile::WebVttFile(const std::string& path) : file_(path) {
-  file_.write("WEBVTT\n\n");
+void WebVttFile::write(const Cue& cue) {
+  if (isBegun_) return file_.write(webVttCues(cue));
+  held_ += webVttCues(cue, &classes_);
+  if (held_.size() > kMostHeld) writeHeld(allColourClasses());
 }
 
-void WebVttFile::write(const Cue& cue) {
-  file_.write(webVttCues(cue));
+void WebVttFile::flush() {
+  if (!isPipe_) return;
+  if (!isBegun_ && !held_.empty()) writeHeld(allColourClasses());
+  file_.flush();
+}
+
+void WebVttFile::finish() {
+  if (!isBegun_) writeHeld(classes_);
+  file_.commit();
+}
+
+void WebVttFile::writeHeld(const ColourClasses& classes) {
+  isBegun_ = true;
+  file_.write(webVttHeader(classes) + std::exchange(held_, {}));
+}
+
+std::string webVttHeader(const ColourClasses& classes) {
+  std::string header = "WEBVTT\n\n";
+  if (classes.empty()) return header;
+  header += "STYLE\n";
+  for (const auto& name : classes) {
+    const bool isBackground = name.starts_with(kBackground);
+    const std::string colour = isBackground ? name.substr(kBackground.size()) : name;
+    header += "::cue(." + name + ") { " + (isBackground ? "background-color" : "color") + ": " +
+              colour + " }\n";
+  }
+  return header + '\n';
+}
+
+const ColourClasses& allColourClasses() {
+  static const ColourClasses classes = [] {
+    ColourClasses all;
+    for (int i = 0; i <= static_cast<int>(TextColour::Black); ++i) {
+      const std::string name = colourName(static_cast<TextColour>(i));
+      all.insert(name);
+      all.insert(kBackground + name);
+    }
+    return all;
+  }();
+  return classes;
 }
 
 std::vector<WebVttBlock> webVttBlocks(const encoding::subtitling::Subtitle& subtitle) {
@@ -76,17 +123,18 @@ std::vector<WebVttBlock> webVttBlocks(const encoding::subtitling::Subtitle& subt
     block.settings = settings(*screen, group);
     for (const auto& line : group.lines) {
       if (!block.payload.empty()) block.payload += '\n';
-      for (const auto& span : line.spans) appendSpan(block.payload, span);
+      for (const auto& span : line.spans) appendSpan(block, span);
     }
   }
   return blocks;
 }
 
-std::string webVttCues(const Cue& cue) {
+std::string webVttCues(const Cue& cue, ColourClasses* classes) {
   const auto [start, stop] = cueMilliseconds(cue);
   const std::string times = cueTimeText(start, '.') + " --> " + cueTimeText(stop, '.');
   std::string out;
   for (const auto& block : webVttBlocks(*cue.subtitle)) {
+    if (classes) classes->insert(block.classes.begin(), block.classes.end());
     out += times + ' ' + block.settings + '\n' + block.payload + "\n\n";
   }
   return out;

@@ -104,7 +104,7 @@ TEST(PlayableFiles, SetTheBoxesOfATeletextRowApartByOneBlank) {
   EXPECT_EQ(vttOf(page()),
             "00:00:00.000 --> 00:00:01.000 line:80% position:50% align:center\n"
             "Wer da? <c.yellow>Ich bin's.</c>\n\n");
-  EXPECT_EQ(srtText(page()), "Wer da? Ich bin's.\n");
+  EXPECT_EQ(srtText(page()), "Wer da? <font color=\"#ffff00\">Ich bin's.</font>\n");
 }
 
 TEST(PlayableFiles, SetWordsApartWhereACodeTookUpACell) {
@@ -122,6 +122,31 @@ TEST(SrtFile, WritesRowsAsLinesAndNothingForBlankOnes) {
   EXPECT_EQ(srtText(captions({captionRow(2, 3, "one & <two>"), captionRow(3, 0, "   "),
                               captionRow(9, 0, "three ")})),
             "one & <two>\nthree\n");
+}
+
+TEST(SrtFile, SaysWhatPlayersReadBesideTheTextUnlessPlain) {
+  auto run = captionRun(0, "top -->");
+  run.foreground = CaptionColour::Green;
+  run.italic = true;
+  const auto top = captions({captionRow(7, {run})});
+  EXPECT_EQ(srtText(top), "{\\an8}<font color=\"#00ff00\"><i>top -- ></i></font>\n");
+  EXPECT_EQ(srtText(top, SrtMarkup::Plain), "top -- >\n");
+  EXPECT_EQ(srtText(captions({captionRow(1, 0, "a"), captionRow(8, 0, "b")})), "a\nb\n")
+      << "row 8 reaches into the lower half";
+}
+
+// A style sheet cannot follow a cue.
+TEST(WebVttFile, DefinesTheColoursThatItsCuesHave) {
+  auto run = captionRun(0, "A");
+  run.foreground = CaptionColour::Green;
+  run.background = CaptionColour::Blue;
+  const Cue coloured = cue(0, 1000, captions({captionRow(1, {run})}));
+  const Cue white = cue(0, 1000, captions({captionRow(1, 0, "B")}));
+  const PlayableRequest request{.format = PlayableFormat::WebVtt};
+  EXPECT_THAT(playableText(request, {white, coloured}),
+              testing::StartsWith("WEBVTT\n\nSTYLE\n::cue(.bg_blue) { background-color: blue }\n"
+                                  "::cue(.lime) { color: lime }\n\n00:00:00.000"));
+  EXPECT_THAT(playableText(request, {white}), testing::StartsWith("WEBVTT\n\n00:00:00.000"));
 }
 
 TEST(CueTimes, RoundToMillisecondsAndNeverToNothing) {

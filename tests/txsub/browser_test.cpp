@@ -55,7 +55,7 @@ TEST(WebVttInABrowser, IsUnderstoodToTheLetter) {
   coloured.foreground = model::CaptionColour::Green;
   coloured.background = model::CaptionColour::Blue;
   const std::string vtt =
-      "WEBVTT\n\n" +
+      webVttHeader(allColourClasses()) +
       webVttCues(cue(1234, 4004, captions({captionRow(15, 0, "a<b> & --> &amp;")}))) +
       webVttCues(cue(4004, 5000,
                      captions({captionRow(1, {styled}), captionRow(9, {coloured}),

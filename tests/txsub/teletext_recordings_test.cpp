@@ -17,7 +17,7 @@ constexpr const char* kSample = "samples/teletext.ts";
 
 // The text of all entries, without numbers and times.
 std::string srtLines(const std::vector<std::string>& arguments) {
-  std::vector<std::string> all{"convert", "--mode", "srt", "--quiet"};
+  std::vector<std::string> all{"convert", "--mode", "srt", "--plain", "--quiet"};
   all.insert(all.end(), arguments.begin(), arguments.end());
   std::string lines;
   std::istringstream stream(outputOf(all));
@@ -32,7 +32,7 @@ TEST(TeletextRecording, ShowsTheFirstPageOfTheDescriptors) {
   const auto result = run({"convert", kSample, "--verbose"});
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_EQ(result.output,
-            "WEBVTT\n\n"
+            "WEBVTT\n\nSTYLE\n::cue(.cyan) { color: cyan }\n::cue(.yellow) { color: yellow }\n\n"
             "00:00:01.000 --> 00:00:04.000 line:88% position:50% align:center\n"
             "Guten Abend aus dem Hafen.\n\n"
             "00:00:05.000 --> 00:00:09.400 line:80% position:50% align:center\n"

@@ -177,6 +177,7 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
                                .language = service.language,
                                .ebuTt = options_.ebuTt,
                                .pictures = options_.pictures,
+                               .plain = options_.plain,
                                .title = pageTitle(options_.input.path),
                                .service = service,
                                .duration = duration});

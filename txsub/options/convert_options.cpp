@@ -135,6 +135,7 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
                    "beside it (IMSC 1)")
       ->transform(CLI::CheckedTransformer(kStorages, CLI::ignore_case).description(""))
       ->type_name("WHERE");
+  command_->add_flag("--plain", options_.plain, "Write SRT without colours, italics and places");
   command_->add_flag("--absolute", options_.absolute,
                      "Keep the stream's own times; otherwise files start at the recording's start");
   command_->add_flag("--all", options_.all,
@@ -223,6 +224,9 @@ void ConvertSubcommand::settleOutput() {
     options_.mode = TextMode::Ttml;  // the configuration interface's default
   }
   checkPictures(options_);
+  if (options_.plain && options_.mode != TextMode::Srt) {
+    throw usageError("--plain", "goes with SRT; name the output FILE.srt, or give --mode srt");
+  }
 }
 
 }  // namespace

@@ -56,6 +56,7 @@ struct ConvertOptions {
   ServiceQuery query;
   std::uint32_t durationMs = 2000;
   bool ebuTt = false;
+  bool plain = false;  ///< SRT: the text alone
   PictureStorage pictures = PictureStorage::Embedded;
   bool absolute = false;
   bool all = false;
