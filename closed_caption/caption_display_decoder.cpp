@@ -17,10 +17,6 @@ bool lookAlike(const CaptionText& left, const CaptionText& right) {
                     });
 }
 
-double seconds(MediaTime time) {
-  return static_cast<double>(time) / kSecond;
-}
-
 }  // namespace
 
 CaptionDisplayDecoder::CaptionDisplayDecoder(std::uint32_t service, IDisplayListener& listener,
@@ -78,10 +74,11 @@ void CaptionDisplayDecoder::tell(MediaTime time) {
 void CaptionDisplayDecoder::reportDamage(MediaTime time) {
   if (time < nextReport_) return;
   nextReport_ = time + kReportInterval;
-  log::write(logger_, log::Level::Warning,
-             "captions CC%u: wrong parity at %.3f s; such characters are shown as solid blocks, "
-             "such codes are left out",
-             number_, seconds(time));
+  log::write(
+      logger_, log::Level::Warning,
+      "captions CC%u: wrong parity; such characters are shown as solid blocks, such codes are "
+      "left out",
+      number_);
 }
 
 }  // namespace korr::encoding::subtitling::closed_caption::inline v2

@@ -21,8 +21,8 @@ class CaptionDisplayDecoder final : public IDisplayDecoder {
   static constexpr MediaTime kErasureTime = 16 * kSecond;
 
   /// `service`: 1 to 4, CC1 to CC4; no other number has captions. `listener` is not owned and gets
-  /// `CaptionText`. `logger` takes one line where parity is wrong, at most every ten seconds; may
-  /// be null, not owned.
+  /// `CaptionText`. `logger` takes one line where parity is wrong, at most every ten seconds, to
+  /// which it adds the time; may be null, not owned.
   CaptionDisplayDecoder(std::uint32_t service, IDisplayListener& listener, log::ILogger* logger);
 
   /// `unit`: triplets as in cc_data() (CEA-708, 4.4.1); bytes after the last whole one are ignored.
