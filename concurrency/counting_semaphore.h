@@ -16,6 +16,9 @@ namespace korr::concurrency::inline v2_1 {
 ///
 /// A thread looks out for a count for some tens of microseconds before it goes to sleep, and only
 /// one that sleeps is woken: under load neither side enters the kernel.
+///
+/// Not the standard's: with GCC 12 a thread can sleep in that for good (this one's test hung on
+/// Windows).
 class CountingSemaphore {
  public:
   /// Adds one.

@@ -22,6 +22,14 @@ bool isOfDirectShow(HRESULT result) {
 
 }  // namespace
 
+std::wstring toUtf16(const std::string& utf8) {
+  const int length = static_cast<int>(utf8.size());
+  const int size = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
+  std::wstring utf16(static_cast<std::size_t>(size), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, utf16.data(), size);
+  return utf16;
+}
+
 std::string systemMessage(HRESULT result) {
   std::array<WCHAR, 512> text{};
   constexpr DWORD kFlags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;

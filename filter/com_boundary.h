@@ -15,6 +15,9 @@ namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline 
 /// The system's message for a result code, UTF-8, without a line feed.
 std::string systemMessage(HRESULT result);
 
+/// UTF-8 in the platform's own form. Throws std::bad_alloc.
+std::wstring toUtf16(const std::string& utf8);
+
 /// A failing result code on its way to the boundary.
 class HResultError final : public util::TessaryException {
  public:

@@ -47,11 +47,19 @@ HRESULT CSubtitleConverter::NonDelegatingQueryInterface(REFIID iid, void** objec
   if (iid == IID_ISubtitleConverterConfig) {
     return GetInterface(static_cast<ISubtitleConverterConfig*>(this), object);
   }
+  if (iid == IID_ISubtitleConverterLogging) {
+    return GetInterface(static_cast<ISubtitleConverterLogging*>(this), object);
+  }
   return CBaseFilter::NonDelegatingQueryInterface(iid, object);
 }
 
 HRESULT CSubtitleConverter::SetLogger(mqs_subtitle_converter::ILogger* logger) {
   logger_.setTarget(logger);
+  return S_OK;
+}
+
+HRESULT CSubtitleConverter::SetLogSink(ISubtitleConverterLogSink* sink) {
+  logger_.setSink(sink);
   return S_OK;
 }
 

@@ -36,7 +36,9 @@ namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline 
 /// The sink is called by the worker, under the stream lock, and may call back: to stop the graph
 /// from its own Receive, say. What then has to go is in use further up the same thread, and goes as
 /// soon as the worker is done with the sample that it is at; nothing more comes out of it.
-class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterConfig {
+class CSubtitleConverter final : public CBaseFilter,
+                                 public ISubtitleConverterConfig,
+                                 public ISubtitleConverterLogging {
  public:
   static constexpr const WCHAR* kName = L"Tessary Subtitle Converter";
 
@@ -55,6 +57,9 @@ class CSubtitleConverter final : public CBaseFilter, public ISubtitleConverterCo
                                              std::uint32_t durationMs, const char* language,
                                              std::uint8_t hearingImpaired, std::uint32_t pageOption,
                                              std::uint8_t ttmlOption) override;
+
+  // ISubtitleConverterLogging
+  HRESULT STDMETHODCALLTYPE SetLogSink(ISubtitleConverterLogSink* sink) override;
 
   // IBaseFilter
   HRESULT STDMETHODCALLTYPE Stop() override;

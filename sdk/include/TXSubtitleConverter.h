@@ -4,6 +4,7 @@
 
 #include <guiddef.h>
 #include <unknwn.h>
+#include <wtypes.h>
 
 #include <cstdarg>
 #include <cstdint>
@@ -16,6 +17,11 @@ inline constexpr GUID CLSID_TXSubtitleConverter = {
 
 inline constexpr GUID IID_ISubtitleConverterConfig = {
     0x79591B6A, 0x8201, 0x4E4F, {0x9E, 0x69, 0x83, 0xB9, 0xEB, 0x8F, 0xD3, 0x55}};
+
+inline constexpr GUID IID_ISubtitleConverterLogSink = {
+    0xEA5F5ECC, 0x88A4, 0x465C, {0xBF, 0xEC, 0x44, 0xAB, 0xF5, 0xCC, 0xB0, 0xA1}};
+inline constexpr GUID IID_ISubtitleConverterLogging = {
+    0x2D524EDA, 0x9BAA, 0x4F1D, {0xBA, 0xC4, 0xB5, 0x58, 0x1F, 0xE6, 0x42, 0x3D}};
 
 // The input's media types, major and sub. Every sample begins a PES payload exactly when its sync
 // point flag is set; its time is the payload's presentation time.
@@ -100,9 +106,39 @@ ISubtitleConverterConfig : public IUnknown {
       std::uint8_t hearingImpaired, std::uint32_t pageOption, std::uint8_t ttmlOption) = 0;
 };
 
+/// Takes the filter's messages as finished text, for hosts in languages without a va_list;
+/// implemented by the host and frozen. Called as ILogger is, under the same rules. What it returns
+/// is not looked at; the text is the caller's and ends with the call.
+MIDL_INTERFACE("EA5F5ECC-88A4-465C-BFEC-44ABF5CCB0A1")
+ISubtitleConverterLogSink : public IUnknown {
+ public:
+  /// One message, without a line feed at its end. `level`: 0 error, 1 warning, 2 information.
+  virtual HRESULT STDMETHODCALLTYPE OnMessage(std::uint32_t level, BSTR text) = 0;
+
+  /// The name of the buffer counters of the filter's output, whenever its allocator is set up.
+  virtual HRESULT STDMETHODCALLTYPE OnBufferCountersNamed(BSTR name) = 0;
+};
+
+/// Where the filter's messages go, beside ISubtitleConverterConfig::SetLogger, which stays in
+/// force; asked for on the filter itself.
+MIDL_INTERFACE("2D524EDA-9BAA-4F1D-BAC4-B5581FE6423D")
+ISubtitleConverterLogging : public IUnknown {
+ public:
+  /// Sends the messages to `sink` too, which is referenced until the next call or the filter's end.
+  /// When the call returns, the previous sink is out of use. Null: to nobody. Always S_OK; at any
+  /// time, from any thread.
+  virtual HRESULT STDMETHODCALLTYPE SetLogSink(ISubtitleConverterLogSink * sink) = 0;
+};
+
 }  // namespace korr::streaming::direct_show::filters::mqs_subtitle_converter
 
 #ifdef __CRT_UUID_DECL
+__CRT_UUID_DECL(
+    korr::streaming::direct_show::filters::mqs_subtitle_converter::ISubtitleConverterLogSink,
+    0xEA5F5ECC, 0x88A4, 0x465C, 0xBF, 0xEC, 0x44, 0xAB, 0xF5, 0xCC, 0xB0, 0xA1)
+__CRT_UUID_DECL(
+    korr::streaming::direct_show::filters::mqs_subtitle_converter::ISubtitleConverterLogging,
+    0x2D524EDA, 0x9BAA, 0x4F1D, 0xBA, 0xC4, 0xB5, 0x58, 0x1F, 0xE6, 0x42, 0x3D)
 __CRT_UUID_DECL(
     korr::streaming::direct_show::filters::mqs_subtitle_converter::ISubtitleConverterConfig,
     0x79591B6A, 0x8201, 0x4E4F, 0x9E, 0x69, 0x83, 0xB9, 0xEB, 0x8F, 0xD3, 0x55)

@@ -103,6 +103,20 @@ TEST_F(FilterPins, OfferTheTypeOfTheModeAndAcceptEveryTextType) {
   EXPECT_EQ(output().CheckMediaType(nullptr), E_POINTER);
 }
 
+// As docs/integrating.md says: a type without a format type is an open one, and open types are only
+// matched with proposals.
+TEST_F(FilterPins, ConnectOnATypeThatIsNamedInFull) {
+  setMode(3);
+  const ComPtr<host::CCollectingSink> sink(
+      new host::CCollectingSink({.onSample = nullptr, .onEndOfStream = nullptr}));
+  CMediaType named = type(MEDIATYPE_TimedText, MEDIASUBTYPE_WebVtt);
+  EXPECT_EQ(output().Connect(sink->GetPin(0), &named), VFW_E_NO_ACCEPTABLE_TYPES);
+  named.SetFormatType(&FORMAT_None);
+  EXPECT_EQ(output().Connect(sink->GetPin(0), &named), S_OK);
+  output().Disconnect();
+  sink->GetPin(0)->Disconnect();
+}
+
 TEST_F(FilterPins, TellEnumeratorsWhenTheModeChanges) {
   ComPtr<IEnumMediaTypes> types;
   ASSERT_EQ(output().EnumMediaTypes(&types), S_OK);
