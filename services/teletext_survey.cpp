@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "teletext/packet.h"
 #include "teletext/packet_numbers.h"
@@ -39,6 +40,27 @@ bool hasText(std::span<const std::uint8_t> row) {
   return letters >= kLeastLetters;
 }
 
+class SurveyingFinder final : public IServiceFinder {
+ public:
+  SurveyingFinder(std::unique_ptr<IServiceFinder> finder, TeletextSurvey& survey)
+      : finder_(std::move(finder)), survey_(survey) {}
+
+  std::vector<Service> describe(const StreamInfo& stream) override {
+    return finder_->describe(stream);
+  }
+
+  std::vector<Service> inspect(const InputSample& sample) override {
+    survey_.take(sample.data);
+    return finder_->isSearching() ? finder_->inspect(sample) : std::vector<Service>{};
+  }
+
+  bool isSearching() const override { return true; }
+
+ private:
+  std::unique_ptr<IServiceFinder> finder_;
+  TeletextSurvey& survey_;
+};
+
 std::string digits(std::uint32_t page) {
   char text[16];
   std::snprintf(text, sizeof text, "%03x", page);
@@ -74,6 +96,11 @@ std::vector<std::uint32_t> TeletextSurvey::pagesWithText() const {
     }
   }
   return pages;
+}
+
+std::unique_ptr<IServiceFinder> withSurvey(std::unique_ptr<IServiceFinder> finder,
+                                           TeletextSurvey& survey) {
+  return std::make_unique<SurveyingFinder>(std::move(finder), survey);
 }
 
 std::string pageList(std::span<const std::uint32_t> pages) {

@@ -4,10 +4,13 @@
 #include <array>
 #include <bitset>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
+
+#include "services/service.h"
 
 namespace korr::txsub {
 
@@ -27,6 +30,11 @@ class TeletextSurvey {
   std::array<std::optional<std::uint32_t>, kMagazines> inTransmission_;  ///< page number
   std::array<std::bitset<256>, kMagazines> withText_;                    ///< by page number
 };
+
+/// A finder that finds what `finder` does and shows every sample of its stream to `survey`, which
+/// is not owned.
+std::unique_ptr<IServiceFinder> withSurvey(std::unique_ptr<IServiceFinder> finder,
+                                           TeletextSurvey& survey);
 
 /// Pages as a remote control numbers them, neighbours as ranges: "100-102 150 888".
 std::string pageList(std::span<const std::uint32_t> pages);

@@ -86,7 +86,10 @@ TEST(TeletextRecording, TellsThePageThatAReplayFollows) {
 }
 
 TEST(TeletextRecording, ListsPagesThatNoDescriptorNamesWhenScanned) {
-  EXPECT_THAT(run({"probe", kSample}).output, Not(HasSubstr("777")));
+  const auto plain = run({"probe", kSample});
+  EXPECT_THAT(plain.output, Not(HasSubstr("777")));
+  EXPECT_THAT(plain.errors,
+              HasSubstr("PID 0x0200: other teletext pages with text, for --page: 777\n"));
   const auto scanned = run({"probe", kSample, "--scan"}).output;
   EXPECT_THAT(scanned, HasSubstr("0x0200  teletext  page 149  deu (hearing impaired)  3     "
                                  "00:00:00.600  00:00:15.000\n"));

@@ -6,6 +6,7 @@
 #include "cues/cue_time.h"
 #include "readers/open_input.h"
 #include "readers/record_format.h"
+#include "services/teletext_survey.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "txsub/commands/commands.h"
@@ -61,15 +62,33 @@ bool isWorthListing(const Finding& finding) {
          (finding.service.isDeclared && finding.service.type != SubtitleInputType::ClosedCaption);
 }
 
+using Surveys = std::map<std::uint32_t, TeletextSurvey>;  // by PID
+
+// Pages that no descriptor names and that are no subtitles may be what somebody looks for.
+void tellPagesWithText(const Surveys& surveys, const Findings& findings, Console& console) {
+  for (const auto& [pid, survey] : surveys) {
+    auto pages = survey.pagesWithText();
+    for (const auto& finding : findings.services) {
+      if (finding.service.pid == pid) std::erase(pages, finding.service.page);
+    }
+    if (pages.empty()) continue;
+    console.note("PID " + pidText(pid) +
+                 ": other teletext pages with text, for --page: " + pageList(pages));
+  }
+}
+
 Findings probe(const ProbeOptions& options, Console& console) {
   const auto input = openInput(options.input.path, {.pid = options.input.pid, .logger = &console});
   std::map<const ServiceSession*, std::unique_ptr<Tally>> tallies;
+  Surveys surveys;
   ServicePass pass(
       *input.reader, ServicePass::Wanted::All,
       [&](const StreamInfo& stream) {
         ServiceQuery everything;
         everything.scan = options.scan;
-        return createServiceFinder(stream, everything, &console);
+        auto finder = createServiceFinder(stream, everything, &console);
+        const bool isTeletext = stream.type == SubtitleInputType::Teletext;
+        return isTeletext ? withSurvey(std::move(finder), surveys[stream.pid]) : std::move(finder);
       },
       [&](const Service& service, const StreamInfo&) {
         auto tally = std::make_unique<Tally>();
@@ -93,6 +112,7 @@ Findings probe(const ProbeOptions& options, Console& console) {
     Finding finding{.service = service, .tally = *tallies.at(session), .start = start.value_or(0)};
     if (isWorthListing(finding)) findings.services.push_back(std::move(finding));
   }
+  tellPagesWithText(surveys, findings, console);
   return findings;
 }
 
