@@ -185,6 +185,10 @@ TEST(ReceivedRegions, BeginInTheirBackgroundAndPaintInTheOrderOfTheirList) {
                          .pictureObject(2, 4, picture("2"))
                          .pictureObject(9, 4, picture("11"));
   EXPECT_EQ(received(twice), "RGKR") << "object 9 in two places, under and beside object 2";
+
+  ReceiverBench bench;
+  bench.feed(twice, 10).feed(DvbEncoder().pictureObject(2, 4, picture("4")).end(), 11);
+  EXPECT_THAT(bench.told, ElementsAre("10 RGKR", "11 RBKR")) << "an object that comes again";
 }
 
 // EN 300 743, 7.2.3: objects of characters have two pixel codes more in the list; objects that the
@@ -291,6 +295,16 @@ TEST(ReceivedServices, TakeObjectsOfPagesThatShowNothingWhereNoPagesAreGiven) {
                  .end(),
              10);
   EXPECT_THAT(bench.told, ElementsAre("10 RG"));
+
+  bench.feed(smallPage(2, 1, {.objects = {{7, 0, 0}}})
+                 .pictureObject(7, 4, picture("21"))
+                 .ofPage(2)
+                 .page(kAcquisitionPoint, 5, {})
+                 .pictureObject(7, 4, picture("44"))
+                 .ofPage(1)
+                 .end(),
+             11);
+  EXPECT_EQ(bench.told.back(), "11 GR") << "page 2 is a service of its own";
 }
 
 TEST(ReceivedFields, LoseOnlyWhatIsDamaged) {
@@ -315,6 +329,11 @@ TEST(ReceivedFields, LoseOnlyWhatIsDamaged) {
                      "data field of DVB subtitles: 4 bytes at offset 2 are no whole segment and "
                      "passed over"),
               shown);
+  EXPECT_THAT(toldOf(encoders::join({begin, Bytes{1, 0x0F, 0x11, 0, 1, 0, 0, 0x55}, body}),
+                     "data field of DVB subtitles: 8 bytes at offset 2 are no whole segment and "
+                     "passed over"),
+              shown)
+      << "what only looks like a segment";
   EXPECT_THAT(toldOf(encoders::join({begin, body, Bytes{0x0F, 0x13, 0, 1, 0, 9, 1, 2}}),
                      "data field of DVB subtitles: 8 bytes at offset 49 are no whole segment and "
                      "passed over"),
