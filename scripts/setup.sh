@@ -10,6 +10,7 @@ packages="
   clang libclang-rt-14-dev
   g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev nsis zip unzip
   chromium ffmpeg
+  libtesseract-dev libhunspell-dev tesseract-ocr-eng hunspell-en-us
 "
 
 missing=""

@@ -1,0 +1,22 @@
+#include <cstdlib>
+
+#include "platform/module_loader.h"
+#include "recognition/tesseract/engine_module.h"
+
+namespace korr::recognition {
+
+std::unique_ptr<ILineEngine> loadEngine(const std::string& language) {
+  // Read once, when the library is loaded.
+  setenv("OMP_THREAD_LIMIT", "1", 0);
+  auto* const open =
+      reinterpret_cast<OpenEngine*>(platform::moduleFunction(kEngineModule, kOpenEngine));
+  return std::unique_ptr<ILineEngine>(open(language));
+}
+
+std::unique_ptr<IWordList> loadWordList(const std::string& language) {
+  auto* const open =
+      reinterpret_cast<OpenWordList*>(platform::moduleFunction(kEngineModule, kOpenWordList));
+  return std::unique_ptr<IWordList>(open(language));
+}
+
+}  // namespace korr::recognition

@@ -1,0 +1,28 @@
+// The engine as a module of its own: loading it, and its data, takes longer than reading a
+// recording whose letters are known.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "recognition/line_engine.h"
+
+namespace korr::recognition {
+
+inline constexpr const char* kEngineModule = "txsub-tesseract.so";
+inline constexpr const char* kOpenEngine = "txsubOpenTesseract";
+inline constexpr const char* kOpenWordList = "txsubOpenWordList";
+
+/// What the module exports; the caller owns what is returned.
+using OpenEngine = ILineEngine*(const std::string& language);
+using OpenWordList = IWordList*(const std::string& language);
+
+/// Tesseract with the data of a language, or of several as in "deu+eng" (ISO 639-2, terminological
+/// codes). Throws util::TessaryException that names the package to install. The first call sets
+/// OMP_THREAD_LIMIT, where it is not set, so that one line does not take four threads.
+std::unique_ptr<ILineEngine> loadEngine(const std::string& language);
+
+/// Hunspell's words of the languages; null where none is installed.
+std::unique_ptr<IWordList> loadWordList(const std::string& language);
+
+}  // namespace korr::recognition

@@ -1,0 +1,15 @@
+// Where the program is built without an engine.
+#include "recognition/tesseract/engine_module.h"
+#include "util/exception.h"
+
+namespace korr::recognition {
+
+std::unique_ptr<ILineEngine> loadEngine(const std::string&) {
+  throw util::TessaryException("this program is built without an engine that reads letters");
+}
+
+std::unique_ptr<IWordList> loadWordList(const std::string&) {
+  return nullptr;
+}
+
+}  // namespace korr::recognition
