@@ -83,6 +83,16 @@ function(tessary_program name)
   target_include_directories(${name} PRIVATE ${include})
 endfunction()
 
+# tessary_module(NAME FILE file SOURCES file... [LINKS target...]): a library that the program loads late,
+# beside it as FILE.so and installed with it.
+function(tessary_module name)
+  cmake_parse_arguments(arg "" "FILE" "SOURCES;LINKS" ${ARGN})
+  add_library(${name} MODULE ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LINKS} tessary_flags)
+  set_target_properties(${name} PROPERTIES PREFIX "" OUTPUT_NAME ${arg_FILE})
+  set_property(GLOBAL APPEND PROPERTY TESSARY_MODULES ${name})
+endfunction()
+
 # tessary_test(NAME [OWN_FLAGS] SOURCES file... [LINKS target...]): one GoogleTest program and its entry
 # in ctest. Its own code is not optimised, which would take longer than running it ever does.
 # OWN_FLAGS: it is compiled with flags that precompiled headers do not fit, from here or from what it

@@ -8,7 +8,7 @@ namespace korr::txsub {
 
 namespace {
 
-constexpr const char* kVersion = "1.0.0";
+constexpr const char* kVersion = TESSARY_VERSION;
 
 constexpr const char* kProgramExamples =
     "Examples:\n"
