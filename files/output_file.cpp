@@ -11,6 +11,24 @@ namespace korr::txsub {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// As long as the longest name, or shorter: file systems take names of 255 bytes, so the end of a
+// long one gives way, whole characters of it.
+fs::path temporaryBeside(const fs::path& target) {
+  constexpr std::size_t kLongestName = 255;
+  const std::string suffix = ".part" + std::to_string(platform::processId());
+  std::string name = utf8FromPath(target.filename());
+  if (name.size() + suffix.size() > kLongestName) {
+    std::size_t size = kLongestName - suffix.size();
+    while (size > 0 && (static_cast<unsigned char>(name[size]) & 0xC0) == 0x80) --size;
+    name.resize(size);
+  }
+  return target.parent_path() / pathFromUtf8(name + suffix);
+}
+
+}  // namespace
+
 OutputFile::OutputFile(const std::string& path) : name_('\'' + path + '\'') {
   if (path == "-") {
     name_ = "standard output";
@@ -32,8 +50,7 @@ OutputFile::OutputFile(const std::string& path) : name_('\'' + path + '\'') {
   // A link stays a link: the file that it names is replaced.
   if (fs::is_symlink(target, ignored)) target = fs::weakly_canonical(target, ignored);
   final_ = target;
-  temporary_ = target;
-  temporary_ += ".part" + std::to_string(platform::processId());
+  temporary_ = temporaryBeside(target);
   file_ = platform::openFile(temporary_, "wb");
   if (!file_) fail();
 }

@@ -31,7 +31,14 @@ class PangoGlyphRasteriser final : public IGlyphRasteriser {
  public:
   PangoGlyphRasteriser()
       : fonts_(pango_cairo_font_map_new()), context_(pango_font_map_create_context(fonts_.get())) {
-    if (!context_) throw RasteriserError("no fonts");
+    int families = 0;
+    PangoFontFamily** list = nullptr;
+    if (context_) pango_font_map_list_families(fonts_.get(), &list, &families);
+    g_free(list);
+    if (families == 0) {
+      throw RasteriserError(
+          "no letters can be drawn: no fonts are installed (Debian's fonts-dejavu-core has some)");
+    }
   }
 
   GlyphMask rasterise(std::u16string_view letter, const FontFace& face) override {

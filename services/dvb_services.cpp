@@ -63,7 +63,9 @@ class DvbServiceFinder final : public IServiceFinder {
         service.dvbPages = entry.pages;
       services.push_back(service);
     }
-    if (entries.empty() && query_.language.empty()) services.push_back(service);
+    if (entries.empty() && (query_.language.empty() || query_.language == stream.language)) {
+      services.push_back(service);
+    }
     return services;
   }
 

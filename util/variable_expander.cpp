@@ -29,19 +29,27 @@ std::optional<char> unescape(char character) {
   }
 }
 
-// One left-to-right scan; each step takes one character and says what is wrong with it, if
+// The first character of UTF-8 text with all its bytes.
+std::string firstCharacter(std::string_view text) {
+  std::size_t size = 1;
+  while (size < text.size() && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80) ++size;
+  return std::string(text.substr(0, size));
+}
+
+// One left-to-right scan; each step takes one byte and says what is wrong with it, if
 // anything.
 class Scan {
  public:
   explicit Scan(const IVariables& variables)
       : variables_(variables), owed_(variables.requiredNames()) {}
 
-  std::optional<std::string> take(char character) {
+  std::optional<std::string> take(std::string_view rest) {
+    const char character = rest.front();
     switch (state_) {
       case State::Text:
         return takeText(character);
       case State::Escape:
-        return takeEscaped(character);
+        return takeEscaped(rest);
       case State::Dollar:
         return takeOpeningBrace(character);
       case State::Name:
@@ -87,9 +95,9 @@ class Scan {
     return std::nullopt;
   }
 
-  std::optional<std::string> takeEscaped(char character) {
-    const auto meant = unescape(character);
-    if (!meant) return std::string("unknown escape sequence \\") + character + ".";
+  std::optional<std::string> takeEscaped(std::string_view rest) {
+    const auto meant = unescape(rest.front());
+    if (!meant) return "unknown escape sequence \\" + firstCharacter(rest) + ".";
     expanded_ += *meant;
     state_ = State::Text;
     return std::nullopt;
@@ -152,7 +160,9 @@ VariableNames MosaicVariables::requiredNames() const {
 ExpansionResult expandVariables(std::string_view text, const IVariables& variables) {
   Scan scan(variables);
   for (std::size_t offset = 0; offset < text.size(); ++offset) {
-    if (auto error = scan.take(text[offset])) return ExpansionError{std::move(*error), offset};
+    if (auto error = scan.take(text.substr(offset))) {
+      return ExpansionError{std::move(*error), offset};
+    }
   }
   if (auto error = scan.finish()) return ExpansionError{std::move(*error), text.size()};
   return scan.takeResult();

@@ -167,12 +167,13 @@ TEST_F(DvbRecordings, SayWhereTheyAreDamaged) {
 
   const auto filtered = run(
       {"convert", "--quiet", path, "--rules", "filter", "--all", "-o", directory_.file("filter")});
-  EXPECT_EQ(filtered.errors, warning + "PID 0x0200, 11.000 s: " + text +                //
-                                 warning + "PID 0x0201, 12.000 s: " + text +            //
-                                 "txsub: PID 0x0200: the same 2 more times: " + text +  //
-                                 "PID 0x0200, 17.000 s: Error: expected 0x20 in PES_Data_Field\n" +
-                                 warning + "PID 0x0200, 18.000 s: " + text +
-                                 "txsub: PID 0x0201: the same 2 more times: " + text);
+  EXPECT_EQ(filtered.errors,
+            warning + "PID 0x0200, 11.000 s: " + text +                //
+                warning + "PID 0x0201, 12.000 s: " + text +            //
+                "txsub: PID 0x0200: the same 2 more times: " + text +  //
+                "txsub: PID 0x0200, 17.000 s: Error: expected 0x20 in PES_Data_Field\n" + warning +
+                "PID 0x0200, 18.000 s: " + text +
+                "txsub: PID 0x0201: the same 2 more times: " + text);
 }
 
 // Whatever the segments are, and wherever other streams end.

@@ -183,6 +183,42 @@ TEST_F(ProgramTest, KeepsASubtitleThatComesLast) {
   EXPECT_THAT(result.output, HasSubstr("00:00:02.000 --> 00:00:04.000 ")) << result.errors;
 }
 
+TEST_F(ProgramTest, RefusesWrongValuesInItsOwnWords) {
+  const struct {
+    std::vector<std::string> arguments;
+    std::string message;
+  } rows[] = {
+      {{"--duration", "-1"}, "--duration: '-1' is no whole number from 0 to 86400000"},
+      {{"--mode", "vtt"}, "--mode: 'vtt' is not webvtt, srt or ttml"},
+      {{"--page-option", "5"}, "--page-option: '5' is not 0, 1, 2, 3, 4, 6, 8 or 10"},
+      {{"--stats=xml"}, "--stats: 'xml' is not text or json"},
+      {{"--hearing-impaired"}, "--hearing-impaired: goes with --language, as in --language swe"},
+      {{"-o", ""}, "--output: name a file, or '-' for standard output"},
+      {{"--plain"}, "--plain: goes with SRT; name the output FILE.srt, or give --mode srt"},
+  };
+  for (const auto& row : rows) {
+    std::vector<std::string> all{"convert", captions()};
+    all.insert(all.end(), row.arguments.begin(), row.arguments.end());
+    EXPECT_THAT(errorsOf(2, all), StartsWith("txsub: " + row.message + "\n"));
+  }
+  EXPECT_THAT(errorsOf(2, {"render", captions(), "--frames", "0", "-o", "-"}),
+              HasSubstr("--frames: '0' is no rate from 0.1 to 240 frames a second"));
+}
+
+TEST_F(ProgramTest, WritesUnderTheLongestNameThatThereIs) {
+  const std::string name = std::string(249, 'n') + "\xC3\xB6.vtt";
+  outputOf({"convert", captions(), "-o", directory_.file(name)});
+  EXPECT_THAT(directory_.names(), testing::Contains(name));
+}
+
+TEST_F(ProgramTest, SaysThatAMomentLiesBehindTheEnd) {
+  const auto result = run({"render", "samples/captions.ts", "--at", "2:00", "-o", "-"});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_THAT(result.errors,
+              HasSubstr("the recording ends at 00:00:23.991, before the moment asked "
+                        "for, 00:02:00.000"));
+}
+
 TEST_F(ProgramTest, RefusesWhatDoesNotFitTogether) {
   EXPECT_THAT(errorsOf(2, {}), HasSubstr("txsub --help"));
   EXPECT_THAT(errorsOf(2, {"convert"}), HasSubstr("INPUT is required"));

@@ -30,6 +30,7 @@ TEST(VariableExpander, TellsWhatIsWrongAndWhere) {
   EXPECT_EQ(expand("ab}", kMap), R"(2: unexpected character }; you might want \} instead.)");
   EXPECT_EQ(expand("{", kMap), R"(0: unexpected character {; you might want \{ instead.)");
   EXPECT_EQ(expand(R"(a\q)", kMap), R"(2: unknown escape sequence \q.)");
+  EXPECT_EQ(expand("a\\\xC3\xB6z", kMap), "2: unknown escape sequence \\\xC3\xB6.") << "whole";
   EXPECT_EQ(expand("$n", kMap),
             R"(1: expecting opening brace { after $; you might want \$ instead.)");
   EXPECT_EQ(expand("$", kMap),

@@ -1,9 +1,12 @@
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "cues/cue.h"
 #include "cues/cue_time.h"
+#include "files/output_file.h"
 #include "readers/open_input.h"
 #include "readers/record_format.h"
 #include "services/teletext_survey.h"
@@ -192,16 +195,24 @@ void printJson(const ProbeOptions& options, const Findings& findings) {
   std::printf("%s\n", text.c_str());
 }
 
+// A full device shows only now.
+void flushStandardOutput() {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return;
+  throw OutputError(std::string("cannot write standard output: ") + std::strerror(errno));
+}
+
 }  // namespace
 
 ExitCode run(const ProbeOptions& options, Console& console) {
   const Findings findings = probe(options, console);
   if (options.json) printJson(options, findings);
   if (findings.services.empty()) {
+    flushStandardOutput();
     console.error("there are no subtitles in '" + options.input.path + "'");
     return kFailed;
   }
   if (!options.json) printTable(findings);
+  flushStandardOutput();
   return kDone;
 }
 

@@ -1,3 +1,4 @@
+#include "cues/cue_time.h"
 #include "files/cue_track.h"
 #include "files/frames/frame_files.h"
 #include "readers/open_input.h"
@@ -24,6 +25,7 @@ class Rendering {
  private:
   std::unique_ptr<ServiceSession> makeSession(const Service& service);
   std::unique_ptr<IPlayableFile> openFile(const Service& service) const;
+  void warnPastTheEnd(std::uint32_t program);
 
   MediaTime start(std::uint32_t program) const {
     return input_.reader->startTime(program).value_or(0);
@@ -46,10 +48,22 @@ ExitCode Rendering::run() {
       },
       [this](const Service& service, const StreamInfo&) { return makeSession(service); }, console_);
   pass.run();
-  if (!pass.sessions().empty()) return kDone;
+  if (!pass.sessions().empty()) {
+    warnPastTheEnd(pass.sessions().front()->service().program);
+    return kDone;
+  }
   console_.error("no subtitles to draw are shown in '" + options_.input.path +
                  "'; 'txsub probe' lists what there is");
   return kFailed;
+}
+
+// A picture may stay longer than the recording; a time far behind it is more likely a mistake.
+void Rendering::warnPastTheEnd(std::uint32_t program) {
+  const MediaTime end = duration(program);
+  if (options_.framesPerSecond || options_.at <= end) return;
+  const auto text = [](MediaTime time) { return cueTimeText(toMilliseconds(time), '.'); };
+  console_.warning("the recording ends at " + text(end) + ", before the moment asked for, " +
+                   text(options_.at));
 }
 
 std::unique_ptr<ServiceSession> Rendering::makeSession(const Service& service) {

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <map>
 
 #include "files/output_file.h"
 #include "files/output_template.h"
@@ -30,15 +29,15 @@ constexpr const char* kExamples =
     "  txsub convert report.jsonl --page 1 --mode webvtt -o out.jsonl\n"
     "                                                 exactly what the filter delivers";
 
-const std::map<std::string, TextMode> kModes = {
+const std::vector<std::pair<std::string, TextMode>> kModes = {
     {"webvtt", TextMode::WebVtt}, {"srt", TextMode::Srt}, {"ttml", TextMode::Ttml}};
 
-const std::map<std::string, OutputKind> kKinds = {{"file", OutputKind::Playable},
-                                                  {"samples", OutputKind::Samples},
-                                                  {"pictures", OutputKind::Pictures}};
+const std::vector<std::pair<std::string, OutputKind>> kKinds = {{"file", OutputKind::Playable},
+                                                                {"samples", OutputKind::Samples},
+                                                                {"pictures", OutputKind::Pictures}};
 
-const std::map<std::string, PictureStorage> kStorages = {{"embedded", PictureStorage::Embedded},
-                                                         {"files", PictureStorage::Files}};
+const std::vector<std::pair<std::string, PictureStorage>> kStorages = {
+    {"embedded", PictureStorage::Embedded}, {"files", PictureStorage::Files}};
 
 struct Extension {
   std::string_view name;
@@ -109,31 +108,24 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
                    "format: .vtt, .srt, .ttml or .xml; .jsonl is what the filter would deliver; a "
                    "directory takes pictures")
       ->type_name("OUTPUT");
-  command_->add_option("--mode", mode_, "Format: webvtt, srt or ttml")
-      ->transform(CLI::CheckedTransformer(kModes, CLI::ignore_case).description(""))
-      ->type_name("MODE");
-  command_
-      ->add_option("--as", kind_,
-                   "file: one that players show; samples: exactly what the filter would deliver; "
-                   "pictures: a directory of PNG files with their times in index.json and a page "
-                   "that shows them, index.html")
-      ->transform(CLI::CheckedTransformer(kKinds, CLI::ignore_case).description(""))
+  addChoice(*command_, "--mode", mode_, kModes, "Format: webvtt, srt or ttml")->type_name("MODE");
+  addChoice(*command_, "--as", kind_, kKinds,
+            "file: one that players show; samples: exactly what the filter would deliver; "
+            "pictures: a directory of PNG files with their times in index.json and a page "
+            "that shows them, index.html")
       ->type_name("KIND");
   service_.addTo(*command_);
   addRules(*command_, options_.rules);
-  command_
-      ->add_option("--duration", options_.durationMs,
-                   "Segment duration of samples in milliseconds: an unchanged document is repeated "
-                   "after it, with 0 at every unit of the stream")
+  addNumber(*command_, "--duration", options_.durationMs, 0, 86'400'000,
+            "Segment duration of samples in milliseconds: an unchanged document is repeated "
+            "after it, with 0 at every unit of the stream")
       ->type_name("MS")
-      ->capture_default_str();
+      ->default_str("2000");
   command_->add_flag("--ebu-tt", options_.ebuTt,
                      "Write TTML as EBU-TT (files that players show: EBU-TT-D)");
-  command_
-      ->add_option("--images", options_.pictures,
-                   "Pictures in TTML. embedded: within the document (SMPTE-TT); files: PNG files "
-                   "beside it (IMSC 1)")
-      ->transform(CLI::CheckedTransformer(kStorages, CLI::ignore_case).description(""))
+  addChoice(*command_, "--images", options_.pictures, kStorages,
+            "Pictures in TTML. embedded: within the document (SMPTE-TT); files: PNG files "
+            "beside it (IMSC 1)")
       ->type_name("WHERE");
   command_->add_flag("--plain", options_.plain, "Write SRT without colours, italics and places");
   command_->add_flag("--absolute", options_.absolute,
@@ -145,21 +137,25 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
   command_
       ->add_option("--name", options_.customName, "With a template: what ${customName} stands for")
       ->type_name("NAME");
-  command_
-      ->add_flag("--stats{text}", statistics_,
-                 "At the end print what passed through each conversion, to standard error; "
-                 "--stats=json for programs")
-      ->check(CLI::IsMember({"text", "json"}).description(""));
+  command_->add_flag("--stats{text}", statistics_,
+                     "At the end print what passed through each conversion, to standard error; "
+                     "--stats=json for programs");
   command_->footer(footer(kExamples));
 }
 
 Command ConvertSubcommand::settle() {
   options_.input = input_.settle();
   options_.query = service_.settle();
+  if (command_->count("--output") != 0 && output_.empty()) {
+    throw usageError("--output", "name a file, or '-' for standard output");
+  }
   if (options_.all && output_.empty()) {
     throw usageError("--all", "name the directory for the files with -o DIR");
   }
   if (!statistics_.empty()) {
+    if (statistics_ != "text" && statistics_ != "json") {
+      throw usageError("--stats", "'" + statistics_ + "' is not text or json");
+    }
     options_.statistics = statistics_ == "json" ? StatisticsFormat::Json : StatisticsFormat::Text;
   }
   checkTemplate();

@@ -47,6 +47,15 @@ FrameSize parseSize(const std::string& text) {
   throw usageError("--size", "'" + text + "' is no frame size such as 1920x1080");
 }
 
+double parseRate(const std::string& text) {
+  double rate = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rate);
+  if (error == std::errc() && end == text.data() + text.size() && rate >= 0.1 && rate <= 240) {
+    return rate;
+  }
+  throw usageError("--frames", "'" + text + "' is no rate from 0.1 to 240 frames a second");
+}
+
 class RenderSubcommand final : public ISubcommand {
  public:
   explicit RenderSubcommand(CLI::App& program)
@@ -62,9 +71,8 @@ class RenderSubcommand final : public ISubcommand {
                                 "seconds or [H:]M:S, with a fraction")
                    ->type_name("TIME");
     auto* frames = command_
-                       ->add_option("--frames", options_.framesPerSecond,
+                       ->add_option("--frames", rate_,
                                     "Draw raw frames of the whole recording, so many a second")
-                       ->check(CLI::Range(0.1, 240.0))
                        ->type_name("RATE")
                        ->excludes(at);
     auto* size = command_->add_option("--size", size_, "Pixels of a frame (default 1920x1080)")
@@ -86,9 +94,10 @@ class RenderSubcommand final : public ISubcommand {
     options_.input = input_.settle();
     options_.query = service_.settle();
     if (!size_.empty()) options_.size = parseSize(size_);
+    if (!rate_.empty()) options_.framesPerSecond = parseRate(rate_);
     if (!at_.empty()) {
       options_.at = parseTime(at_);
-    } else if (!options_.framesPerSecond) {
+    } else if (rate_.empty()) {
       throw usageError("--at", "name the moment with --at TIME, or a rate with --frames RATE");
     }
     return options_;
@@ -102,6 +111,7 @@ class RenderSubcommand final : public ISubcommand {
   // As typed.
   std::string at_;
   std::string size_;
+  std::string rate_;
 };
 
 }  // namespace

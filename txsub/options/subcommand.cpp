@@ -21,9 +21,9 @@ constexpr const char* kInputs =
     "packets), an .scc file, recorded samples (.jsonl), or any other recording that libavformat\n"
     "opens (MP4, MOV, MKV, MXF ...). '-' reads standard input.";
 
-const std::map<std::string, log::Level> kLevels = {{"error", log::Level::Error},
-                                                   {"warning", log::Level::Warning},
-                                                   {"info", log::Level::Information}};
+const std::vector<std::pair<std::string, log::Level>> kLevels = {{"error", log::Level::Error},
+                                                                 {"warning", log::Level::Warning},
+                                                                 {"info", log::Level::Information}};
 
 // "CC3" and "3" are caption service 3; "888" is teletext magazine 8, page 88.
 std::uint32_t parsePage(const std::string& text) {
@@ -65,10 +65,8 @@ void InputArguments::addTo(CLI::App& command) {
                   "be given more than once")
       ->allow_extra_args(false)
       ->type_name("SINK");
-  command
-      .add_option("--log-level", logLevel_,
-                  "The most detailed messages that logs get: error, warning or info (default)")
-      ->transform(CLI::CheckedTransformer(kLevels, CLI::ignore_case).description(""))
+  addChoice(command, "--log-level", logLevel_, kLevels,
+            "The most detailed messages that logs get: error, warning or info (default)")
       ->type_name("LEVEL");
 }
 
@@ -97,29 +95,44 @@ void ServiceArguments::addTo(CLI::App& command) {
       ->type_name("CODE");
   command.add_flag("--hearing-impaired", query_.hearingImpaired,
                    "With --language: the page for hearing-impaired viewers");
-  command
-      .add_option("--page-option", query_.pageOption,
-                  "Character-set group of teletext (default: by language)")
-      ->check(CLI::IsMember({0, 1, 2, 3, 4, 6, 8, 10}))
+  addChoice(
+      command, "--page-option", query_.pageOption,
+      {{"0", 0U}, {"1", 1U}, {"2", 2U}, {"3", 3U}, {"4", 4U}, {"6", 6U}, {"8", 8U}, {"10", 10U}},
+      "Character-set group of teletext (default: by language)")
       ->type_name("N");
 }
 
 ServiceQuery ServiceArguments::settle() const {
   ServiceQuery query = query_;
   if (!page_.empty()) query.page = parsePage(page_);
+  if (query.hearingImpaired && query.language.empty()) {
+    throw usageError("--hearing-impaired", "goes with --language, as in --language swe");
+  }
   return query;
 }
 
 void addRules(CLI::App& command, RulesOption& rules) {
   using encoding::subtitling::DisplayRules;
-  static const std::map<std::string, DisplayRules> kRules = {{"receiver", DisplayRules::Receiver},
-                                                             {"filter", DisplayRules::Filter}};
-  command
-      .add_option("--rules", rules,
-                  "receiver: what a television shows, by the standards (default for recordings); "
-                  "filter: what the filter's documents show (default for recorded samples)")
-      ->transform(CLI::CheckedTransformer(kRules, CLI::ignore_case).description(""))
+  addChoice(command, "--rules", rules,
+            {{"receiver", DisplayRules::Receiver}, {"filter", DisplayRules::Filter}},
+            "receiver: what a television shows, by the standards (default for recordings); "
+            "filter: what the filter's documents show (default for recorded samples)")
       ->type_name("RULES");
+}
+
+CLI::Option* addNumber(CLI::App& command, const std::string& name, std::uint32_t& target,
+                       std::uint32_t least, std::uint32_t most, const std::string& description) {
+  return command.add_option_function<std::string>(
+      name,
+      [=, &target](const std::string& text) {
+        const auto number = parseNumber(text, 10);
+        if (!number || *number < least || *number > most) {
+          throw usageError(name, "'" + text + "' is no whole number from " + std::to_string(least) +
+                                     " to " + std::to_string(most));
+        }
+        target = *number;
+      },
+      description);
 }
 
 std::string footer(std::string_view examples) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "txsub/options/options.h"
@@ -34,6 +35,25 @@ std::unique_ptr<ISubcommand> addPreview(CLI::App& program);
 /// Gives a program its --version, and its name to what it says of wrong usage.
 void introduce(CLI::App& program);
 
+/// A wrong value or combination, in the words that the user reads.
+CLI::ValidationError usageError(const std::string& option, const std::string& message);
+
+/// A whole number of a base, with nothing after it.
+std::optional<std::uint32_t> parseNumber(std::string_view text, int base);
+
+/// Only A to Z change.
+std::string lowerCase(std::string text);
+
+/// What an option's target holds.
+template <class Target>
+struct ValueOf {
+  using type = Target;
+};
+template <class Value>
+struct ValueOf<std::optional<Value>> {
+  using type = Value;
+};
+
 /// The options that every subcommand has.
 class InputArguments {
  public:
@@ -59,6 +79,29 @@ class ServiceArguments {
   ServiceQuery query_;
   std::string page_;
 };
+
+/// Adds an option that takes one of a few words, in any case.
+template <class Target>
+CLI::Option* addChoice(
+    CLI::App& command, const std::string& name, Target& target,
+    const std::vector<std::pair<std::string, typename ValueOf<Target>::type>>& choices,
+    const std::string& description) {
+  return command.add_option_function<std::string>(
+      name,
+      [&target, choices, name](const std::string& text) {
+        std::string words;
+        for (const auto& [word, value] : choices) {
+          if (word == lowerCase(text)) return void(target = value);
+          words += (words.empty() ? "" : word == choices.back().first ? " or " : ", ") + word;
+        }
+        throw usageError(name, "'" + text + "' is not " + words);
+      },
+      description);
+}
+
+/// Adds an option that takes a whole number of a range.
+CLI::Option* addNumber(CLI::App& command, const std::string& name, std::uint32_t& target,
+                       std::uint32_t least, std::uint32_t most, const std::string& description);
 
 /// Adds --rules.
 void addRules(CLI::App& command, RulesOption& rules);
@@ -94,14 +137,5 @@ class PlainSubcommand final : public ISubcommand {
   InputArguments input_;
   Options options_;
 };
-
-/// A wrong value or combination, in the words that the user reads.
-CLI::ValidationError usageError(const std::string& option, const std::string& message);
-
-/// A whole number of a base, with nothing after it.
-std::optional<std::uint32_t> parseNumber(std::string_view text, int base);
-
-/// Only A to Z change.
-std::string lowerCase(std::string text);
 
 }  // namespace korr::txsub
