@@ -13,6 +13,9 @@ packages="
   libtesseract-dev libhunspell-dev tesseract-ocr-eng hunspell-en-us
 "
 
+# Any Node.js will do; Debian's where there is none.
+command -v npm >/dev/null || packages="$packages nodejs npm"
+
 missing=""
 for package in $packages; do
   status=$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null || true)
@@ -36,3 +39,11 @@ if [ -n "$missing" ]; then
 fi
 
 scripts/fetch-tinyxml.sh
+
+# What tests take from npm, in the versions of the lock file.
+installed=tests/tools/node_modules/.package-lock.json
+if [ ! "$installed" -nt tests/tools/package-lock.json ]; then
+  echo "setup: installing the packages of tests/tools"
+  npm ci --silent --no-audit --no-fund --prefix tests/tools
+  touch "$installed"
+fi

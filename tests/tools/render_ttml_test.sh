@@ -5,22 +5,18 @@ set -eu
 txsub=$1
 directory=$2
 screenshots=${3:-}
-imsc_version=1.1.5
 
 skip() {
   echo "skipped: $1"
   exit 77
 }
 
-for tool in node npm chromium; do
+for tool in node chromium; do
   command -v "$tool" >/dev/null || skip "$tool is not installed"
 done
+imsc=tests/tools/node_modules/imsc/dist/imsc.all.min.js
+[ -f "$imsc" ] || skip "scripts/setup.sh has not installed imsc"
 mkdir -p "$directory"
-imsc=$directory/node_modules/imsc/dist/imsc.all.min.js
-if [ ! -f "$imsc" ]; then
-  npm install --silent --no-audit --no-fund --prefix "$directory" "imsc@$imsc_version" ||
-    skip "the npm registry gives no imsc $imsc_version"
-fi
 
 add() { # NAME INPUT [OPTION...]
   name=$1
