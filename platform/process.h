@@ -8,6 +8,7 @@ namespace korr::platform::inline v2_1 {
 /// The machine's name as the network knows it, "-" when it has none. ASCII without blanks.
 std::string hostName();
 
+/// Tells the processes of a machine apart.
 unsigned long processId();
 
 }  // namespace korr::platform::inline v2_1

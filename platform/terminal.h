@@ -22,8 +22,9 @@ unsigned errorTerminalWidth();
 /// instead of the end of the program.
 void prepareStandardStreams();
 
-/// From now on the first Ctrl-C (or polite request to end) only sets a flag; a second one ends the
-/// program as usual.
+/// From now on the first Ctrl-C, polite request to end or closing of the terminal only sets a flag;
+/// a second one ends the program as usual. What the caller of the program has it ignore (nohup)
+/// stays ignored.
 void catchInterrupts();
 
 /// Whether the user has asked to stop. Any thread.
@@ -31,8 +32,5 @@ bool isInterrupted();
 
 /// fopen for any path; `mode` as there.
 std::FILE* openFile(const std::filesystem::path& path, const char* mode);
-
-/// Tells processes apart, for names of temporary files.
-unsigned long processId();
 
 }  // namespace korr::platform

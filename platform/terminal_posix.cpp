@@ -43,8 +43,11 @@ void catchInterrupts() {
   action.sa_handler = onInterrupt;
   // Reset: the second signal ends the program. No restart: a read that waits for a pipe returns.
   action.sa_flags = static_cast<int>(SA_RESETHAND);
-  ::sigaction(SIGINT, &action, nullptr);
-  ::sigaction(SIGTERM, &action, nullptr);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction before {};
+    ::sigaction(signal, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
+  }
 }
 
 bool isInterrupted() {
@@ -53,10 +56,6 @@ bool isInterrupted() {
 
 std::FILE* openFile(const std::filesystem::path& path, const char* mode) {
   return std::fopen(path.c_str(), mode);
-}
-
-unsigned long processId() {
-  return static_cast<unsigned long>(::getpid());
 }
 
 }  // namespace korr::platform

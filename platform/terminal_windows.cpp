@@ -15,8 +15,12 @@ namespace {
 std::atomic<bool> interrupted = false;
 
 BOOL WINAPI onControl(DWORD event) {
-  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
-  return interrupted.exchange(true) ? FALSE : TRUE;
+  const bool isSecond = interrupted.exchange(true);
+  if (event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT) return isSecond ? FALSE : TRUE;
+  // The window closes, or the user goes: the system ends the program as soon as this returns, or
+  // after five seconds, in which it can complete its output and end by itself.
+  ::Sleep(INFINITE);
+  return TRUE;
 }
 
 std::string toUtf8(const wchar_t* text) {
@@ -72,10 +76,6 @@ bool isInterrupted() {
 std::FILE* openFile(const std::filesystem::path& path, const char* mode) {
   const std::wstring wideMode(mode, mode + std::char_traits<char>::length(mode));
   return ::_wfopen(path.c_str(), wideMode.c_str());
-}
-
-unsigned long processId() {
-  return ::GetCurrentProcessId();
 }
 
 }  // namespace korr::platform
