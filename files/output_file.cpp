@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/process.h"
 #include "platform/terminal.h"
 
 namespace korr::txsub {
@@ -25,6 +26,16 @@ fs::path temporaryBeside(const fs::path& target) {
     name.resize(size);
   }
   return target.parent_path() / pathFromUtf8(name + suffix);
+}
+
+/// The file that a link names, also where there is none yet.
+fs::path behindLinks(fs::path path) {
+  constexpr int kMostLinks = 40;  // links may form a ring
+  std::error_code error;
+  for (int i = 0; i < kMostLinks && fs::is_symlink(path, error); ++i) {
+    path = path.parent_path() / fs::read_symlink(path, error);
+  }
+  return path;
 }
 
 }  // namespace
@@ -48,7 +59,7 @@ OutputFile::OutputFile(const std::string& path) : name_('\'' + path + '\'') {
     return;
   }
   // A link stays a link: the file that it names is replaced.
-  if (fs::is_symlink(target, ignored)) target = fs::weakly_canonical(target, ignored);
+  target = behindLinks(target);
   final_ = target;
   temporary_ = temporaryBeside(target);
   file_ = platform::openFile(temporary_, "wb");
