@@ -101,9 +101,7 @@ InputSample parseSample(std::string_view line) {
   const Json object =
       parseObject(line, {"data", "start", "stop", "sync", "discontinuity", "format"});
   InputSample sample;
-  auto data = optionalBytes(object, "data");
-  if (!data) refuse("\"data\" is missing");
-  sample.data = std::move(*data);
+  if (auto data = optionalBytes(object, "data")) sample.data = std::move(*data);
   const auto start = optionalTime(object, "start");
   const auto stop = optionalTime(object, "stop");
   if (start.has_value() != stop.has_value()) {
