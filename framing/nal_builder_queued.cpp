@@ -1,6 +1,7 @@
 #include "framing/nal_builder_queued.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace korr::encoding::packaging::lib_parse_es::inline v2_1 {
 
@@ -16,10 +17,24 @@ std::size_t lengthOf(const IMediaItem& item) {
 Result NALBuilderQueued::push(std::shared_ptr<const IMediaItem> item) {
   // The item joins the queue before the listener can throw, so that it is never lost.
   UniqueNAL complete;
-  if (!pending_.empty() && item->startFlag()) complete = assemble();
+  if (item->startFlag()) {
+    isDropping_ = false;
+    if (!pending_.empty()) complete = assemble();
+  }
+  if (isDropping_) return kOk;
+  pendingBytes_ += lengthOf(*item);
   pending_.push_back(std::move(item));
   if (complete) deliver(std::move(complete));
+  if (pendingBytes_ > kMostBytes || pending_.size() > kMostSamples) drop();
   return kOk;
+}
+
+void NALBuilderQueued::drop() {
+  pending_.clear();
+  pendingBytes_ = 0;
+  isDropping_ = true;
+  throw std::length_error(
+      "No sample begins a new unit; what has piled up is dropped, up to the next that does");
 }
 
 void NALBuilderQueued::endOfStream() {
@@ -41,6 +56,7 @@ UniqueNAL NALBuilderQueued::assemble() {
   for (bool isFirst = true; !pending_.empty(); isFirst = false) {
     const auto item = std::move(pending_.front());
     pending_.pop_front();
+    pendingBytes_ -= lengthOf(*item);
     const std::uint8_t* data = nullptr;
     if (failed(item->payload(data))) return nullptr;
     if (isFirst) unit->takeTimeAndFlags(*item);

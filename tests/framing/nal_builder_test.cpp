@@ -98,6 +98,38 @@ TEST_F(QueuedBuilder, DropsAUnitWithoutPayloadAndTakesNoBytesOfANegativeLength) 
   EXPECT_THAT(listener.payloads, ElementsAre("c"));
 }
 
+TEST_F(QueuedBuilder, DropsAUnitThatNeverEndsAndSaysSoOnce) {
+  using Builder = NALBuilderQueued;
+  const auto fill = [this](const std::shared_ptr<MemoryItem>& item, std::size_t count) {
+    int complaints = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      try {
+        builder.push(item);
+      } catch (const std::length_error&) {
+        ++complaints;
+      }
+    }
+    return complaints;
+  };
+  const std::string megabyte(1 << 20, 'x');
+  const auto large = continuingItem(megabyte);
+  const auto empty = continuingItem("");
+  builder.push(startItem("lost"));
+  EXPECT_EQ(fill(large, 20), 1);
+  EXPECT_EQ(large.use_count(), 1);
+  builder.push(startItem("kept"));
+  EXPECT_EQ(fill(empty, Builder::kMostSamples - 1), 0);
+  builder.push(startItem("lost"));
+  EXPECT_EQ(fill(empty, Builder::kMostSamples + 10), 1);
+  EXPECT_EQ(empty.use_count(), 1);
+  builder.push(startItem("largest"));
+  EXPECT_EQ(fill(large, Builder::kMostBytes / megabyte.size() - 1), 0);
+  builder.endOfStream();
+  ASSERT_EQ(listener.payloads.size(), 2U);
+  EXPECT_EQ(listener.payloads[0], "kept");
+  EXPECT_EQ(listener.payloads[1].size(), 7 + 3 * megabyte.size());
+}
+
 TEST_F(QueuedBuilder, LetsGoOfSamplesWithTheirUnit) {
   const auto item = startItem("a");
   builder.push(item);
