@@ -8,13 +8,16 @@
 
 namespace korr::txsub {
 
-FileSource::FileSource(const std::string& path)
-    : name_(path == "-" ? "standard input" : '\'' + path + '\'') {
+std::string inputName(const std::string& path) {
+  return path == "-" ? "standard input" : '\'' + path + '\'';
+}
+
+FileSource::FileSource(const std::string& path) {
   try {
     file_ =
         path == "-" ? platform::openStandardInput() : platform::openByteFile(pathFromUtf8(path));
   } catch (const std::system_error& error) {
-    throw util::TessaryException("cannot read " + name_ + ": " + error.code().message());
+    throw util::TessaryException("cannot read " + inputName(path) + ": " + error.code().message());
   }
 }
 
@@ -30,23 +33,20 @@ std::size_t FileSource::read(std::uint8_t* buffer, std::size_t size) {
   return ahead;
 }
 
-std::span<const std::uint8_t> FileSource::peek(std::size_t size) {
-  std::size_t filled = ahead_.size();
-  ahead_.resize(std::max(filled, aheadUsed_ + size));
-  while (filled < ahead_.size()) {
-    const std::size_t count = readFile(std::span(ahead_).subspan(filled));
-    if (count == 0) break;
-    filled += count;
-  }
-  ahead_.resize(filled);
-  return std::span(ahead_).subspan(aheadUsed_);
+bool FileSource::lookAhead() {
+  constexpr std::size_t kPiece = 64 * 1024;
+  const std::size_t filled = ahead_.size();
+  ahead_.resize(filled + kPiece);
+  const std::size_t count = readFile(std::span(ahead_).subspan(filled));
+  ahead_.resize(filled + count);
+  return count != 0;
 }
 
 std::size_t FileSource::readFile(std::span<std::uint8_t> buffer) {
   try {
     return file_->read(buffer);
   } catch (const std::system_error& error) {
-    throw util::TessaryException("cannot read " + name_ + ": " + error.code().message());
+    throw util::TessaryException(error.code().message());
   }
 }
 

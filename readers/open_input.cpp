@@ -38,6 +38,47 @@ bool looksLikeSamples(Bytes start) {
   return first != std::string_view::npos && text[first] == '{';
 }
 
+/// How containers begin that are no transport streams, whatever their content looks like.
+struct Magic {
+  std::size_t at;
+  std::string_view bytes;
+};
+constexpr Magic kContainers[] = {
+    {4, "ftyp"},
+    {4, "moov"},
+    {4, "mdat"},
+    {4, "moof"},
+    {4, "styp"},  // ISO/IEC 14496-12
+    {4, "free"},
+    {4, "skip"},
+    {4, "wide"},
+    {4, "pnot"},              // QuickTime
+    {0, "\x1A\x45\xDF\xA3"},  // Matroska, WebM: EBML
+    {0, "\x06\x0E\x2B\x34"},  // MXF: SMPTE ST 377-1
+    {0, "\x30\x26\xB2\x75"},  // ASF
+    {0, "RIFF"},
+    {0, "FLV"},
+    {0, "OggS"},
+};
+
+bool looksLikeContainer(Bytes start) {
+  const std::string_view text = asText(start);
+  return std::ranges::any_of(kContainers, [&](const Magic& magic) {
+    return text.size() > magic.at && text.substr(magic.at).starts_with(magic.bytes);
+  });
+}
+
+/// Looks ahead no farther than it takes to tell: a slow pipe must not wait for more.
+bool isTransportStream(FileSource& source) {
+  if (looksLikeContainer(source.ahead())) return false;
+  for (bool isMore = true; isMore && source.ahead().size() < kTsProbeSize;) {
+    if (looksLikeTransportStream(source.ahead(), false)) return true;
+    isMore = source.lookAhead();
+    if (!isMore) return looksLikeTransportStream(source.ahead(), true);
+  }
+  return looksLikeTransportStream(source.ahead(), false);
+}
+
 bool looksLikeScc(Bytes start) {
   return withoutMark(asText(start)).starts_with(SccReader::kHeader.substr(0, 10));
 }
@@ -58,7 +99,9 @@ std::unique_ptr<IMediaReader> openOther(const std::string& path, std::unique_ptr
 
 OpenedInput openSource(const std::string& path, std::unique_ptr<FileSource> source,
                        const ReaderOptions& options) {
-  const Bytes start = source->peek(kTextProbeSize);
+  while (source->ahead().size() < kTextProbeSize && source->lookAhead()) {
+  }
+  const Bytes start = source->ahead();
   if (start.empty()) throw util::TessaryException("it is empty");
   if (looksLikeSamples(start)) {
     return {.format = InputFormat::RecordedSamples,
@@ -68,7 +111,7 @@ OpenedInput openSource(const std::string& path, std::unique_ptr<FileSource> sour
     return {.format = InputFormat::Scc,
             .reader = std::make_unique<SccReader>(std::move(source), options)};
   }
-  if (looksLikeTransportStream(source->peek(kTsProbeSize))) {
+  if (isTransportStream(*source)) {
     return {.format = InputFormat::TransportStream,
             .reader = std::make_unique<TsReader>(std::move(source), options)};
   }
@@ -79,11 +122,10 @@ OpenedInput openSource(const std::string& path, std::unique_ptr<FileSource> sour
 
 OpenedInput openInput(const std::string& path, const ReaderOptions& options) {
   auto source = std::make_unique<FileSource>(path);
-  const std::string name = source->name();
   try {
     return openSource(path, std::move(source), options);
   } catch (const util::TessaryException& error) {
-    throw util::TessaryException("cannot read " + name + ": " + error.what());
+    throw util::TessaryException("cannot read " + inputName(path) + ": " + error.what());
   }
 }
 

@@ -27,7 +27,7 @@ class RecordingLogger final : public log::ILogger {
 };
 
 /// Wants every stream and keeps all that is reported.
-class RecordingListener final : public txsub::IReaderListener {
+class RecordingListener : public txsub::IReaderListener {
  public:
   bool onStream(const txsub::StreamInfo& stream) override {
     streams.push_back(stream);
@@ -56,7 +56,7 @@ template <class Reader>
 struct Reading {
   template <class Input>
   explicit Reading(Input input, txsub::ReaderOptions options = {})
-      : reader(std::move(input), {.pid = options.pid, .logger = &logger}) {
+      : reader(std::move(input), logged(options, logger)) {
     while (reader.read(listener)) {
     }
   }
@@ -64,6 +64,12 @@ struct Reading {
   RecordingLogger logger;
   RecordingListener listener;
   Reader reader;
+
+ private:
+  static txsub::ReaderOptions logged(txsub::ReaderOptions options, RecordingLogger& logger) {
+    options.logger = &logger;
+    return options;
+  }
 };
 
 /// Bytes in memory, given out at most `most` at a time.
@@ -74,8 +80,12 @@ class MemorySource final : public txsub::IByteSource {
   explicit MemorySource(std::span<const std::uint8_t> bytes, std::size_t most = SIZE_MAX)
       : bytes_(bytes.begin(), bytes.end()), most_(most) {}
 
+  /// Where there would be an end, reading fails.
+  void breakAtEnd() { breaks_ = true; }
+
   std::size_t read(std::uint8_t* buffer, std::size_t size) override {
     const std::size_t count = std::min({size, most_, bytes_.size() - position_});
+    if (count == 0 && breaks_) throw util::TessaryException("the disk is gone");
     std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(position_), count, buffer);
     position_ += count;
     return count;
@@ -85,6 +95,7 @@ class MemorySource final : public txsub::IByteSource {
  private:
   std::string bytes_;
   std::size_t most_;
+  bool breaks_ = false;
   std::size_t position_ = 0;
 };
 

@@ -20,9 +20,12 @@ bool isHeader(const std::uint8_t* bytes) {
 }
 
 /// Whether packets follow each other from `at` on; at the end of the input a few must do.
-bool packetsFollow(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t distance) {
+bool packetsFollow(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t distance,
+                   bool isEnd) {
   for (std::size_t i = 0; i < kPacketsForSync; ++i, at += distance) {
-    if (at + kTsPacketSize > bytes.size()) return i >= 2 || (i == 1 && at >= bytes.size());
+    if (at + kTsPacketSize > bytes.size()) {
+      return isEnd && (i >= 2 || (i == 1 && at >= bytes.size()));
+    }
     if (!isHeader(bytes.data() + at)) return false;
   }
   return true;
@@ -30,10 +33,11 @@ bool packetsFollow(std::span<const std::uint8_t> bytes, std::size_t at, std::siz
 
 /// The distance of the packets that follow each other from `at` on, best `preferred`; 0 when none
 /// do.
-std::size_t distanceAt(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t preferred) {
-  if (preferred != 0 && packetsFollow(bytes, at, preferred)) return preferred;
-  const auto found = std::ranges::find_if(
-      kDistances, [&](std::size_t distance) { return packetsFollow(bytes, at, distance); });
+std::size_t distanceAt(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t preferred,
+                       bool isEnd) {
+  const auto fits = [&](std::size_t distance) { return packetsFollow(bytes, at, distance, isEnd); };
+  if (preferred != 0 && fits(preferred)) return preferred;
+  const auto found = std::ranges::find_if(kDistances, fits);
   return found == kDistances.end() ? 0 : *found;
 }
 
@@ -47,19 +51,18 @@ bool TsFraming::search(std::span<const std::uint8_t> bytes, std::size_t& at, boo
     lastDistance_ = std::exchange(distance_, 0);
   }
   while (at < bytes.size()) {
-    if (!isEnd && at + kSyncReach > bytes.size()) return false;
     const void* const sync = std::memchr(bytes.data() + at, kTsSyncByte, bytes.size() - at);
     if (!sync) {
       at = bytes.size();
       break;
     }
     at = static_cast<std::size_t>(static_cast<const std::uint8_t*>(sync) - bytes.data());
-    if (!isEnd && at + kSyncReach > bytes.size()) return false;
-    distance_ = distanceAt(bytes, at, lastDistance_);
+    distance_ = distanceAt(bytes, at, lastDistance_, isEnd);
     if (distance_ != 0) {
       reportGap(offset + at);
       return true;
     }
+    if (!isEnd && at + kSyncReach > bytes.size()) return false;
     ++at;
   }
   if (isEnd) reportGap(offset + bytes.size());
@@ -75,9 +78,9 @@ void TsFraming::reportGap(std::uint64_t found) {
                 lostAt_, count);
 }
 
-bool looksLikeTransportStream(std::span<const std::uint8_t> start) {
+bool looksLikeTransportStream(std::span<const std::uint8_t> start, bool isEnd) {
   std::size_t at = 0;
-  return TsFraming().next(start, at, true, 0) != nullptr;
+  return TsFraming().next(start, at, isEnd, 0) != nullptr;
 }
 
 }  // namespace korr::txsub

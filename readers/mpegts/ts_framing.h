@@ -46,10 +46,11 @@ class TsFraming {
   std::uint64_t lostAt_ = 0;      // offset from which on bytes are passed over
 };
 
-/// Whether a recording that begins so is a transport stream, perhaps after some other bytes.
-bool looksLikeTransportStream(std::span<const std::uint8_t> start);
+/// Whether a recording that begins so is a transport stream, perhaps after some other bytes: five
+/// packets in a row tell, or fewer when the input is no longer (`isEnd`).
+bool looksLikeTransportStream(std::span<const std::uint8_t> start, bool isEnd);
 
-/// How many bytes `looksLikeTransportStream` wants to see where there are as many.
+/// In so many bytes a transport stream shows, in bytes.
 inline constexpr std::size_t kTsProbeSize = 64 * 1024;
 
 }  // namespace korr::txsub

@@ -27,14 +27,21 @@ TsReader::TsReader(std::unique_ptr<IByteSource> source, const ReaderOptions& opt
 
 bool TsReader::read(IReaderListener& listener) {
   demultiplexer_.setListener(listener);
-  if (!std::exchange(isOpen_, true)) open();
-  for (std::size_t i = 0; i < kChunksAtOnce && !input_.isAtEnd(); ++i) {
-    const bool hasMoreWaiting = input_.fill(kChunk) == kChunk;
-    process();
-    if (!hasMoreWaiting) break;  // a slow pipe: do not hold back what came
+  if (!std::exchange(isOpen_, true)) {
+    open();
+  } else {
+    readOn();
   }
   if (input_.isAtEnd()) demultiplexer_.flush();
   return !input_.isAtEnd();
+}
+
+void TsReader::readOn() {
+  for (std::size_t i = 0; i < kChunksAtOnce && !input_.isAtEnd(); ++i) {
+    const bool hasMoreWaiting = input_.fill(kChunk) == kChunk;
+    process();
+    if (!hasMoreWaiting) return;  // a slow pipe: do not hold back what came
+  }
 }
 
 void TsReader::open() {

@@ -29,6 +29,7 @@ class TsReader final : public IMediaReader {
 
  private:
   void open();
+  void readOn();
   void scout();
   void process();
 

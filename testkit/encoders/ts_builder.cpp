@@ -57,11 +57,12 @@ std::uint32_t crc32(std::span<const std::uint8_t> bytes) {
 constexpr std::size_t kPcrField = 8;
 
 /// A section's header around `body`, which begins behind last_section_number.
-Bytes longSection(std::uint8_t tableId, std::uint16_t extension, unsigned version,
+Bytes longSection(std::uint8_t tableId, std::uint16_t extension, TableVersion version,
                   std::span<const std::uint8_t> body) {
   BitWriter bits;
   bits.put(tableId, 8).put(0b1011, 4).put(body.size() + 9, 12).put(extension, 16);
-  bits.put(0b11, 2).put(version, 5).put(1, 1).put(0, 16);
+  bits.put(0b11, 2).put(version.number, 5).put(version.isCurrent, 1);
+  bits.put(version.section, 8).put(version.lastSection, 8);
   Bytes bytes = bits.bytes();
   add(bytes, body);
   return bytes;
@@ -84,7 +85,7 @@ Bytes pesPacket(const Pes& pes, std::span<const std::uint8_t> payload) {
   return packet;
 }
 
-TsBuilder& TsBuilder::pat(std::span<const TsProgram> programs, unsigned version) {
+TsBuilder& TsBuilder::pat(std::span<const TsProgram> programs, TableVersion version) {
   BitWriter body;
   for (const TsProgram& program : programs) {
     body.put(program.number, 16).put(0b111, 3).put(program.pmtPid, 13);
@@ -92,7 +93,7 @@ TsBuilder& TsBuilder::pat(std::span<const TsProgram> programs, unsigned version)
   return section(0x0000, longSection(0x00, 1, version, body.bytes()));
 }
 
-TsBuilder& TsBuilder::pmt(const TsProgram& program, unsigned version) {
+TsBuilder& TsBuilder::pmt(const TsProgram& program, TableVersion version) {
   BitWriter head;
   head.put(0b111, 3).put(program.pcrPid, 13).put(0b1111, 4).put(0, 12);
   Bytes body = head.bytes();
@@ -106,7 +107,7 @@ TsBuilder& TsBuilder::pmt(const TsProgram& program, unsigned version) {
   return section(program.pmtPid, longSection(0x02, program.number, version, body));
 }
 
-TsBuilder& TsBuilder::tables(const TsProgram& program, unsigned version) {
+TsBuilder& TsBuilder::tables(const TsProgram& program, TableVersion version) {
   return pat({&program, 1}, version).pmt(program, version);
 }
 

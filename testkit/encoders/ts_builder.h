@@ -47,15 +47,25 @@ struct TsProgram {
   std::vector<TsStream> streams{};
 };
 
+/// What the header of a section says beside its table.
+struct TableVersion {
+  TableVersion(unsigned versionNumber = 0) : number(versionNumber) {}
+
+  unsigned number;
+  bool isCurrent = true;  ///< current_next_indicator
+  unsigned section = 0;
+  unsigned lastSection = 0;
+};
+
 /// Appends packets of 188 bytes and counts continuity for each PID.
 class TsBuilder {
  public:
   static constexpr std::size_t kPacketBytes = 188;
 
-  TsBuilder& pat(std::span<const TsProgram> programs, unsigned version = 0);
-  TsBuilder& pmt(const TsProgram& program, unsigned version = 0);
+  TsBuilder& pat(std::span<const TsProgram> programs, TableVersion version = {});
+  TsBuilder& pmt(const TsProgram& program, TableVersion version = {});
   /// A PAT and the PMT of the only program.
-  TsBuilder& tables(const TsProgram& program, unsigned version = 0);
+  TsBuilder& tables(const TsProgram& program, TableVersion version = {});
   /// The name of one service in an SDT (EN 300 468, 5.2.3).
   TsBuilder& sdt(std::uint16_t serviceId, std::string_view serviceName);
 

@@ -3,109 +3,21 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <random>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "readers/mpegts/dvb_text.h"
-#include "testkit/encoders/dvb_encoder.h"
-#include "testkit/encoders/ts_builder.h"
-#include "testkit/encoders/video_builder.h"
-#include "testkit/reader_support.h"
+#include "tests/readers/mpegts/ts_reading.h"
 
 namespace korr::txsub {
 namespace {
 
-using encoders::Bytes;
-using encoders::join;
-using encoders::Pes;
-using encoders::pesPacket;
-using encoders::TsBuilder;
-using encoders::TsProgram;
-using encoders::TsStream;
-using encoding::subtitling::kSecond;
-using test_support::MemorySource;
+using namespace ts_test;
 using test_support::RecordingListener;
-using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::Field;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Pointwise;
 using testing::SizeIs;
-
-constexpr std::uint16_t kTeletextPid = 0x34;
-constexpr std::uint16_t kDvbPid = 0x35;
-constexpr std::uint16_t kVideoPid = 0x100;
-constexpr std::uint64_t kWrap = std::uint64_t{1} << 33;
-constexpr std::uint64_t kTicks = 90'000;  // a second
-
-const Bytes kTeletextDescriptor{0x56, 5, 's', 'w', 'e', 0x10, 0x88};
-const Bytes kSubtitlingDescriptor{0x59, 8, 'f', 'r', 'a', 0x10, 0, 1, 0, 1};
-
-TsProgram program() {
-  return {.pcrPid = kVideoPid,
-          .streams = {{.pid = kVideoPid, .type = TsStream::kH264},
-                      {.pid = kTeletextPid, .descriptors = kTeletextDescriptor},
-                      {.pid = kDvbPid, .descriptors = kSubtitlingDescriptor}}};
-}
-
-/// A teletext data field of `units` units, each byte of them `mark`.
-Bytes teletextField(std::size_t units, std::uint8_t mark) {
-  Bytes field{0x10};
-  for (std::size_t i = 0; i < units; ++i) {
-    field.insert(field.end(), {0x03, 0x2C});
-    field.resize(field.size() + 44, mark);
-  }
-  return field;
-}
-
-/// Its PES packet, which fills whole transport packets (EN 300 472, 4.1).
-Bytes teletextPes(std::optional<std::uint64_t> pts, std::uint8_t mark = 'a',
-                  std::size_t packets = 2) {
-  return pesPacket({.streamId = Pes::kPrivateStream1, .pts = pts, .headerDataLength = 0x24},
-                   teletextField(packets * 4 - 1, mark));
-}
-
-Bytes dvbField(std::size_t segmentBytes) {
-  return encoders::DvbEncoder().segment(0x13, Bytes(segmentBytes, 'd')).bytes();
-}
-
-Bytes dvbPes(std::uint64_t pts, const Bytes& field) {
-  return pesPacket({.streamId = Pes::kPrivateStream1, .pts = pts}, field);
-}
-
-Bytes videoPes(std::uint64_t pts, std::string_view text) {
-  return pesPacket(
-      {.pts = pts, .unbounded = true},
-      encoders::encode({.codec = VideoCodec::H264, .triplets = encoders::textTriplets(text)}));
-}
-
-/// The tables of `program`, and its clock at 0.
-TsBuilder beginning() {
-  return TsBuilder().tables(program()).pcr(kVideoPid, 0);
-}
-
-struct Reading : test_support::Reading<TsReader> {
-  explicit Reading(const Bytes& recording, ReaderOptions options = {}, std::size_t most = SIZE_MAX)
-      : test_support::Reading<TsReader>(std::make_unique<MemorySource>(recording, most), options) {}
-
-  /// The samples of one PID.
-  std::vector<InputSample> of(std::uint32_t pid) const {
-    std::vector<InputSample> samples;
-    for (const auto& [id, sample] : listener.samples) {
-      if ((id & 0xFFFF) == pid) samples.push_back(sample);
-    }
-    return samples;
-  }
-  std::vector<double> secondsOf(std::uint32_t pid) const {
-    std::vector<double> times;
-    for (const auto& sample : of(pid)) times.push_back(double(sample.times->start) / kSecond);
-    return times;
-  }
-};
 
 TEST(TsReader, HandsOverWholePayloadsWithTheirTimes) {
   TsBuilder stream;
@@ -152,7 +64,7 @@ TEST(TsReader, ReadsEveryPacketSizeInPiecesOfAnySize) {
       const Reading reading(recording, {}, piece);
       EXPECT_TRUE(reading.listener.samples == plain.listener.samples);
       EXPECT_THAT(reading.logger.lines, IsEmpty());
-      EXPECT_TRUE(looksLikeTransportStream(recording));
+      EXPECT_TRUE(looksLikeTransportStream(recording, false));
     }
   }
 }
@@ -209,66 +121,6 @@ TEST(TsReader, ReadsOnlyThePidThatIsAskedFor) {
   const Reading unlisted(stream.bytes(), {.pid = kDvbPid});
   EXPECT_THAT(unlisted.listener.samples, SizeIs(1));
   EXPECT_THAT(unlisted.of(kDvbPid), SizeIs(1));
-}
-
-TEST(TsReader, TimeGoesOnOverTheWrapOfTheClock) {
-  TsBuilder stream = TsBuilder().tables(program());
-  for (std::uint64_t i = 0; i < 4; ++i) {
-    const std::uint64_t now = kWrap - kTicks + i * kTicks;
-    stream.pcr(kVideoPid, now % kWrap);
-    stream.pes(kTeletextPid, teletextPes((now + kTicks / 2) % kWrap));
-  }
-  const Reading reading(stream.bytes());
-  const double wrap = static_cast<double>(kWrap) / kTicks;
-  EXPECT_THAT(reading.secondsOf(kTeletextPid),
-              Pointwise(DoubleNear(1e-6), {wrap - 0.5, wrap + 0.5, wrap + 1.5, wrap + 2.5}));
-}
-
-TEST(TsReader, TimeGoesOnOverASplice) {
-  TsBuilder stream = TsBuilder().tables(program());
-  const auto second = [&](std::uint64_t base, bool discontinuity) {
-    for (std::uint64_t i = 0; i < 10; ++i) {
-      stream.pcr(kVideoPid, base + i * kTicks / 10, discontinuity && i == 0);
-    }
-    stream.pes(kTeletextPid, teletextPes(base + kTicks));
-  };
-  second(100 * kTicks, false);
-  second(5 * kTicks, true);        // backwards
-  second(80'000 * kTicks, false);  // forwards, and not announced
-  second(80'001 * kTicks, false);
-  const Reading reading(stream.bytes());
-  EXPECT_THAT(reading.secondsOf(kTeletextPid), ElementsAre(101, 102, 103, 104));
-}
-
-TEST(TsReader, AWrongTeletextTimeIsReplacedByThePcr) {
-  TsBuilder stream = TsBuilder().tables(program());
-  stream.pcr(kVideoPid, 100 * kTicks).pes(kTeletextPid, teletextPes(109 * kTicks));
-  stream.pcr(kVideoPid, 101 * kTicks).pes(kTeletextPid, teletextPes(112 * kTicks));
-  stream.pcr(kVideoPid, 102 * kTicks).pes(kTeletextPid, teletextPes({}));
-  stream.pcr(kVideoPid, 103 * kTicks).pes(kTeletextPid, teletextPes(40'000 * kTicks));
-  const Reading reading(stream.bytes());
-  EXPECT_THAT(reading.secondsOf(kTeletextPid), ElementsAre(109, 101, 102, 103));
-  EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("PCR")));
-}
-
-TEST(TsReader, AClockThatStopsIsCarriedOnByThePictures) {
-  TsBuilder stream = TsBuilder().tables(program());
-  for (std::uint64_t i = 0; i < 60; ++i) {
-    if (i < 5 || i >= 50) stream.pcr(kVideoPid, i * kTicks);
-    stream.pes(kVideoPid, videoPes((i + 1) * kTicks, "ab"));
-    if (i % 20 == 19) stream.pes(kTeletextPid, teletextPes((i + 1) * kTicks));
-  }
-  const Reading reading(stream.bytes());
-  EXPECT_THAT(reading.secondsOf(kTeletextPid), ElementsAre(20, 40, 60));
-  EXPECT_EQ(reading.reader.endTime(1), 60 * kSecond);
-}
-
-TEST(TsReader, TimesAreEstimatedWhereThereAreNone) {
-  TsBuilder stream;
-  for (int i = 0; i < 3; ++i) stream.pes(kTeletextPid, teletextPes({}));
-  const Reading reading(stream.bytes());
-  EXPECT_THAT(reading.secondsOf(kTeletextPid), ElementsAre(0, 0.04, 0.08));
-  EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("estimated")));
 }
 
 TEST(TsReader, ALostPacketCostsTheRowsInIt) {
@@ -352,23 +204,6 @@ TEST(TsReader, APidThatBecomesAnotherStreamGetsAnotherName) {
   EXPECT_NE(samples[0].first, samples[1].first);
 }
 
-TEST(TsReader, EveryProgramHasItsOwnStartAndEnd) {
-  TsBuilder stream;
-  const TsProgram first{.pcrPid = 0x100, .streams = {{.pid = 0x100, .type = TsStream::kH264}}};
-  TsProgram second = first;
-  second.number = 2;
-  second.pmtPid = 0x1001;
-  second.pcrPid = second.streams[0].pid = 0x200;
-  stream.pat(std::array{first, second}).pmt(first).pmt(second);
-  stream.pcr(0x100, 9 * kTicks).pes(0x100, videoPes(10 * kTicks, "ab"));
-  stream.pcr(0x200, 4999 * kTicks).pes(0x200, videoPes(5000 * kTicks, "cd"));
-  const Reading reading(stream.bytes());
-  EXPECT_EQ(reading.reader.startTime(1), 10 * kSecond);
-  EXPECT_EQ(reading.reader.endTime(1), 10 * kSecond);
-  EXPECT_EQ(reading.reader.startTime(2), 5000 * kSecond);
-  EXPECT_EQ(reading.reader.startTime(3), std::nullopt);
-}
-
 TEST(TsReader, SurvivesNoise) {
   TsBuilder stream;
   for (std::uint64_t i = 0; i < 30; ++i) {
@@ -400,19 +235,119 @@ TEST(TsReader, NamesTheProgramOnceTheSdtHasCome) {
   EXPECT_EQ(reading.listener.samples.size(), 2u);
 }
 
-TEST(DvbText, ReadsTheTablesThatNamesComeIn) {
-  const auto read = [](std::string_view text) {
-    return dvbTextToUtf8({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-  };
-  using namespace std::string_view_literals;
-  EXPECT_EQ(read(""), "");
-  EXPECT_EQ(read("\x86RTL\x87"), "RTL") << "emphasis is left out";
-  EXPECT_EQ(read("F\xC8ur S\xCFt \xE1 \xA4"), "Für Sť Æ €");
-  EXPECT_EQ(read("\x01\xBF\xD5\xE0\xD2\xEB\xD9"), "Первый");
-  EXPECT_EQ(read("\x10\x00\x01\xC5rs"sv), "Års");
-  EXPECT_EQ(read("\x11\x00T\x00V\x20\xAC"sv), "TV€");
-  EXPECT_EQ(read("\x15Čt"), "Čt");
-  EXPECT_EQ(read("\x05\xFF!"), "�!") << "a table that is not read";
+TEST(TsReader, ScrambledPacketsAreLeftOut) {
+  TsBuilder stream = beginning();
+  stream.pes(kTeletextPid, teletextPes(1 * kTicks));
+  Bytes scrambled = TsBuilder().pes(kTeletextPid, teletextPes(2 * kTicks)).take();
+  for (std::size_t i = 3; i < scrambled.size(); i += TsBuilder::kPacketBytes) {
+    scrambled[i] = static_cast<std::uint8_t>(0x80 | scrambled[i] | (i / 188 + 2));  // counts on
+  }
+  stream.raw(scrambled);
+  stream.raw(TsBuilder().pes(kTeletextPid, teletextPes(3 * kTicks)).take());
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.secondsOf(kTeletextPid), ElementsAre(1, 3));
+  EXPECT_THAT(reading.logger.lines, testing::Contains("PID 0x0034: scrambled; left out"));
+
+  // Where no table names it, content that cannot be read tells nothing.
+  EXPECT_THAT(Reading(scrambled).listener.streams, IsEmpty());
+}
+
+TEST(TsReader, APesPacketEndsWhereItsLengthSays) {
+  TsBuilder stream = beginning();
+  const Bytes odd = pesPacket({.streamId = Pes::kPrivateStream1, .pts = kTicks},
+                              teletextField(7, 'a'));  // ends within a transport packet
+  stream.pes(kTeletextPid, join({odd, Bytes(300, '!')}));
+  stream.pes(kTeletextPid, teletextPes(2 * kTicks, 'b'));
+  const Reading reading(stream.bytes());
+  ASSERT_THAT(reading.of(kTeletextPid), SizeIs(2));
+  EXPECT_EQ(reading.of(kTeletextPid)[0].data, teletextField(7, 'a'));
+}
+
+TEST(TsReader, APesPacketWithoutLengthIsCut) {
+  TsBuilder stream = beginning();
+  stream.pes(kTeletextPid,
+             pesPacket({.streamId = Pes::kPrivateStream1, .pts = kTicks, .unbounded = true},
+                       Bytes(200'000, 0x10)));
+  const Reading reading(stream.bytes());
+  ASSERT_THAT(reading.of(kTeletextPid), SizeIs(1));
+  EXPECT_LE(reading.of(kTeletextPid)[0].data.size(), 0xFFFFU);
+}
+
+TEST(TsReader, DamageMakesNoMoreStreamsThanAMultiplexHas) {
+  TsBuilder stream;
+  for (std::uint16_t pid = 0x100; pid < 0x100 + 600; ++pid) stream.pes(pid, teletextPes(kTicks));
+  EXPECT_THAT(Reading(stream.bytes()).listener.streams, SizeIs(512));
+}
+
+TEST(TsReader, SamplesOfAStreamThatIsNotWantedAreNotMade) {
+  struct Choosy : RecordingListener {
+    bool onStream(const StreamInfo& stream) override {
+      RecordingListener::onStream(stream);
+      return stream.pid == kTeletextPid;
+    }
+  } listener;
+  TsBuilder stream = beginning();
+  for (std::uint64_t i = 1; i <= 3; ++i) {
+    stream.pes(kTeletextPid, teletextPes(i * kTicks)).pes(kDvbPid, dvbPes(i, dvbField(100)));
+  }
+  TsReader reader(std::make_unique<MemorySource>(stream.bytes()), {});
+  while (reader.read(listener)) {
+  }
+  EXPECT_THAT(listener.streams, SizeIs(3));
+  EXPECT_THAT(listener.samples, SizeIs(3));
+}
+
+TEST(TsReader, APictureThatEndsEarlyIsLeftOut) {
+  TsBuilder stream = beginning();
+  const Bytes whole = dvbPes(1 * kTicks, dvbField(1000));
+  stream.pes(kDvbPid, std::span(whole).first(600));  // nothing is missing by the counters
+  stream.pes(kDvbPid, dvbPes(2 * kTicks, dvbField(1000)));
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.secondsOf(kDvbPid), ElementsAre(2));
+  EXPECT_THAT(reading.logger.lines, ElementsAre(HasSubstr("bytes early; left out")));
+}
+
+TEST(TsReader, AStreamCanBeDroppedOnTheWay) {
+  struct Dropping : RecordingListener {
+    TsReader* reader = nullptr;
+
+    void onSample(const StreamInfo& stream, const InputSample& sample) override {
+      RecordingListener::onSample(stream, sample);
+      reader->unselect(stream.id);
+    }
+  } listener;
+  TsBuilder stream = beginning();
+  for (std::uint64_t i = 1; i <= 3; ++i) {
+    stream.pes(kTeletextPid, teletextPes(i * kTicks)).pes(kDvbPid, dvbPes(i, dvbField(100)));
+  }
+  TsReader reader(std::make_unique<MemorySource>(stream.bytes()), {});
+  listener.reader = &reader;
+  while (reader.read(listener)) {
+  }
+  EXPECT_THAT(listener.samples, SizeIs(2)) << "the first of each";
+}
+
+TEST(TsReader, DamageIsReportedAFewTimesOnly) {
+  TsBuilder stream = beginning();
+  for (int i = 0; i < 200; ++i) {
+    Bytes torn = TsBuilder().pes(kDvbPid, dvbPes(kTicks, dvbField(1000))).take();
+    torn.erase(torn.begin() + TsBuilder::kPacketBytes, torn.begin() + 2 * TsBuilder::kPacketBytes);
+    stream.raw(torn);
+  }
+  const Reading reading(stream.bytes());
+  EXPECT_THAT(reading.logger.lines, SizeIs(51));
+  EXPECT_EQ(reading.logger.lines.back(), "further damage is not reported");
+}
+
+TEST(TsReader, APacketThatIsKnownToBeDamagedIsALostOne) {
+  TsBuilder stream = beginning();
+  Bytes packets = TsBuilder().pes(kTeletextPid, teletextPes(kTicks, 'a', 3)).take();
+  packets[TsBuilder::kPacketBytes + 1] |= 0x80;  // transport_error_indicator
+  stream.raw(packets).raw(TsBuilder().pes(kTeletextPid, teletextPes(2 * kTicks)).bytes());
+  const Reading reading(stream.bytes());
+  ASSERT_THAT(reading.of(kTeletextPid), SizeIs(2));
+  EXPECT_EQ(reading.of(kTeletextPid)[0].data[1 + 46 * 3], 0xFF) << "a row of the damaged packet";
+  EXPECT_THAT(reading.logger.lines, testing::Contains(HasSubstr("1 packet is missing")));
 }
 
 }  // namespace
