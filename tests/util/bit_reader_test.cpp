@@ -23,6 +23,22 @@ TEST(BitReader, ReadsFieldsAcrossBytes) {
   EXPECT_FALSE(reader.failed());
 }
 
+TEST(BitReader, ReadsEveryWidthAtEveryPlace) {
+  std::array<std::uint8_t, 14> bytes{};
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(37 * i + 11);
+  const auto bitAt = [&](std::size_t i) { return bytes[i / 8] >> (7 - i % 8) & 1U; };
+  for (unsigned width = 0; width <= 32; ++width) {
+    for (std::size_t at = 0; at + width <= bytes.size() * 8; ++at) {
+      std::uint32_t expected = 0;
+      for (std::size_t i = 0; i < width; ++i) expected = expected << 1 | bitAt(at + i);
+      BitReader reader(bytes);
+      reader.skip(at);
+      ASSERT_EQ(reader.read(width), expected) << width << " bits at " << at;
+      ASSERT_EQ(reader.position(), at + width);
+    }
+  }
+}
+
 TEST(BitReader, GivesZeroPastTheEndAndRemembersIt) {
   constexpr std::array<std::uint8_t, 1> kBytes = {0xFF};
   BitReader reader(kBytes);

@@ -3,9 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/module_loader.h"
@@ -74,6 +80,7 @@ void write(const Recording& recording, const std::string& path) {
   stream->time_base = {1, 1000};
   av_dict_set(&stream->metadata, "language", recording.language, 0);
   check(avio_open(&format->pb, path.c_str(), AVIO_FLAG_WRITE));
+  format->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
   check(avformat_write_header(format, nullptr));
   for (const Packet& packet : recording.packets) {
     AVPacket* out = av_packet_alloc();
@@ -82,6 +89,7 @@ void write(const Recording& recording, const std::string& path) {
     out->pts = packet.pts;
     out->dts = packet.dts;
     out->duration = 40;
+    if (&packet == &recording.packets.front()) out->flags |= AV_PKT_FLAG_KEY;
     av_packet_rescale_ts(out, {1, 1000}, stream->time_base);
     check(av_interleaved_write_frame(format, out));
     av_packet_free(&out);
@@ -108,6 +116,41 @@ struct AvReading : test_support::Reading<AvReader> {
     }
     return captions;
   }
+};
+
+/// A port that nobody should come to. Whoever does is counted and sent away.
+class LocalServer {
+ public:
+  LocalServer() {
+    address_.sin_family = AF_INET;
+    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address_;
+    auto* const address = reinterpret_cast<sockaddr*>(&address_);
+    EXPECT_EQ(::bind(socket_, address, size), 0);
+    EXPECT_EQ(::listen(socket_, 5), 0);
+    EXPECT_EQ(::getsockname(socket_, address, &size), 0);
+    thread_ = std::thread([this] {
+      for (int visitor; (visitor = ::accept(socket_, nullptr, nullptr)) >= 0; ++visitors_) {
+        ::close(visitor);
+      }
+    });
+  }
+  ~LocalServer() {
+    ::shutdown(socket_, SHUT_RDWR);
+    thread_.join();
+    ::close(socket_);
+  }
+  LocalServer(const LocalServer&) = delete;
+  LocalServer& operator=(const LocalServer&) = delete;
+
+  int port() const { return ntohs(address_.sin_port); }
+  int visitors() const { return visitors_; }
+
+ private:
+  const int socket_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address_{};
+  std::atomic<int> visitors_ = 0;
+  std::thread thread_;
 };
 
 class AvReaderTest : public testing::Test {
@@ -144,6 +187,29 @@ TEST_F(AvReaderTest, KeepsTheTimesOfTheContainer) {
   EXPECT_THAT(reading.captions(), ElementsAre("80:I0", "120:B1", "160:P2"));
   EXPECT_GT(reading.reader.endTime(0), 160 * kMillisecond);
   EXPECT_LE(reading.reader.endTime(0), 200 * kMillisecond);
+}
+
+TEST_F(AvReaderTest, TimesBeforeZeroCountAsZero) {
+  Recording recording{.format = "mov", .extradata = h264ParameterSets()};
+  for (int i = -2; i < 3; ++i) recording.packets.push_back(picture("ab", i * 40, i * 40));
+  recording.packets[0].data = picture("ab", 0, 0).data;
+  const AvReading reading(record(recording));
+  EXPECT_THAT(reading.captions(), ElementsAre("0:ababab", "40:ab", "80:ab"));
+  EXPECT_EQ(reading.reader.startTime(0), 0U);
+}
+
+TEST_F(AvReaderTest, FetchesNothingThatAFileNames) {
+  LocalServer server;
+  const std::string manifest =
+      "<MPD profiles=\"urn:mpeg:dash:profile:isoff-on-demand:2011\" type=\"static\" "
+      "mediaPresentationDuration=\"PT1S\"><Period><AdaptationSet contentType=\"video\">"
+      "<Representation id=\"1\" bandwidth=\"1\"><BaseURL>http://127.0.0.1:" +
+      std::to_string(server.port()) +
+      "/film.mp4</BaseURL></Representation></AdaptationSet></Period></MPD>\n";
+  const auto open = [](auto input) { AvReading{std::move(input)}; };
+  EXPECT_THROW(open(directory_.write("film.mpd", manifest)), util::TessaryException);
+  EXPECT_THROW(open(std::make_unique<MemorySource>(manifest)), util::TessaryException);
+  EXPECT_EQ(server.visitors(), 0);
 }
 
 TEST_F(AvReaderTest, ReadsCaptionTracks) {

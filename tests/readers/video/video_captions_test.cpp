@@ -206,6 +206,67 @@ TEST(VideoCaptions, ReadsDamagedUserDataAsFarAsItGoes) {
                   "used"));
 }
 
+TEST(VideoCaptions, HevcMayCarryThemBehindThePicture) {
+  Bytes suffix = seiUnit(VideoCodec::Hevc, captionSeiMessage(textTriplets("ab")));
+  suffix[3] = 40 << 1;  // nal_unit_type of a suffix SEI
+  const Bytes picture = encode({.codec = VideoCodec::Hevc});
+  const Extraction out(VideoCodec::Hevc,
+                       {{1 * kSecond, join({picture, suffix})}, {2 * kSecond, picture}});
+  EXPECT_THAT(out.samples, ElementsAre(Pair(1 * kSecond, "ab")));
+}
+
+TEST(VideoCaptions, DamageDoesNotPileUpTriplets) {
+  const std::string text(62, 'x');  // as much as cc_count can say
+  Bytes messages;
+  for (int i = 0; i < 100; ++i) messages = join({messages, captionSeiMessage(textTriplets(text))});
+  const Bytes full = join({seiUnit(VideoCodec::H264, messages), encode({})});
+  const Extraction onePicture(VideoCodec::H264, {{kSecond, full}});
+  ASSERT_EQ(onePicture.samples.size(), 1U);
+  EXPECT_LE(onePicture.samples[0].second.size(), 4096U);
+
+  std::vector<Pes> alike(200, {kSecond, encode({.triplets = textTriplets(text)})});
+  const Extraction oneTime(VideoCodec::H264, alike);
+  ASSERT_GT(oneTime.samples.size(), 1U);
+  for (const auto& [time, sample] : oneTime.samples) EXPECT_LE(sample.size(), 4096U + 62U);
+}
+
+TEST(VideoCaptions, AUnitFarTooLargeIsLeftOut) {
+  const Bytes filler = seiMessage(5, Bytes(70'000, 0x55));
+  const Bytes large =
+      seiUnit(VideoCodec::H264, join({filler, captionSeiMessage(textTriplets("no"))}));
+  const Extraction out(VideoCodec::H264, {{1 * kSecond, join({large, encode({})})},
+                                          {2 * kSecond, encode({.triplets = textTriplets("ok")})}});
+  EXPECT_THAT(out.samples, ElementsAre(Pair(2 * kSecond, "ok")));
+}
+
+TEST(VideoCaptions, HoldsBackAsManyPicturesAsADecoder) {
+  std::vector<Pes> stream;
+  stream.emplace_back(17 * kFrame, encode({.triplets = textTriplets("last")}));
+  for (MediaTime i = 1; i <= 16; ++i) {
+    stream.emplace_back(i * kFrame,
+                        encode({.triplets = textTriplets(std::string(2, char('a' + i)))}));
+  }
+  const Extraction out(VideoCodec::H264, stream);
+  ASSERT_EQ(out.samples.size(), 17U);
+  EXPECT_THAT(out.samples.front(), Pair(kFrame, "bb"));
+  EXPECT_THAT(out.samples.back(), Pair(17 * kFrame, "last"));
+}
+
+TEST(VideoCaptions, TripletsOfEveryTypeComeAsTheyAre) {
+  const Bytes triplets{0xFC, 0x94, 0x20, 0xFD, 0x80, 0x80, 0xFF, 0x05, 0x25,
+                       0xFE, 0x00, 0x00, 0xF8, 0x00, 0x00, 0xFA, 0x12, 0x34};
+  std::vector<Bytes> samples;
+  VideoCaptionExtractor extractor(VideoCodec::H264,
+                                  [&](MediaTime, std::span<const std::uint8_t> data) {
+                                    samples.emplace_back(data.begin(), data.end());
+                                  },
+                                  {nullptr, ""});
+  extractor.beginPes(kSecond);
+  extractor.feed(encode({.triplets = triplets}));
+  extractor.flush();
+  EXPECT_THAT(samples, ElementsAre(triplets));
+}
+
 TEST(VideoCaptions, PassesOverUserDataThatIsNoCaptions) {
   Bytes notProcessed = atscUserData(textTriplets("ab"));
   notProcessed[5] &= 0xBF;  // process_cc_data_flag
