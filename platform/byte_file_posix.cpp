@@ -1,11 +1,14 @@
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <system_error>
 
 #include "platform/byte_file.h"
+#include "platform/interrupt_posix.h"
 #include "platform/terminal.h"
 
 namespace korr::platform {
@@ -35,6 +38,7 @@ class PosixByteFile final : public IByteFile {
 
   std::size_t read(std::span<std::uint8_t> buffer) override {
     for (;;) {
+      if (!size_ && !waitForInput()) return 0;
       const auto count = ::read(descriptor_, buffer.data(), buffer.size());
       if (count >= 0) return static_cast<std::size_t>(count);
       if (errno != EINTR) fail(errno);
@@ -45,6 +49,15 @@ class PosixByteFile final : public IByteFile {
   std::optional<std::uint64_t> size() const override { return size_; }
 
  private:
+  // False when the user interrupts instead.
+  bool waitForInput() const {
+    std::array<pollfd, 2> waiting{{{.fd = descriptor_, .events = POLLIN, .revents = 0},
+                                   {.fd = interruptDescriptor(), .events = POLLIN, .revents = 0}}};
+    while (::poll(waiting.data(), waiting.size(), -1) < 0 && errno == EINTR) {
+    }
+    return waiting[1].revents == 0;
+  }
+
   [[noreturn]] void failAndClose(int error) {
     ::close(descriptor_);
     fail(error);

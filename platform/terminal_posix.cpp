@@ -1,10 +1,13 @@
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/interrupt_posix.h"
 #include "platform/terminal.h"
 
 namespace korr::platform {
@@ -12,9 +15,13 @@ namespace korr::platform {
 namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
+int wakePipe[2] = {-1, -1};
 
 void onInterrupt(int) {
   interrupted = 1;
+  const int error = errno;
+  [[maybe_unused]] const auto written = ::write(wakePipe[1], "", 1);
+  errno = error;
 }
 
 }  // namespace
@@ -39,6 +46,7 @@ void prepareStandardStreams() {
 }
 
 void catchInterrupts() {
+  if (::pipe2(wakePipe, O_CLOEXEC | O_NONBLOCK) != 0) return;
   struct sigaction action {};
   action.sa_handler = onInterrupt;
   // Reset: the second signal ends the program. No restart: a read that waits for a pipe returns.
@@ -48,6 +56,10 @@ void catchInterrupts() {
     ::sigaction(signal, nullptr, &before);
     if (before.sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
   }
+}
+
+int interruptDescriptor() {
+  return wakePipe[0];
 }
 
 bool isInterrupted() {
