@@ -72,6 +72,13 @@ struct ReadProgress {
   std::optional<std::uint64_t> bytesTotal;  ///< nothing for a pipe
 };
 
+/// What a reader came across beside the streams that it reported.
+struct ReaderFindings {
+  bool hasAskedPid = true;  ///< whether there is anything on ReaderOptions::pid, if that was given
+  /// Subtitles in forms that no reader makes samples of, as "track 3 (SubRip subtitle, eng)".
+  std::vector<std::string> otherSubtitles;
+};
+
 /// Reads one recording from front to back. Not thread-safe. Damage is reported to the logger (what,
 /// where, what is done about it) and passed over; only an input that cannot be read at all throws
 /// util::TessaryException.
@@ -96,6 +103,9 @@ class IMediaReader {
 
   /// Where the recording ends, as far as it has been read.
   virtual std::optional<MediaTime> endTime(std::uint32_t program) const = 0;
+
+  /// As far as it has been read.
+  virtual ReaderFindings findings() const { return {}; }
 };
 
 /// Takes bytes of the input into `buffer` and returns how many, 0 at its end. Throws

@@ -13,6 +13,7 @@
 #include "readers/video/video_captions.h"
 
 extern "C" {
+#include <libavcodec/codec_desc.h>
 #include <libavformat/avformat.h>
 }
 
@@ -104,12 +105,26 @@ std::string languageOf(const AVStream& stream) {
   return entry ? entry->value : "";
 }
 
+std::uint32_t trackNumber(const AVStream& stream) {
+  return static_cast<std::uint32_t>(stream.id > 0 ? stream.id : stream.index + 1);
+}
+
+/// "track 3 (SubRip subtitle, eng)"
+std::string otherSubtitle(const AVStream& stream) {
+  const AVCodecID codec = stream.codecpar->codec_id;
+  const AVCodecDescriptor* const known = avcodec_descriptor_get(codec);
+  const std::string language = languageOf(stream);
+  return "track " + std::to_string(trackNumber(stream)) + " (" +
+         (known && known->long_name ? known->long_name : avcodec_get_name(codec)) +
+         (language.empty() ? "" : ", " + language) + ")";
+}
+
 /// What the stream holds for us; nothing when that is nothing.
 std::optional<StreamInfo> describe(const AVStream& stream) {
   const AVCodecParameters& parameters = *stream.codecpar;
   StreamInfo info;
   info.id = static_cast<std::uint32_t>(stream.index);
-  info.pid = static_cast<std::uint32_t>(stream.id > 0 ? stream.id : stream.index + 1);
+  info.pid = trackNumber(stream);
   const std::string language = languageOf(stream);
   info.language = language.substr(0, language.find(','));
   if (videoCodec(parameters.codec_id)) {
@@ -148,6 +163,7 @@ class AvReader::Recording {
   ReadProgress progress() const;
   std::optional<MediaTime> startTime() const;
   std::optional<MediaTime> endTime() const { return endTime_; }
+  ReaderFindings findings() const;
 
  private:
   struct Track {
@@ -326,6 +342,17 @@ std::optional<MediaTime> AvReader::Recording::startTime() const {
   return static_cast<MediaTime>(std::max<std::int64_t>(start, 0));
 }
 
+ReaderFindings AvReader::Recording::findings() const {
+  ReaderFindings findings{.hasAskedPid = !options_.pid, .otherSubtitles = {}};
+  for (unsigned i = 0; i < format_->nb_streams; ++i) {
+    const AVStream& stream = *format_->streams[i];
+    if (options_.pid && trackNumber(stream) == *options_.pid) findings.hasAskedPid = true;
+    const bool isSubtitle = stream.codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE;
+    if (isSubtitle && !describe(stream)) findings.otherSubtitles.push_back(otherSubtitle(stream));
+  }
+  return findings;
+}
+
 AvReader::AvReader(const std::string& path, const ReaderOptions& options)
     : recording_(std::make_unique<Recording>(path, options)) {
 }
@@ -354,6 +381,10 @@ std::optional<MediaTime> AvReader::startTime(std::uint32_t) const {
 
 std::optional<MediaTime> AvReader::endTime(std::uint32_t) const {
   return recording_->endTime();
+}
+
+ReaderFindings AvReader::findings() const {
+  return recording_->findings();
 }
 
 }  // namespace korr::txsub

@@ -30,6 +30,7 @@ void TsDemultiplexer::flush() {
 
 void TsDemultiplexer::route(const TsPacket& packet, Pid& pid) {
   if (packet.isDamaged()) return;  // counts as lost
+  pid.isSeen = true;
   const unsigned roles = pid.roles;
   if ((roles & kTable) && tables_.take(packet)) apply();
   if (roles & kClock) {

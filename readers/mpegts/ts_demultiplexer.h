@@ -44,6 +44,11 @@ class TsDemultiplexer {
 
   void unselect(std::uint32_t streamId);
 
+  /// Whether packets have come on the PID that was asked for, if one was.
+  bool hasAskedPid() const {
+    return !options_.pid || (*options_.pid < kPids && pids_[*options_.pid].isSeen);
+  }
+
   /// Null where nothing of the program has been seen.
   const TsProgramTime* timeOf(std::uint32_t program) const { return times_.find(program); }
 
@@ -71,6 +76,7 @@ class TsDemultiplexer {
   /// All that is known of one PID.
   struct Pid {
     std::uint8_t roles = kNone;
+    bool isSeen = false;                     // in a role
     std::optional<std::uint16_t> program{};  // whose map lists it
     std::vector<TsStreamKind> kinds{};       // that it has been, in order
     TsStreamClock timing{};                  // of role kTiming

@@ -98,4 +98,8 @@ std::optional<MediaTime> TsReader::endTime(std::uint32_t program) const {
   return toMediaTime(*time->end);
 }
 
+ReaderFindings TsReader::findings() const {
+  return {.hasAskedPid = demultiplexer_.hasAskedPid(), .otherSubtitles = {}};
+}
+
 }  // namespace korr::txsub

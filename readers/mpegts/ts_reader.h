@@ -26,6 +26,7 @@ class TsReader final : public IMediaReader {
   ReadProgress progress() const override;
   std::optional<MediaTime> startTime(std::uint32_t program) const override;
   std::optional<MediaTime> endTime(std::uint32_t program) const override;
+  ReaderFindings findings() const override;
 
  private:
   void open();

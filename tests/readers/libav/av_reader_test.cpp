@@ -265,6 +265,20 @@ TEST_F(AvReaderTest, ReadsWhatIsThereOfATornFile) {
   EXPECT_GT(reading.listener.samples.size(), 150U);
 }
 
+TEST_F(AvReaderTest, TellsOfSubtitlesInOtherForms) {
+  record({.format = "matroska",
+          .codec = AV_CODEC_ID_SUBRIP,
+          .type = AVMEDIA_TYPE_SUBTITLE,
+          .language = "fre",
+          .packets = {{{'H', 'i'}, 0, 0}}});
+  const AvReading reading(path_);
+  EXPECT_THAT(reading.listener.streams, IsEmpty());
+  EXPECT_THAT(reading.reader.findings().otherSubtitles,
+              ElementsAre("track 1 (SubRip subtitle, fre)"));
+  EXPECT_TRUE(reading.reader.findings().hasAskedPid);
+  EXPECT_FALSE(AvReading(path_, {.pid = 7}).reader.findings().hasAskedPid);
+}
+
 TEST_F(AvReaderTest, ReadsPipes) {
   record(kThreePictures);
   const AvReading reading(std::make_unique<MemorySource>(directory_.read("recording")));
