@@ -28,10 +28,7 @@ void ServicePass::run() {
   while (reader_.read(*this)) {
     monitor_.showProgress(reader_.progress());
     for (auto* session : sessions()) session->flush();
-    if (monitor_.isStopWanted()) {
-      wasInterrupted_ = true;
-      break;
-    }
+    if (monitor_.isStopWanted()) break;
   }
   monitor_.endProgress();
   complete();

@@ -44,9 +44,6 @@ class ServicePass final : public IReaderListener {
   /// Every session in order of rank; when one has been chosen, that one.
   std::vector<ServiceSession*> ranked() const;
 
-  /// Whether the user stopped the pass before the end of the input.
-  bool wasInterrupted() const { return wasInterrupted_; }
-
   /// Streams that could carry subtitles, wanted or not.
   std::size_t streamCount() const { return streams_.size(); }
 
@@ -71,7 +68,6 @@ class ServicePass final : public IReaderListener {
   std::vector<std::uint32_t> order_;         // ids as they were announced
   std::optional<MediaTime> firstShown_;      // when any service first showed something
   ServiceSession* chosen_ = nullptr;
-  bool wasInterrupted_ = false;
 };
 
 }  // namespace korr::txsub

@@ -53,5 +53,10 @@ int main(int argc, char** argv) {
   }
   platform::catchInterrupts();
   txsub::Console console;
-  return runCommand(std::get<txsub::Command>(parsed), console);
+  const int exitCode = runCommand(std::get<txsub::Command>(parsed), console);
+  if (platform::isInterrupted()) {
+    console.note(exitCode == txsub::kDone ? "interrupted; the output is complete up to here"
+                                          : "interrupted");
+  }
+  return exitCode;
 }

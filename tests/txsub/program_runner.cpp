@@ -82,7 +82,7 @@ std::string errorsOf(int exitCode, const std::vector<std::string>& arguments) {
   return result.errors;
 }
 
-ProgramResult runAndInterrupt(const ProgramCall& call) {
+ProgramResult runAndInterrupt(const ProgramCall& call, int signal) {
   const TemporaryDirectory scratch;
   int pipe[2] = {};
   EXPECT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
@@ -96,7 +96,7 @@ ProgramResult runAndInterrupt(const ProgramCall& call) {
     ::usleep(10'000);
     if (::ioctl(watched, FIONREAD, &left) != 0) break;
   }
-  ::kill(child, SIGINT);
+  ::kill(child, signal);
   const ProgramResult result = resultOf(child, scratch);
   ::close(watched);
   ::close(pipe[1]);

@@ -1,6 +1,7 @@
 // Runs the program as a user would.
 #pragma once
 
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -40,7 +41,7 @@ inline ProgramResult runShell(const std::string& command) {
 
 /// Hands the input over through a pipe that stays open, and interrupts the program when it has
 /// taken everything.
-ProgramResult runAndInterrupt(const ProgramCall& call);
+ProgramResult runAndInterrupt(const ProgramCall& call, int signal = SIGINT);
 
 /// Runs the program with a pipe as its standard output that nobody reads.
 ProgramResult runIntoClosedPipe(const ProgramCall& call);

@@ -167,6 +167,32 @@ TEST_F(ProgramTest, LeavesACompleteFileWhenInterrupted) {
   EXPECT_THAT(directory_.names(), ElementsAre("live.vtt"));
 }
 
+TEST_F(ProgramTest, TellsOfAnInterruptionInEveryCommand) {
+  const std::string output = directory_.file("out");
+  const std::vector<std::vector<std::string>> commands{
+      {"probe", "-"},
+      {"convert", "-", "-o", output},
+      {"extract", "-", "-o", output},
+      {"preview", "-", "-o", output},
+      {"render", "-", "--at", "1", "-o", output + ".png"}};
+  for (const auto& command : commands) {
+    const auto result = runAndInterrupt({.arguments = command, .input = kCaptions}, SIGHUP);
+    EXPECT_EQ(result.exitCode, 0) << command[0] << result.errors;
+    EXPECT_THAT(result.errors, HasSubstr("interrupted; the output is complete up to here"))
+        << command[0];
+  }
+  EXPECT_THAT(directory_.names(), ElementsAre("out", "out.png"));
+}
+
+TEST_F(ProgramTest, NamesAPidThatIsNotThere) {
+  const std::string stream = "samples/captions.ts";
+  for (const char* command : {"convert", "probe", "extract", "preview"}) {
+    EXPECT_THAT(errorsOf(1, {command, stream, "--pid", "0x999"}),
+                HasSubstr("there is no PID 0x0999 in '" + stream + "'"))
+        << command;
+  }
+}
+
 TEST_F(ProgramTest, SaysThatNobodyReadsItsOutput) {
   const auto result = runIntoClosedPipe({.arguments = {"convert", captions()}});
   EXPECT_EQ(result.exitCode, 1);

@@ -8,11 +8,13 @@
 #include "files/cue_track.h"
 #include "files/output_template.h"
 #include "files/preview/preview_document.h"
+#include "readers/byte_source.h"
 #include "readers/open_input.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "sessions/session_statistics.h"
 #include "txsub/commands/commands.h"
+#include "txsub/commands/explain.h"
 
 namespace korr::txsub {
 
@@ -41,10 +43,6 @@ void checkDirectoryOf(const std::string& output) {
   if (directory.empty() || fs::is_directory(directory, error)) return;
   throw OutputError("cannot write '" + output + "': there is no directory '" +
                     utf8FromPath(directory) + "'");
-}
-
-std::string quoted(const std::string& path) {
-  return path == "-" ? "standard input" : '\'' + path + '\'';
 }
 
 /// The one service of a replay.
@@ -110,7 +108,7 @@ class Conversion {
 
 ExitCode Conversion::run() {
   if (isOneFile(options_.input.path, options_.output)) {
-    throw UsageError("the output would overwrite the input " + quoted(options_.input.path));
+    throw UsageError("the output would overwrite the input " + inputName(options_.input.path));
   }
   if (options_.query.page && !isReplay()) checkPage(*options_.query.page);
   if (!options_.all) checkDirectoryOf(options_.output);
@@ -210,10 +208,10 @@ std::string Conversion::pathFor(const Service& service, const StreamInfo& stream
                       "': " + error.message());
   }
   if (isOneFile(options_.input.path, path)) {
-    throw UsageError("the output would overwrite the input " + quoted(path));
+    throw UsageError("the output would overwrite the input " + inputName(path));
   }
   if (!paths_.insert(path).second) {
-    throw UsageError("the template gives two services the same file " + quoted(path) +
+    throw UsageError("the template gives two services the same file " + inputName(path) +
                      "; set ${feedIndex} apart from what stands beside it");
   }
   return path;
@@ -253,9 +251,6 @@ void Conversion::reportStatistics(const ServicePass& pass) {
 }
 
 ExitCode Conversion::report(const ServicePass& pass) {
-  if (pass.wasInterrupted()) {
-    console_.note("interrupted; the output is complete up to here");
-  }
   reportStatistics(pass);
   bool isAnyOpen = false;
   for (const auto* session : pass.sessions()) isAnyOpen = isAnyOpen || session->isOpen();
@@ -265,12 +260,15 @@ ExitCode Conversion::report(const ServicePass& pass) {
 }
 
 void Conversion::explainNothing(const ServicePass& pass) {
-  const std::string input = quoted(options_.input.path);
+  const std::string input = inputName(options_.input.path);
   const auto sessions = pass.ranked();
   const auto timedOut = std::find_if(sessions.begin(), sessions.end(), [](const auto* session) {
     return session->hasTimedOutAtOnce();
   });
-  if (timedOut != sessions.end()) {
+  if (const auto why = explainInput(*input_.reader, options_.input);
+      !why.empty() && (sessions.empty() || !input_.reader->findings().hasAskedPid)) {
+    console_.error(why);
+  } else if (timedOut != sessions.end()) {
     console_.error("no subtitles are shown in " + input + ": the pages of " +
                    describe((*timedOut)->service()) + " have a time-out of 0 seconds");
   } else if (refused_ && refused_->type == SubtitleInputType::DvbSubtitle) {

@@ -2,10 +2,12 @@
 
 #include "files/output_file.h"
 #include "platform/terminal.h"
+#include "readers/byte_source.h"
 #include "readers/open_input.h"
 #include "readers/record_format.h"
 #include "services/service.h"
 #include "txsub/commands/commands.h"
+#include "txsub/commands/explain.h"
 
 namespace korr::txsub {
 
@@ -81,7 +83,10 @@ ExitCode run(const ExtractOptions& options, Console& console) {
   }
   console.endProgress();
   if (!extraction.chosen()) {
-    console.error("there is no sample of a subtitle stream in '" + options.input.path + "'");
+    const auto why = explainInput(*input.reader, options.input);
+    console.error(!why.empty() ? why
+                               : "there is no sample of a subtitle stream in " +
+                                     inputName(options.input.path));
     return kFailed;
   }
   extraction.commit();

@@ -2,10 +2,12 @@
 #include <map>
 
 #include "files/preview/preview_document.h"
+#include "readers/byte_source.h"
 #include "readers/open_input.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "txsub/commands/commands.h"
+#include "txsub/commands/explain.h"
 
 namespace korr::txsub {
 
@@ -48,7 +50,9 @@ ExitCode run(const PreviewOptions& options, Console& console) {
     isAnyShown = true;
   }
   if (!isAnyShown) {
-    console.error("no subtitles are shown in '" + options.input.path + "'");
+    const auto why = explainInput(*input.reader, options.input);
+    console.error(!why.empty() ? why
+                               : "no subtitles are shown in " + inputName(options.input.path));
     return kFailed;
   }
   OutputFile file(options.output);

@@ -7,12 +7,14 @@
 #include "cues/cue.h"
 #include "cues/cue_time.h"
 #include "files/output_file.h"
+#include "readers/byte_source.h"
 #include "readers/open_input.h"
 #include "readers/record_format.h"
 #include "services/teletext_survey.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "txsub/commands/commands.h"
+#include "txsub/commands/explain.h"
 
 namespace korr::txsub {
 
@@ -57,6 +59,8 @@ struct Finding {
 struct Findings {
   std::vector<Finding> services;
   std::optional<MediaTime> duration;  // of the longest program
+  std::string others;                 // subtitles in forms that are not converted
+  std::string explanation;            // of finding nothing, where there is one
 };
 
 // Caption services that say nothing are not worth a line; what the recording declares is.
@@ -104,7 +108,10 @@ Findings probe(const ProbeOptions& options, Console& console) {
       console);
   pass.run();
 
-  Findings findings;
+  Findings findings{.services = {},
+                    .duration = {},
+                    .others = otherSubtitles(*input.reader),
+                    .explanation = explainInput(*input.reader, options.input)};
   for (const auto* session : pass.sessions()) {
     const Service& service = session->service();
     const auto start = input.reader->startTime(service.program);
@@ -208,11 +215,17 @@ ExitCode run(const ProbeOptions& options, Console& console) {
   if (options.json) printJson(options, findings);
   if (findings.services.empty()) {
     flushStandardOutput();
-    console.error("there are no subtitles in '" + options.input.path + "'");
+    console.error(!findings.explanation.empty()
+                      ? findings.explanation
+                      : "there are no subtitles in " + inputName(options.input.path));
     return kFailed;
   }
   if (!options.json) printTable(findings);
   flushStandardOutput();
+  if (!findings.others.empty()) {
+    console.note("also in this recording, in forms that are not converted here: " +
+                 findings.others);
+  }
   return kDone;
 }
 

@@ -1,10 +1,12 @@
 #include "cues/cue_time.h"
 #include "files/cue_track.h"
 #include "files/frames/frame_files.h"
+#include "readers/byte_source.h"
 #include "readers/open_input.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "txsub/commands/commands.h"
+#include "txsub/commands/explain.h"
 
 namespace korr::txsub {
 
@@ -52,8 +54,11 @@ ExitCode Rendering::run() {
     warnPastTheEnd(pass.sessions().front()->service().program);
     return kDone;
   }
-  console_.error("no subtitles to draw are shown in '" + options_.input.path +
-                 "'; 'txsub probe' lists what there is");
+  const auto why = explainInput(*input_.reader, options_.input);
+  console_.error(!why.empty()
+                     ? why
+                     : "no subtitles to draw are shown in " + inputName(options_.input.path) +
+                           "; 'txsub probe' lists what there is");
   return kFailed;
 }
 
