@@ -1,0 +1,7 @@
+// As a module from before there were tags would be.
+extern "C" {
+int answer();
+int answer() {
+  return 42;
+}
+}
