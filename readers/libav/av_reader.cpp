@@ -10,6 +10,7 @@
 #include "readers/caption_sample.h"
 #include "readers/libav/av_log.h"
 #include "readers/libav/container_samples.h"
+#include "readers/video/av1_captions.h"
 #include "readers/video/video_captions.h"
 
 extern "C" {
@@ -127,7 +128,7 @@ std::optional<StreamInfo> describe(const AVStream& stream) {
   info.pid = trackNumber(stream);
   const std::string language = languageOf(stream);
   info.language = language.substr(0, language.find(','));
-  if (videoCodec(parameters.codec_id)) {
+  if (videoCodec(parameters.codec_id) || parameters.codec_id == AV_CODEC_ID_AV1) {
     info.type = SubtitleInputType::ClosedCaption;
     info.isVideo = true;
   } else if (parameters.codec_id == AV_CODEC_ID_EIA_608) {
@@ -170,6 +171,7 @@ class AvReader::Recording {
     StreamInfo info;
     std::optional<VideoCaptionExtractor> captions{};  // of video
     std::optional<std::size_t> nalLengthBytes{};      // start codes otherwise
+    std::optional<Av1CaptionExtractor> av1{};         // of video in AV1
   };
 
   void open(const std::string& url);
@@ -241,15 +243,16 @@ void AvReader::Recording::announceStreams(IReaderListener& listener) {
 AvReader::Recording::Track AvReader::Recording::makeTrack(const StreamInfo& info,
                                                           const AVStream& stream) {
   Track track{.info = info};
-  if (const auto codec = videoCodec(stream.codecpar->codec_id)) {
-    const auto index = static_cast<std::size_t>(stream.index);
-    const auto listener = [this, index](MediaTime time, std::span<const std::uint8_t> triplets) {
-      const bool wanted = format_->streams[index]->discard != AVDISCARD_ALL;
-      if (wanted) listener_->onSample(tracks_[index]->info, captionSample(triplets, time, time));
-    };
-    track.captions.emplace(
-        *codec, listener,
-        VideoCaptionExtractor::Context{options_.logger, "track " + std::to_string(info.pid)});
+  const auto index = static_cast<std::size_t>(stream.index);
+  const auto listener = [this, index](MediaTime time, std::span<const std::uint8_t> triplets) {
+    const bool wanted = format_->streams[index]->discard != AVDISCARD_ALL;
+    if (wanted) listener_->onSample(tracks_[index]->info, captionSample(triplets, time, time));
+  };
+  const std::string name = "track " + std::to_string(info.pid);
+  if (stream.codecpar->codec_id == AV_CODEC_ID_AV1) {
+    track.av1.emplace(listener, options_.logger, name);
+  } else if (const auto codec = videoCodec(stream.codecpar->codec_id)) {
+    track.captions.emplace(*codec, listener, VideoCaptionExtractor::Context{options_.logger, name});
     track.nalLengthBytes = nalLengthBytes(*codec, privateData(*stream.codecpar));
   }
   return track;
@@ -273,6 +276,7 @@ void AvReader::Recording::readPacket(const AVPacket& packet) {
   Track& track = *tracks_[index];
   const std::span<const std::uint8_t> data(packet.data, static_cast<std::size_t>(packet.size));
   if (track.captions) return readVideo(track, data, time);
+  if (track.av1) return track.av1->take(time, data);
   switch (track.info.type) {
     case SubtitleInputType::ClosedCaption:  // libavformat makes triplets of the track's atoms
       return report(track, {data.begin(), data.end()}, time, duration);

@@ -9,9 +9,9 @@
 
 namespace korr::txsub {
 
-/// Reads MP4, MOV, Matroska, MXF and whatever else libavformat knows: captions in H.264, HEVC and
-/// MPEG-2 video, CEA-608 tracks, DVB subtitles and teletext. Times before the recording's zero,
-/// which edit lists can make, count as zero. Messages of libavformat about the file go to the
+/// Reads MP4, MOV, Matroska, MXF and whatever else libavformat knows: captions in H.264, HEVC,
+/// AV1 and MPEG-2 video, CEA-608 tracks, DVB subtitles and teletext. Times before the recording's
+/// zero, which edit lists can make, count as zero. Messages of libavformat about the file go to the
 /// logger; these are routed per process, so one reader at a time.
 class AvReader final : public IMediaReader {
  public:

@@ -16,6 +16,7 @@
 
 #include "platform/module_loader.h"
 #include "readers/libav/av_module.h"
+#include "testkit/encoders/av1_builder.h"
 #include "testkit/encoders/video_builder.h"
 #include "testkit/reader_support.h"
 #include "testkit/temporary_directory.h"
@@ -178,6 +179,23 @@ TEST_F(AvReaderTest, TakesCaptionsOfEveryContainerInPresentationOrder) {
     ASSERT_THAT(reading.listener.streams, SizeIs(1));
     EXPECT_TRUE(reading.listener.streams[0].isVideo);
     EXPECT_THAT(reading.captions(), ElementsAre(EndsWith(":I0"), EndsWith(":B1"), EndsWith(":P2")));
+    EXPECT_THAT(reading.logger.lines, IsEmpty());
+  }
+}
+
+TEST_F(AvReaderTest, TakesCaptionsOfAv1) {
+  for (const char* format : {"mp4", "matroska"}) {
+    SCOPED_TRACE(format);
+    const auto frame = [](std::string_view text, std::int64_t time) {
+      return Packet{encoders::av1TemporalUnit(textTriplets(text)), time, time};
+    };
+    const AvReading reading(record({.format = format,
+                                    .codec = AV_CODEC_ID_AV1,
+                                    .extradata = encoders::av1SequenceHeader(),
+                                    .packets = {frame("ab", 0), frame("", 40), frame("cd", 80)}}));
+    ASSERT_THAT(reading.listener.streams, SizeIs(1));
+    EXPECT_TRUE(reading.listener.streams[0].isVideo);
+    EXPECT_THAT(reading.captions(), ElementsAre("0:ab", "80:cd"));
     EXPECT_THAT(reading.logger.lines, IsEmpty());
   }
 }
