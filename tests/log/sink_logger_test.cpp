@@ -66,7 +66,7 @@ TEST(SinkLogger, RefusesWhatIsNoSink) {
            std::pair{"syslog:127.0.0.1:65536", "the port is not a number from 1 to 65535"},
            std::pair{"file:", "no log to 'file:"},
        }) {
-    EXPECT_THAT([&] { logger.addSink(description); },
+    EXPECT_THAT([&, &name = description] { logger.addSink(name); },
                 ThrowsMessage<util::TessaryException>(HasSubstr(reason)))
         << description;
   }
