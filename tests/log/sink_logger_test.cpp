@@ -66,9 +66,8 @@ TEST(SinkLogger, RefusesWhatIsNoSink) {
            std::pair{"syslog:127.0.0.1:65536", "the port is not a number from 1 to 65535"},
            std::pair{"file:", "no log to 'file:"},
        }) {
-    EXPECT_THAT([&, &name = description] { logger.addSink(name); },
-                ThrowsMessage<util::TessaryException>(HasSubstr(reason)))
-        << description;
+    const auto addSink = [&logger, &name = description] { logger.addSink(name); };
+    EXPECT_THAT(addSink, ThrowsMessage<util::TessaryException>(HasSubstr(reason))) << description;
   }
 }
 

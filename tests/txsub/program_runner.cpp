@@ -94,7 +94,9 @@ ProgramResult runAndInterrupt(const ProgramCall& call, int signal) {
             static_cast<ssize_t>(call.input.size()));
   for (int left = 1; left > 0;) {
     ::usleep(10'000);
-    if (::ioctl(watched, FIONREAD, &left) != 0) break;
+    siginfo_t ended = {};
+    ::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT);
+    if (ended.si_pid == child || ::ioctl(watched, FIONREAD, &left) != 0) break;
   }
   ::kill(child, signal);
   const ProgramResult result = resultOf(child, scratch);

@@ -171,7 +171,7 @@ TEST_F(ProgramTest, TellsOfAnInterruptionInEveryCommand) {
   const std::string output = directory_.file("out");
   const std::vector<std::vector<std::string>> commands{
       {"probe", "-"},
-      {"convert", "-", "-o", output},
+      {"convert", "-", "-o", output + ".vtt"},
       {"extract", "-", "-o", output},
       {"preview", "-", "-o", output},
       {"render", "-", "--at", "1", "-o", output + ".png"}};
@@ -181,7 +181,7 @@ TEST_F(ProgramTest, TellsOfAnInterruptionInEveryCommand) {
     EXPECT_THAT(result.errors, HasSubstr("interrupted; the output is complete up to here"))
         << command[0];
   }
-  EXPECT_THAT(directory_.names(), ElementsAre("out", "out.png"));
+  EXPECT_THAT(directory_.names(), ElementsAre("out", "out.png", "out.vtt"));
 }
 
 TEST_F(ProgramTest, NamesAPidThatIsNotThere) {
