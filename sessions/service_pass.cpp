@@ -27,7 +27,10 @@ ServicePass::ServicePass(IMediaReader& reader, Wanted wanted, MakeFinder makeFin
 void ServicePass::run() {
   while (reader_.read(*this)) {
     monitor_.showProgress(reader_.progress());
-    for (auto* session : sessions()) session->flush();
+    // Whoever reads along with a live input wants what has come so far; a file is soon read.
+    if (!reader_.progress().bytesTotal) {
+      for (auto* session : sessions()) session->flush();
+    }
     if (monitor_.isStopWanted()) break;
   }
   monitor_.endProgress();

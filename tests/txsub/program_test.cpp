@@ -186,10 +186,13 @@ TEST_F(ProgramTest, TellsOfAnInterruptionInEveryCommand) {
 
 TEST_F(ProgramTest, NamesAPidThatIsNotThere) {
   const std::string stream = "samples/captions.ts";
-  for (const char* command : {"convert", "probe", "extract", "preview"}) {
-    EXPECT_THAT(errorsOf(1, {command, stream, "--pid", "0x999"}),
-                HasSubstr("there is no PID 0x0999 in '" + stream + "'"))
-        << command;
+  const std::string output = directory_.file("out.vtt");
+  const std::vector<std::vector<std::string>> commands{
+      {"convert"}, {"probe"}, {"extract", "-o", output}, {"preview", "-o", output}};
+  for (auto command : commands) {
+    command.insert(command.end(), {stream, "--pid", "0x999"});
+    EXPECT_THAT(errorsOf(1, command), HasSubstr("there is no PID 0x0999 in '" + stream + "'"))
+        << command[0];
   }
 }
 
