@@ -32,6 +32,3 @@ for target in build/fuzz/bin/*_fuzz; do
   }
   rm -rf "$corpus" "$corpus.log"
 done
-
-echo "== notices"
-reuse lint --quiet || reuse lint

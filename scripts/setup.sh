@@ -7,7 +7,7 @@ packages="
   build-essential ca-certificates cmake ninja-build pkg-config
   libtinyxml-dev libspdlog-dev libpango1.0-dev libbitstream-dev libavformat-dev libavcodec-dev libavutil-dev libpng-dev zlib1g-dev
   nlohmann-json3-dev libcli11-dev googletest libbenchmark-dev
-  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev reuse ccache
+  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev ccache
   g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev nsis zip unzip
   chromium ffmpeg
   libtesseract-dev libhunspell-dev tesseract-ocr-eng hunspell-en-us

@@ -4,8 +4,8 @@
 
 #include "closed_caption/caption_display_decoder.h"
 #include "testkit/caption_display.h"
-#include "testkit/encoders/caption_builder.h"
 #include "testkit/cue_builder.h"
+#include "testkit/encoders/caption_builder.h"
 
 namespace korr::txsub {
 namespace {
