@@ -121,8 +121,8 @@ TEST_F(ProgramTest, DeliversTheSameFromARecordingAndFromItsSamples) {
          {std::pair{"samples/captions.ts", "2"}, {"samples/teletext.ts", "888"}}) {
       const std::string samples = directory_.file("samples.jsonl");
       outputOf({"extract", recording, "-o", samples});
-      const auto convert = [&](const std::string& input) {
-        return outputOf({"convert", input, "--page", page, "--mode", mode, "--as", "samples"});
+      const auto convert = [&, number = page](const std::string& input) {
+        return outputOf({"convert", input, "--page", number, "--mode", mode, "--as", "samples"});
       };
       const std::string direct = convert(recording);
       EXPECT_THAT(direct, HasSubstr("endOfStream"));
