@@ -32,7 +32,7 @@ class ProgramTest : public testing::Test {
   std::string captions() const { return directory_.write("captions.scc", kCaptions); }
 
   std::string recordedSamples() {
-    const std::string path = directory_.file("captions.jsonl");
+    std::string path = directory_.file("captions.jsonl");
     outputOf({"extract", captions(), "-o", path, "--quiet"});
     return path;
   }
