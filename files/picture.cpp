@@ -1,6 +1,8 @@
 #include "files/picture.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <functional>
 #include <string_view>
 #include <utility>
@@ -18,8 +20,28 @@ using ttml::RgbaImage;
 
 constexpr std::size_t kBytesPerPixel = 4;
 
-bool isVisible(const RgbaImage& image, std::uint32_t x, std::uint32_t y) {
-  return image.row(y)[x * kBytesPerPixel + 3] != 0;
+bool isVisible(const std::uint8_t* pixel) {
+  return pixel[3] != 0;
+}
+
+// The first visible pixel of a row at or after `from`, else `width`. Margins are wide, so that
+// blank pixels are passed over two at a time.
+std::uint32_t firstVisible(const std::uint8_t* row, std::uint32_t from, std::uint32_t width) {
+  constexpr std::uint8_t kAlphas[8] = {0, 0, 0, 0xFF, 0, 0, 0, 0xFF};
+  const auto mask = std::bit_cast<std::uint64_t>(kAlphas);
+  for (; from + 2 <= width; from += 2) {
+    std::uint64_t pair = 0;
+    std::memcpy(&pair, row + from * kBytesPerPixel, sizeof pair);
+    if ((pair & mask) != 0) break;
+  }
+  while (from < width && !isVisible(row + from * kBytesPerPixel)) ++from;
+  return from;
+}
+
+// Where the last visible pixel of a row at or after `from` ends, else `from`.
+std::uint32_t lastVisible(const std::uint8_t* row, std::uint32_t from, std::uint32_t width) {
+  while (width > from && !isVisible(row + (width - 1) * kBytesPerPixel)) --width;
+  return width;
 }
 
 template <class Value>
@@ -49,13 +71,11 @@ std::optional<PictureArea> visibleArea(const SubtitleBitmap& bitmap) {
   std::uint32_t top = image.height;
   std::uint32_t bottom = 0;
   for (std::uint32_t y = image.paintedRows.first; y < image.paintedRows.end; ++y) {
-    std::uint32_t first = 0;
-    while (first < image.width && !isVisible(image, first, y)) ++first;
+    const std::uint8_t* const row = image.row(y);
+    const std::uint32_t first = firstVisible(row, 0, image.width);
     if (first == image.width) continue;
-    std::uint32_t end = image.width;
-    while (!isVisible(image, end - 1, y)) --end;
     left = std::min(left, first);
-    right = std::max(right, end);
+    right = lastVisible(row, std::max(right, first), image.width);
     top = std::min(top, y);
     bottom = y + 1;
   }
