@@ -113,12 +113,15 @@ std::vector<Mp4Sample> cueSamples(const Segment& segment, const std::vector<Segm
 }  // namespace
 
 std::string webVttSegment(const Segment& segment, const std::vector<SegmentCue>& cues) {
+  constexpr std::string_view kFirstLine = "WEBVTT\n";
   const StreamTicks local = segment.startTicks / kTicksPerMillisecond;
-  std::string text = "WEBVTT\nX-TIMESTAMP-MAP=MPEGTS:" +
-                     std::to_string(local * kTicksPerMillisecond % kStampWrap) +
-                     ",LOCAL:" + cueTimeText(local, '.') + "\n\n";
-  for (const auto& cue : cues) text += webVttCues(onTrack(segment, cue.cue));
-  return text;
+  const std::string map =
+      "X-TIMESTAMP-MAP=MPEGTS:" + std::to_string(local * kTicksPerMillisecond % kStampWrap) +
+      ",LOCAL:" + cueTimeText(local, '.') + '\n';
+  std::string text;
+  ColourClasses classes;
+  for (const auto& cue : cues) text += webVttCues(onTrack(segment, cue.cue), &classes);
+  return webVttHeader(classes).insert(kFirstLine.size(), map) + text;
 }
 
 ByteBuffer mp4Segment(Mp4Codec codec, std::string_view language, const Segment& segment,

@@ -10,8 +10,8 @@
 
 namespace korr::txsub {
 
-/// A WebVTT file (RFC 8216, 3.5): cues with the times of the stream's ticks, and the map from these
-/// to the programme's clock.
+/// A WebVTT file (RFC 8216, 3.5): cues with the times of the stream's ticks, the map from these to
+/// the programme's clock, and the style of the colours that they have.
 std::string webVttSegment(const Segment& segment, const std::vector<SegmentCue>& cues);
 
 /// A movie fragment of a codec; `language` in ISO 639-2. A picture that cannot be encoded throws

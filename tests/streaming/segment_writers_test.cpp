@@ -46,6 +46,15 @@ TEST(WebVttSegment, TellsWholeTimesAndIsCompleteInSilence) {
   EXPECT_EQ(webVttSegment(wrapped, {}), "WEBVTT\nX-TIMESTAMP-MAP=MPEGTS:28,LOCAL:26:30:43.718\n\n");
 }
 
+TEST(WebVttSegment, DefinesItsColoursAfterTheMap) {
+  auto row = captionRow(15, 4, "A");
+  row.runs[0].foreground = model::CaptionColour::Yellow;
+  const auto text =
+      webVttSegment(segment(), {{.cue = cue(11'000, 12'500, captions({row})), .id = 1}});
+  EXPECT_THAT(text,
+              HasSubstr(",LOCAL:26:30:40.717\n\nSTYLE\n::cue(.yellow) { color: yellow }\n\n26:"));
+}
+
 TEST(Mp4Segment, HoldsOneDocumentOfTextCutToItsTime) {
   const auto bytes = mp4Segment(Mp4Codec::StppText, "ger", segment(), {shown(8'000, 11'000, "A")});
   const Mp4Fragment fragment = readFragment(bytes);
