@@ -7,18 +7,27 @@ namespace korr::txsub {
 
 namespace {
 
+// The parts of a DVB display set are told one after the other, closer together than a stream could
+// mean.
+constexpr MediaTime kTick = encoding::subtitling::fromTicks90k(1);
+
 // When a picture times out (EN 300 743, 7.2.2: page_time_out); text stays until it is replaced.
 std::optional<MediaTime> timeOutOf(const Subtitle& subtitle) {
   const auto* bitmap = subtitle.bitmap();
-  if (!bitmap || bitmap->end <= bitmap->start) return {};
+  if (!bitmap) return {};
   return bitmap->end;
+}
+
+bool showsNothing(const Subtitle& subtitle) {
+  const auto* bitmap = subtitle.bitmap();
+  return isEmpty(subtitle) || (bitmap && bitmap->end <= bitmap->start);
 }
 
 }  // namespace
 
 void DisplayCutter::onDisplay(MediaTime time, Subtitle subtitle) {
   time = std::max(time, closed_);
-  const bool isShowing = !isEmpty(subtitle);
+  const bool isShowing = !showsNothing(subtitle);
   if (!displays_.empty()) {
     const auto& last = displays_.back();
     const bool isSame = isShowing ? last.subtitle && *last.subtitle == subtitle : !last.subtitle;
@@ -43,6 +52,7 @@ std::vector<SegmentCue> DisplayCutter::cut(const Segment& segment) {
     if (segment.endsInJump) stop = std::min(stop, segment.stop);
     if (const auto timeOut = timeOutOf(*display.subtitle)) stop = std::min(stop, *timeOut);
     if (stop <= std::max(display.start, segment.start)) continue;
+    if (stop - display.start < kTick) continue;
     cues.push_back({.cue = {.start = display.start, .stop = stop, .subtitle = display.subtitle},
                     .id = display.id});
   }

@@ -93,5 +93,16 @@ TEST_F(DisplayCutterTest, EndsAPictureThatTimesOutInSilence) {
   EXPECT_THAT(cut(segment(12, 18)), IsEmpty());
 }
 
+TEST_F(DisplayCutterTest, ShowsNoPictureForLessThanATick) {
+  auto picture = display(2, 2, {.x = 0, .y = 0, .width = 1, .height = 1, .grey = 9});
+  picture.start = picture.end = 2 * kSecond;
+  cutter_.onDisplay(2 * kSecond, model::Subtitle(picture));
+  EXPECT_FALSE(cutter_.hasShown());
+  picture.end = 9 * kSecond;
+  cutter_.onDisplay(2 * kSecond, model::Subtitle(picture));
+  cutter_.onDisplay(2 * kSecond + 1, captions({captionRow(15, 0, "A")}));
+  EXPECT_THAT(cut(segment(0, 6)), ElementsAre("A 2-6 #2"));
+}
+
 }  // namespace
 }  // namespace korr::txsub
