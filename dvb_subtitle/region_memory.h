@@ -25,9 +25,17 @@ class RegionMemory {
     void paintRun(std::uint32_t x, std::uint32_t length, std::uint32_t code) {
       if (x >= width_) return;
       length = std::min(length, width_ - x);
-      std::fill_n(codes_ + x, length, static_cast<std::uint8_t>(code));
-      memory_.pixelsWritten_ += length;
+      written_ += length;
+      if (length == 1) {  // as most runs of 8-bit strings are
+        codes_[x] = static_cast<std::uint8_t>(code);
+      } else {
+        std::fill_n(codes_ + x, length, static_cast<std::uint8_t>(code));
+      }
     }
+
+    ~Row() { memory_.pixelsWritten_ += written_; }
+    Row(const Row&) = delete;
+    Row& operator=(const Row&) = delete;
 
    private:
     friend RegionMemory;
@@ -41,6 +49,7 @@ class RegionMemory {
     RegionMemory& memory_;
     std::uint32_t width_ = 0;
     std::uint8_t* codes_ = nullptr;
+    std::uint64_t written_ = 0;  // pixels
   };
 
   Row row(std::uint32_t y) { return {*this, y}; }
