@@ -36,6 +36,11 @@ Subtitle::Subtitle(SubtitleBitmap bitmap)
       bitmap_(std::make_unique<const SubtitleBitmap>(std::move(bitmap))) {
 }
 
+Subtitle::Subtitle(WindowText text)
+    : kind_(SubtitleKind::WindowText),
+      windowText_(std::make_unique<const WindowText>(std::move(text))) {
+}
+
 Subtitle::Subtitle(SubtitleKind kind) : kind_(kind) {
   switch (kind) {
     case SubtitleKind::TeletextText:
@@ -47,6 +52,9 @@ Subtitle::Subtitle(SubtitleKind kind) : kind_(kind) {
     case SubtitleKind::Bitmap:
       bitmap_ = std::make_unique<const SubtitleBitmap>();
       break;
+    case SubtitleKind::WindowText:
+      windowText_ = std::make_unique<const WindowText>();
+      break;
   }
 }
 
@@ -57,12 +65,16 @@ bool operator==(const Subtitle& left, const Subtitle& right) {
            left.bitmap()->pageState == right.bitmap()->pageState;
   }
   return equalPayloads(left.teletextText(), right.teletextText()) &&
-         equalPayloads(left.captionText(), right.captionText());
+         equalPayloads(left.captionText(), right.captionText()) &&
+         equalPayloads(left.windowText(), right.windowText());
 }
 
 bool isEmpty(const Subtitle& subtitle) {
   if (const auto* text = subtitle.teletextText()) return !hasGlyphs(*text);
   if (const auto* text = subtitle.captionText()) return !hasGlyphs(*text);
+  if (const auto* text = subtitle.windowText()) {
+    return std::ranges::none_of(text->windows, hasGlyphs<WindowText::Window>);
+  }
   return !subtitle.bitmap() || subtitle.bitmap()->visible == 0;
 }
 

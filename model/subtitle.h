@@ -8,6 +8,7 @@
 #include "model/glyph_text.h"
 #include "model/media_time.h"
 #include "model/pixel_buffer.h"
+#include "model/window_text.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
 
@@ -15,6 +16,7 @@ enum class SubtitleKind : std::uint32_t {
   TeletextText = 0,
   CaptionText = 1,
   Bitmap = 2,
+  WindowText = 32,  ///< of digital captions; the chain neither makes nor converts it
 };
 
 /// Teletext alpha colour codes as spacing attributes set them (EN 300 706, 12.2).
@@ -141,6 +143,7 @@ class Subtitle {
   explicit Subtitle(TeletextText text);
   explicit Subtitle(CaptionText text);
   explicit Subtitle(SubtitleBitmap bitmap);
+  explicit Subtitle(WindowText text);
 
   /// A subtitle of `kind` with an empty payload, or with none when `kind` is unknown.
   explicit Subtitle(SubtitleKind kind);
@@ -151,12 +154,14 @@ class Subtitle {
   const TeletextText* teletextText() const { return teletextText_.get(); }
   const CaptionText* captionText() const { return captionText_.get(); }
   const SubtitleBitmap* bitmap() const { return bitmap_.get(); }
+  const WindowText* windowText() const { return windowText_.get(); }
 
  private:
   SubtitleKind kind_;
   std::unique_ptr<const TeletextText> teletextText_;
   std::unique_ptr<const CaptionText> captionText_;
   std::unique_ptr<const SubtitleBitmap> bitmap_;
+  std::unique_ptr<const WindowText> windowText_;
 };
 
 /// Whether both show the same: equal rows, or the same picture (by `pageState`).
