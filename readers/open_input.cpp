@@ -7,6 +7,7 @@
 #include "platform/module_loader.h"
 #include "readers/byte_source.h"
 #include "readers/libav/av_module.h"
+#include "readers/mcc_reader.h"
 #include "readers/mpegts/ts_reader.h"
 #include "readers/samples_reader.h"
 #include "readers/scc_reader.h"
@@ -17,7 +18,7 @@ namespace korr::txsub {
 namespace {
 
 // Text formats show in their first bytes, so that a slow pipe of them starts at once.
-constexpr std::size_t kTextProbeSize = 16;
+constexpr std::size_t kTextProbeSize = 32;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -79,6 +80,10 @@ bool isTransportStream(FileSource& source) {
   return looksLikeTransportStream(source.ahead(), false);
 }
 
+bool looksLikeMcc(Bytes start) {
+  return withoutMark(asText(start)).starts_with(MccReader::kHeader);
+}
+
 bool looksLikeScc(Bytes start) {
   return withoutMark(asText(start)).starts_with(SccReader::kHeader.substr(0, 10));
 }
@@ -106,6 +111,10 @@ OpenedInput openSource(const std::string& path, std::unique_ptr<FileSource> sour
   if (looksLikeSamples(start)) {
     return {.format = InputFormat::RecordedSamples,
             .reader = std::make_unique<SamplesReader>(std::move(source), options)};
+  }
+  if (looksLikeMcc(start)) {
+    return {.format = InputFormat::Mcc,
+            .reader = std::make_unique<MccReader>(std::move(source), options)};
   }
   if (looksLikeScc(start)) {
     return {.format = InputFormat::Scc,

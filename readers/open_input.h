@@ -8,7 +8,7 @@
 
 namespace korr::txsub {
 
-enum class InputFormat { RecordedSamples, TransportStream, Scc, Other };
+enum class InputFormat { RecordedSamples, TransportStream, Scc, Mcc, Other };
 
 struct OpenedInput {
   InputFormat format = InputFormat::Other;

@@ -9,12 +9,12 @@
 
 #include "readers/caption_sample.h"
 #include "readers/video/caption_user_data.h"
+#include "util/time_code.h"
 
 namespace korr::txsub {
 namespace {
 
 constexpr std::size_t kLongestLine = 64 * 1024;  // over half an hour of pairs
-constexpr std::uint64_t kFramesPerSecond = 30;   // as the time code counts
 constexpr std::uint8_t kField1 = 0xFC;           // marker bits, cc_valid, cc_type 0
 constexpr std::string_view kBlanks = " \t\r";
 
@@ -56,21 +56,9 @@ std::string wholeHour(std::string_view timeCode) {
 }  // namespace
 
 std::optional<std::uint64_t> frameOfTimeCode(std::string_view timeCode) {
-  constexpr std::string_view kForm = "00:00:00:00";
-  if (timeCode.size() != kForm.size() || timeCode[2] != ':' || timeCode[5] != ':') return {};
-  const bool dropFrame = timeCode[8] == ';';
-  if (!dropFrame && timeCode[8] != ':') return {};
-
-  const auto hours = number(timeCode.substr(0, 2), 10);
-  const auto minutes = number(timeCode.substr(3, 2), 10);
-  const auto seconds = number(timeCode.substr(6, 2), 10);
-  const auto frames = number(timeCode.substr(9, 2), 10);
-  if (!hours || !minutes || !seconds || !frames) return {};
-  if (*minutes > 59 || *seconds > 59 || *frames >= kFramesPerSecond) return {};
-
-  const std::uint64_t minute = std::uint64_t{*hours} * 60 + *minutes;
-  const std::uint64_t dropped = dropFrame ? 2 * (minute - minute / 10) : 0;
-  return (minute * 60 + *seconds) * kFramesPerSecond + *frames - dropped;
+  constexpr std::size_t kBeforeFrames = 8;
+  const bool dropFrame = timeCode.size() > kBeforeFrames && timeCode[kBeforeFrames] == ';';
+  return util::frameOfTimeCode(timeCode, {.dropFrame = dropFrame});
 }
 
 SccReader::SccReader(std::unique_ptr<IByteSource> source, const ReaderOptions& options)
