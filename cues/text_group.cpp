@@ -58,7 +58,10 @@ Range rangeOf(Lines lines, Measure measure) {
 
 // Lines centred on the picture or with each other, or that end together, keep that; all others
 // start at the leftmost one.
-TextGroup align(Lines lines, double columnCount) {
+TextGroup align(Lines lines, const TextScreen& screen) {
+  const double columnCount = screen.columnCount;
+  if (screen.align == TextAlign::Center) return {lines, TextAlign::Center, columnCount / 2};
+  if (screen.align == TextAlign::End) return {lines, TextAlign::End, columnCount};
   const Range starts = rangeOf(lines, startOf);
   const Range ends = rangeOf(lines, endOf);
   const Range centres = rangeOf(lines, centreOf);
@@ -98,7 +101,7 @@ std::vector<TextGroup> groupsOf(const TextScreen& screen, GroupHeights heights) 
   std::vector<TextGroup> groups;
   for (Lines rest = screen.lines; !rest.empty();) {
     const Lines lines = firstGroup(rest, heights);
-    groups.push_back(align(lines, screen.columnCount));
+    groups.push_back(align(lines, screen));
     rest = rest.subspan(lines.size());
   }
   return groups;

@@ -9,8 +9,6 @@
 
 namespace korr::txsub {
 
-enum class TextAlign { Start, Center, End };
-
 /// Which neighbours a group takes in.
 enum class GroupHeights { Any, Equal };
 

@@ -1,11 +1,15 @@
 #include "cues/text_layout.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <span>
 #include <string_view>
 #include <utility>
 
+#include "cues/line_builder.h"
 #include "cues/reading_order.h"
+#include "cues/window_layout.h"
 
 namespace korr::txsub {
 
@@ -24,79 +28,17 @@ constexpr std::int32_t kTeletextFirstRow = 0;
 constexpr double kTeletextRows = 25;
 constexpr double kTeletextColumns = 40;
 
+// The eight colours by the bits of red, green and blue.
+constexpr std::array kByComponents = {
+    TextColour::Black, TextColour::Blue,    TextColour::Lime,   TextColour::Cyan,
+    TextColour::Red,   TextColour::Magenta, TextColour::Yellow, TextColour::White,
+};
+
+// Further colours are this with two bits each of red, green and blue.
+constexpr unsigned kFurtherColours = 0x40;
+
 // Boxes are dimmed rather than blacked out, as the converter's own documents have them.
 constexpr std::uint8_t kTeletextBackgroundAlpha = 0x99;
-
-// What becomes of blanks between characters.
-enum class Blanks { AsTheyAre, AsOne };
-
-// Collects the cells of a row into spans.
-class LineBuilder {
- public:
-  LineBuilder(std::int32_t row, std::uint32_t column, Blanks blanksBetween)
-      : blanksBetween_(blanksBetween) {
-    line_.row = row;
-    line_.column = column;
-  }
-
-  void add(std::string_view glyph, const TextSpan& style) {
-    if (glyph == " ") {
-      addBlank();
-      return;
-    }
-    if (isEmpty() || !line_.spans.back().hasStyleOf(style)) {
-      // A blank shows no colour: it stays outside of what is marked, where it can.
-      const bool isPlain = style.hasStyleOf({.text = {}, .backgroundAlpha = style.backgroundAlpha});
-      if (!isEmpty() && !isPlain) placeBlanks();
-      line_.spans.push_back(style);
-    }
-    placeBlanks();
-    line_.spans.back().text += glyph;
-    ++line_.columnCount;
-  }
-
-  void addBlank() {
-    if (isEmpty()) {
-      ++line_.column;
-    } else {
-      ++blanks_;
-      ++line_.columnCount;
-    }
-  }
-
-  /// A cell that the wide letter before it covers.
-  void addCovered() {
-    if (isEmpty() || blanks_ != 0) {
-      addBlank();
-    } else {
-      ++line_.columnCount;
-    }
-  }
-
-  /// Blanks up to a column, for cells that belong to no run.
-  void skipTo(std::uint32_t column) {
-    while (line_.column + line_.columnCount < column) addBlank();
-  }
-
-  void setHeight(std::int32_t height) { line_.height = height; }
-  bool isEmpty() const { return line_.spans.empty(); }
-  bool endsBlank() const { return blanks_ != 0; }
-
-  TextLine take() {
-    line_.columnCount -= blanks_;
-    return std::move(line_);
-  }
-
- private:
-  void placeBlanks() {
-    const std::uint32_t most = blanksBetween_ == Blanks::AsOne ? 1 : blanks_;
-    line_.spans.back().text.append(std::min(std::exchange(blanks_, 0), most), ' ');
-  }
-
-  Blanks blanksBetween_;
-  TextLine line_;
-  std::uint32_t blanks_ = 0;  // after the last character, in no span yet
-};
 
 // Control characters have no glyph, and some would break the file that the text is written to.
 bool isVisible(std::string_view glyph) {
@@ -230,48 +172,62 @@ std::vector<TextLine> linesOf(const Text& text, std::int32_t firstRow) {
 
 }  // namespace
 
-const char* colourName(TextColour colour) {
-  switch (colour) {
-    case TextColour::White:
-      break;
-    case TextColour::Lime:
-      return "lime";
-    case TextColour::Blue:
-      return "blue";
-    case TextColour::Cyan:
-      return "cyan";
-    case TextColour::Red:
-      return "red";
-    case TextColour::Yellow:
-      return "yellow";
-    case TextColour::Magenta:
-      return "magenta";
-    case TextColour::Black:
-      return "black";
+TextColour textColourOf(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
+  constexpr unsigned kLevel = 85;
+  const std::array<unsigned, 3> levels = {red / kLevel, green / kLevel, blue / kLevel};
+  const bool isFurther = std::any_of(levels.begin(), levels.end(),
+                                     [](unsigned level) { return level == 1 || level == 2; });
+  if (isFurther) {
+    return static_cast<TextColour>(kFurtherColours | levels[0] << 4 | levels[1] << 2 | levels[2]);
   }
-  return "white";
+  return kByComponents[(levels[0] & 1) << 2 | (levels[1] & 1) << 1 | (levels[2] & 1)];
 }
 
-std::optional<TextScreen> layOut(const model::Subtitle& subtitle) {
+const char* colourName(TextColour colour) {
+  constexpr std::array kNames = {"white", "lime",   "blue",    "cyan",
+                                 "red",   "yellow", "magenta", "black"};
+  const auto code = static_cast<unsigned>(colour);
+  if ((code & kFurtherColours) == 0) return kNames[code];
+  const auto bright = [code](unsigned shift) { return code >> (shift + 1) & 1; };
+  return colourName(kByComponents[bright(4) << 2 | bright(2) << 1 | bright(0)]);
+}
+
+std::string colourHex(TextColour colour) {
+  const auto code = static_cast<unsigned>(colour);
+  std::array<unsigned, 3> components{};
+  if ((code & kFurtherColours) != 0) {
+    components = {(code >> 4 & 3) * 85, (code >> 2 & 3) * 85, (code & 3) * 85};
+  } else {
+    const auto place = std::find(kByComponents.begin(), kByComponents.end(), colour);
+    const auto bits = static_cast<unsigned>(place - kByComponents.begin());
+    components = {(bits >> 2 & 1) * 255, (bits >> 1 & 1) * 255, (bits & 1) * 255};
+  }
+  char text[16];
+  std::snprintf(text, sizeof text, "#%02X%02X%02X", components[0], components[1], components[2]);
+  return text;
+}
+
+std::vector<TextScreen> layOut(const model::Subtitle& subtitle) {
   if (const auto* text = subtitle.captionText()) {
-    return TextScreen{.lines = linesOf(*text, kCaptionFirstRow),
-                      .firstRow = kCaptionFirstRow,
-                      .firstRowTop = kSafeAreaStart,
-                      .rowHeight = kSafeArea / kCaptionRows,
-                      .firstColumnLeft = kSafeAreaStart,
-                      .columnWidth = kSafeArea / kCaptionColumns,
-                      .columnCount = kCaptionColumns};
+    return {TextScreen{.lines = linesOf(*text, kCaptionFirstRow),
+                       .firstRow = kCaptionFirstRow,
+                       .firstRowTop = kSafeAreaStart,
+                       .rowHeight = kSafeArea / kCaptionRows,
+                       .firstColumnLeft = kSafeAreaStart,
+                       .columnWidth = kSafeArea / kCaptionColumns,
+                       .columnCount = kCaptionColumns}};
   }
   if (const auto* text = subtitle.teletextText()) {
-    return TextScreen{.lines = linesOf(*text, kTeletextFirstRow),
-                      .firstRow = kTeletextFirstRow,
-                      .firstRowTop = 0,
-                      .rowHeight = 100 / kTeletextRows,
-                      .firstColumnLeft = kSafeAreaStart,
-                      .columnWidth = kSafeArea / kTeletextColumns,
-                      .columnCount = kTeletextColumns};
+    return {TextScreen{.lines = linesOf(*text, kTeletextFirstRow),
+                       .firstRow = kTeletextFirstRow,
+                       .firstRowTop = 0,
+                       .rowHeight = 100 / kTeletextRows,
+                       .firstColumnLeft = kSafeAreaStart,
+                       .columnWidth = kSafeArea / kTeletextColumns,
+                       .columnCount = kTeletextColumns}};
   }
-  return std::nullopt;
+  if (const auto* text = subtitle.windowText()) return layOutWindows(*text);
+  return {};
 }
 
 }  // namespace korr::txsub

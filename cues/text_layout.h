@@ -12,6 +12,8 @@
 
 namespace korr::txsub {
 
+enum class TextAlign { Start, Center, End };
+
 /// One row with text, without the blanks at its ends.
 struct TextLine {
   std::int32_t row = 0;           ///< as the system numbers its rows
@@ -22,7 +24,14 @@ struct TextLine {
   TextDirection direction = TextDirection::LeftToRight;
 };
 
-/// A screen of one of the two text systems, and where its cells lie on the picture.
+/// What is behind text as far as its window goes.
+struct TextFill {
+  TextColour colour = TextColour::Black;
+  std::uint8_t alpha = 0xFF;
+};
+
+/// A screen of line 21 or teletext, or a window of digital captions, and where its cells lie on the
+/// picture.
 struct TextScreen {
   std::vector<TextLine> lines;  ///< top to bottom, none of them blank
 
@@ -36,9 +45,13 @@ struct TextScreen {
   double firstColumnLeft = 0;
   double columnWidth = 0;
   double columnCount = 0;
+  /// Where a window says how its lines are aligned; else their columns tell.
+  std::optional<TextAlign> align = {};
+  std::optional<TextFill> fill = {};
 };
 
-/// Lays out a text subtitle; nothing for a picture.
-std::optional<TextScreen> layOut(const encoding::subtitling::Subtitle& subtitle);
+/// Lays out a text subtitle: one screen, or one for each window with text, in the order of reading;
+/// none for a picture.
+std::vector<TextScreen> layOut(const encoding::subtitling::Subtitle& subtitle);
 
 }  // namespace korr::txsub

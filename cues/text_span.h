@@ -2,14 +2,23 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace korr::txsub {
 
-/// The eight colours of both systems, by their WebVTT names: "lime" is their green.
-enum class TextColour { White, Lime, Blue, Cyan, Red, Yellow, Magenta, Black };
+/// The eight colours of line 21 and teletext, by their WebVTT names: "lime" is their green. Other
+/// values are further colours of digital captions, as `textColourOf` makes them.
+enum class TextColour : std::uint8_t { White, Lime, Blue, Cyan, Red, Yellow, Magenta, Black };
 
+/// The colour of these components, 0 to 255, of which four levels are told apart.
+TextColour textColourOf(std::uint8_t red, std::uint8_t green, std::uint8_t blue);
+
+/// The name of the colour, or of that of the eight that is nearest.
 const char* colourName(TextColour colour);
+
+/// "#RRGGBB"
+std::string colourHex(TextColour colour);
 
 /// Characters of one style.
 struct TextSpan {
@@ -19,11 +28,12 @@ struct TextSpan {
   std::uint8_t backgroundAlpha = 0xFF;  ///< 0xFF opaque; 0x99 behind teletext
   bool italic = false;
   bool underline = false;
+  std::optional<TextColour> outline = {};  ///< around the letters
 
   bool hasStyleOf(const TextSpan& other) const {
     return foreground == other.foreground && background == other.background &&
            backgroundAlpha == other.backgroundAlpha && italic == other.italic &&
-           underline == other.underline;
+           underline == other.underline && outline == other.outline;
   }
 };
 

@@ -1,5 +1,7 @@
 #include "files/srt_file.h"
 
+#include <algorithm>
+
 #include <string_view>
 
 #include "cues/cue_time.h"
@@ -10,26 +12,12 @@ namespace korr::txsub {
 namespace {
 
 // Six hexadecimal digits, red first.
-const char* fontColour(TextColour colour) {
-  switch (colour) {
-    case TextColour::White:
-      break;
-    case TextColour::Lime:
-      return "#00ff00";
-    case TextColour::Blue:
-      return "#0000ff";
-    case TextColour::Cyan:
-      return "#00ffff";
-    case TextColour::Red:
-      return "#ff0000";
-    case TextColour::Yellow:
-      return "#ffff00";
-    case TextColour::Magenta:
-      return "#ff00ff";
-    case TextColour::Black:
-      return "#000000";
+std::string fontColour(TextColour colour) {
+  std::string text = colourHex(colour);
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'F') c = static_cast<char>(c - 'A' + 'a');
   }
-  return "#ffffff";
+  return text;
 }
 
 std::string lineText(const TextLine& line, SrtMarkup markup) {
@@ -57,6 +45,7 @@ std::string lineText(const TextLine& line, SrtMarkup markup) {
 
 // Players put entries at the bottom unless they are told otherwise.
 bool isInUpperHalf(const TextScreen& screen) {
+  if (screen.lines.empty()) return false;
   return screen.topOf(screen.lines.back().row + screen.lines.back().height) <= 50;
 }
 
@@ -71,11 +60,13 @@ void SrtFile::write(const Cue& cue) {
 }
 
 std::string srtText(const encoding::subtitling::Subtitle& subtitle, SrtMarkup markup) {
-  const auto screen = layOut(subtitle);
-  if (!screen || screen->lines.empty()) return {};
+  const auto screens = layOut(subtitle);
   std::string out;
-  if (markup == SrtMarkup::Full && isInUpperHalf(*screen)) out += "{\\an8}";
-  for (const auto& line : screen->lines) out += lineText(line, markup) + '\n';
+  const bool isUpper = !screens.empty() && std::ranges::all_of(screens, isInUpperHalf);
+  if (markup == SrtMarkup::Full && isUpper) out += "{\\an8}";
+  for (const auto& screen : screens) {
+    for (const auto& line : screen.lines) out += lineText(line, markup) + '\n';
+  }
   return out;
 }
 

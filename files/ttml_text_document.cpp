@@ -18,33 +18,20 @@ constexpr double kLineHeight = 125;
 // Without ttp:cellResolution a font size of 100 % is a fifteenth of the picture's height.
 constexpr double kFullSize = 100.0 / 15;
 
-const char* hexOf(TextColour colour) {
-  switch (colour) {
-    case TextColour::White:
-      break;
-    case TextColour::Lime:
-      return "#00FF00";
-    case TextColour::Blue:
-      return "#0000FF";
-    case TextColour::Cyan:
-      return "#00FFFF";
-    case TextColour::Red:
-      return "#FF0000";
-    case TextColour::Yellow:
-      return "#FFFF00";
-    case TextColour::Magenta:
-      return "#FF00FF";
-    case TextColour::Black:
-      return "#000000";
-  }
-  return "#FFFFFF";
+std::string colourWithAlpha(TextColour colour, std::uint8_t alpha) {
+  char text[4];
+  std::snprintf(text, sizeof text, "%02X", static_cast<unsigned>(alpha));
+  return colourHex(colour) + text;
 }
 
-Attributes spanStyle(const TextSpan& span) {
-  char background[16];
-  std::snprintf(background, sizeof background, "%s%02X", hexOf(span.background),
-                static_cast<unsigned>(span.backgroundAlpha));
-  Attributes style = {{"tts:color", hexOf(span.foreground)}, {"tts:backgroundColor", background}};
+Attributes spanStyle(const TextSpan& span, bool isEbuTtD) {
+  Attributes style = {
+      {"tts:color", colourHex(span.foreground)},
+      {"tts:backgroundColor", colourWithAlpha(span.background, span.backgroundAlpha)}};
+  // EBU-TT-D has no outlines.
+  if (span.outline && !isEbuTtD) {
+    style.emplace_back("tts:textOutline", colourHex(*span.outline) + " 5%");
+  }
   if (span.italic) style.emplace_back("tts:fontStyle", "italic");
   if (span.underline) style.emplace_back("tts:textDecoration", "underline");
   return style;
@@ -70,13 +57,13 @@ int lineBreaks(const TextLine& upper, const TextLine& lower) {
 }
 
 // The rows of the group, and as much of their width as keeps its alignment where it is.
-Attributes regionOf(const TextScreen& screen, const TextGroup& group) {
+Attributes regionOf(const TextScreen& screen, const TextGroup& group, bool isEbuTtD) {
   const double top = screen.topOf(group.lines.front().row);
   const double bottom =
       std::min(100.0, screen.topOf(group.lines.back().row + group.lines.back().height));
   const double anchor = screen.leftOf(group.column);
   double left = screen.leftOf(0);
-  double right = 100 - left;
+  double right = screen.leftOf(screen.columnCount);
   if (group.align == TextAlign::Start) left = anchor;
   if (group.align == TextAlign::End) right = anchor;
   if (group.align == TextAlign::Center) {
@@ -84,11 +71,18 @@ Attributes regionOf(const TextScreen& screen, const TextGroup& group) {
     left = anchor - half;
     right = anchor + half;
   }
-  return {{"tts:origin", decimal(left) + "% " + decimal(top) + "%"},
-          {"tts:extent", decimal(right - left) + "% " + decimal(bottom - top) + "%"},
-          // A line too wide for its region wraps away from the picture's edge.
-          {"tts:displayAlign", top + bottom > 100 ? "after" : "before"},
-          {"tts:overflow", "visible"}};
+  Attributes region = {{"tts:origin", decimal(left) + "% " + decimal(top) + "%"},
+                       {"tts:extent", decimal(right - left) + "% " + decimal(bottom - top) + "%"},
+                       // A line too wide for its region wraps away from the picture's edge.
+                       {"tts:displayAlign", top + bottom > 100 ? "after" : "before"},
+                       {"tts:overflow", "visible"}};
+  // Regions of EBU-TT-D have no background.
+  if (screen.fill && !isEbuTtD) {
+    region.emplace_back("tts:backgroundColor",
+                        colourWithAlpha(screen.fill->colour, screen.fill->alpha));
+    region.emplace_back("tts:showBackground", "whenActive");
+  }
+  return region;
 }
 
 }  // namespace
@@ -98,12 +92,12 @@ TtmlTextDocument::TtmlTextDocument(std::string_view language, bool isEbuTtD)
 }
 
 void TtmlTextDocument::add(const Cue& cue) {
-  const auto screen = layOut(*cue.subtitle);
-  if (!screen) return;
   const Attributes times = timesOf(cue);
-  // A paragraph has one font size, which sets the height of its lines, and one direction.
-  for (const TextGroup& group : groupsOf(*screen, GroupHeights::Equal)) {
-    writeParagraph(*screen, group, times);
+  for (const TextScreen& screen : layOut(*cue.subtitle)) {
+    // A paragraph has one font size, which sets the height of its lines, and one direction.
+    for (const TextGroup& group : groupsOf(screen, GroupHeights::Equal)) {
+      writeParagraph(screen, group, times);
+    }
   }
 }
 
@@ -113,7 +107,7 @@ void TtmlTextDocument::writeParagraph(const TextScreen& screen, const TextGroup&
   {
     const auto paragraph = stack.open("p");
     stack.setAttribute("xml:id", "Subtitle" + std::to_string(++paragraphs_));
-    stack.setAttribute("region", regions_.idOf(regionOf(screen, group)));
+    stack.setAttribute("region", regions_.idOf(regionOf(screen, group, isEbuTtD_)));
     stack.setAttribute("style", styles_.idOf(paragraphStyle(screen, group)));
     setAttributes(stack, times);
     writeLines(stack, group);
@@ -130,7 +124,7 @@ void TtmlTextDocument::writeLines(ElementStack& paragraph, const TextGroup& grou
     previous = &line;
     for (const TextSpan& textSpan : line.spans) {
       const auto span = paragraph.open("span");
-      paragraph.setAttribute("style", styles_.idOf(spanStyle(textSpan)));
+      paragraph.setAttribute("style", styles_.idOf(spanStyle(textSpan, isEbuTtD_)));
       paragraph.addText(textSpan.text);
     }
   }

@@ -33,10 +33,10 @@ void appendEscaped(std::string& out, const std::string& text) {
 
 std::vector<std::string> colourClasses(const TextSpan& span) {
   std::vector<std::string> classes;
-  if (span.foreground != TextColour::White) classes.emplace_back(colourName(span.foreground));
-  if (span.background != TextColour::Black) {
-    classes.push_back(kBackground + std::string(colourName(span.background)));
-  }
+  const std::string foreground = colourName(span.foreground);
+  const std::string background = colourName(span.background);
+  if (foreground != "white") classes.push_back(foreground);
+  if (background != "black") classes.push_back(kBackground + background);
   return classes;
 }
 
@@ -116,14 +116,14 @@ const ColourClasses& allColourClasses() {
 
 std::vector<WebVttBlock> webVttBlocks(const encoding::subtitling::Subtitle& subtitle) {
   std::vector<WebVttBlock> blocks;
-  const auto screen = layOut(subtitle);
-  if (!screen) return blocks;
-  for (const TextGroup& group : groupsOf(*screen, GroupHeights::Any)) {
-    WebVttBlock& block = blocks.emplace_back();
-    block.settings = settings(*screen, group);
-    for (const auto& line : group.lines) {
-      if (!block.payload.empty()) block.payload += '\n';
-      for (const auto& span : line.spans) appendSpan(block, span);
+  for (const TextScreen& screen : layOut(subtitle)) {
+    for (const TextGroup& group : groupsOf(screen, GroupHeights::Any)) {
+      WebVttBlock& block = blocks.emplace_back();
+      block.settings = settings(screen, group);
+      for (const auto& line : group.lines) {
+        if (!block.payload.empty()) block.payload += '\n';
+        for (const auto& span : line.spans) appendSpan(block, span);
+      }
     }
   }
   return blocks;

@@ -18,7 +18,7 @@ namespace korr::txsub {
 namespace {
 
 // Text formats show in their first bytes, so that a slow pipe of them starts at once.
-constexpr std::size_t kTextProbeSize = 32;
+constexpr std::size_t kTextProbeSize = 16;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -81,7 +81,7 @@ bool isTransportStream(FileSource& source) {
 }
 
 bool looksLikeMcc(Bytes start) {
-  return withoutMark(asText(start)).starts_with(MccReader::kHeader);
+  return withoutMark(asText(start)).starts_with(MccReader::kHeader.substr(0, 12));
 }
 
 bool looksLikeScc(Bytes start) {

@@ -19,26 +19,30 @@ double seconds(MediaTime time) {
   return static_cast<double>(toMilliseconds(time)) / 1000;
 }
 
+// By its name where it has one.
+std::string colourOf(TextColour colour) {
+  return colour <= TextColour::Black ? colourName(colour) : colourHex(colour);
+}
+
 // A colour as style sheets have it; "rgb(0 0 0 / 60%)" where the picture shows through.
 std::string background(const TextSpan& span) {
   if (span.backgroundAlpha == 0) return "transparent";
-  const std::string name = colourName(span.background);
+  const std::string name = colourOf(span.background);
   if (span.backgroundAlpha == 0xFF) return name;
   const int percent = span.backgroundAlpha * 100 / 0xFF;
   return "color-mix(in srgb, " + name + " " + std::to_string(percent) + "%, transparent)";
 }
 
 Json jsonOf(const TextSpan& span) {
-  Json json{{"text", span.text},
-            {"colour", colourName(span.foreground)},
-            {"background", background(span)}};
+  Json json{
+      {"text", span.text}, {"colour", colourOf(span.foreground)}, {"background", background(span)}};
   if (span.italic) json["italic"] = true;
   if (span.underline) json["underline"] = true;
+  if (span.outline) json["outline"] = colourOf(*span.outline);
   return json;
 }
 
-Json contentOf(const TextScreen& screen) {
-  Json lines = Json::array();
+void addLines(Json& lines, const TextScreen& screen) {
   for (const TextLine& line : screen.lines) {
     Json spans = Json::array();
     for (const TextSpan& span : line.spans) spans.push_back(jsonOf(span));
@@ -52,6 +56,11 @@ Json contentOf(const TextScreen& screen) {
       lines.back()["right"] = screen.leftOf(line.column + line.columnCount);
     }
   }
+}
+
+Json contentOf(const std::vector<TextScreen>& screens) {
+  Json lines = Json::array();
+  for (const TextScreen& screen : screens) addLines(lines, screen);
   return {{"lines", std::move(lines)}};
 }
 
@@ -91,9 +100,8 @@ void PreviewTrack::onCue(const Cue& cue) {
     if (picture.isNew) pictures_.push_back(util::encodeBase64(picture.png));
     timed.content = contentOf(*bitmap, *area, picture.number - 1);
   } else {
-    const auto screen = layOut(*cue.subtitle);
-    if (!screen || screen->lines.empty()) return;
-    timed.content = contentOf(*screen);
+    timed.content = contentOf(layOut(*cue.subtitle));
+    if (timed.content["lines"].empty()) return;
   }
   cues_.push_back(std::move(timed));
 }
