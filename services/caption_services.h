@@ -1,4 +1,4 @@
-// The four CEA-608 caption services of a stream.
+// The caption services of a stream.
 #pragma once
 
 #include <memory>
@@ -8,7 +8,7 @@
 namespace korr::txsub {
 
 /// Every caption stream may carry CC1 to CC4 (CEA-608, 5.1); which of them do shows only in their
-/// text.
+/// text. Digital services (CEA-708) are those that a descriptor names and those that are on air.
 std::unique_ptr<IServiceFinder> createCaptionServiceFinder(const ServiceQuery& query);
 
 }  // namespace korr::txsub

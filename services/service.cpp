@@ -35,10 +35,15 @@ std::unique_ptr<IServiceFinder> createServiceFinder(const StreamInfo& stream,
   return nullptr;
 }
 
+std::optional<std::uint32_t> digitalService(const Service& service) {
+  if (service.type != SubtitleInputType::ClosedCaption) return std::nullopt;
+  return digitalService(service.page);
+}
+
 bool canHavePage(SubtitleInputType type, std::uint32_t page) {
   switch (type) {
     case SubtitleInputType::ClosedCaption:
-      return page >= 1 && page <= 4;
+      return (page >= 1 && page <= 4) || digitalService(page);
     case SubtitleInputType::Teletext:
       return page >= kFirstTeletextPage;
     case SubtitleInputType::DvbSubtitle:
@@ -50,6 +55,9 @@ bool canHavePage(SubtitleInputType type, std::uint32_t page) {
 std::string displayName(const Service& service) {
   switch (service.type) {
     case SubtitleInputType::ClosedCaption:
+      if (const auto digital = digitalService(service)) {
+        return "708 service " + std::to_string(*digital);
+      }
       return "CC" + std::to_string(service.page);
     case SubtitleInputType::Teletext:
       return "page " + hexadecimal("%03x", service.page);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "dtvcc/character_sets.h"
 #include "log/logger.h"
 #include "model/dvb_pages.h"
 #include "readers/media_reader.h"
@@ -21,7 +22,8 @@ struct Service {
   std::uint32_t pid = 0;       ///< StreamInfo::pid
   std::uint32_t program = 0;   ///< StreamInfo::program
   SubtitleInputType type = SubtitleInputType::Teletext;
-  /// As the chain takes it: caption service 1 to 4, teletext magazine * 256 + page number.
+  /// As the chain takes it: caption service 1 to 4, teletext magazine * 256 + page number; or a
+  /// digital caption service, as `digitalPage` numbers it.
   std::uint32_t page = 0;
   std::uint32_t pageOption = 0;  ///< teletext: the default character-set group
   std::string language;          ///< ISO 639-2; empty when nothing says it
@@ -29,16 +31,36 @@ struct Service {
   /// Where the PID carries, or may carry, other pages too; else the first page on the PID is shown.
   std::optional<DvbPages> dvbPages = {};
   bool isDeclared = false;  ///< named by the recording's tables, not only found in its samples
+  // Of digital captions:
+  encoding::subtitling::dtvcc::Charset charset = encoding::subtitling::dtvcc::Charset::Automatic;
+  bool isWide = true;         ///< laid out for 16:9, else for 4:3
+  bool isEasyReader = false;  ///< for those who are learning to read
 };
+
+/// The page number that stands for a digital caption service, 1 to 63: none that anything else has.
+constexpr std::uint32_t digitalPage(std::uint32_t service) {
+  return 0x10000 + service;
+}
+
+/// The digital caption service that a page number stands for, if any.
+constexpr std::optional<std::uint32_t> digitalService(std::uint32_t page) {
+  if (page <= digitalPage(0) || page > digitalPage(63)) return std::nullopt;
+  return page - digitalPage(0);
+}
+
+/// The digital caption service that this one is, if any.
+std::optional<std::uint32_t> digitalService(const Service& service);
 
 /// What to look for.
 struct ServiceQuery {
-  std::optional<std::uint32_t> page = {};  ///< 1 to 4, or a teletext page as in Service
+  std::optional<std::uint32_t> page = {};  ///< as in Service
   std::string language = {};
   bool hearingImpaired = false;
   std::optional<std::uint32_t> pageOption = {};
   /// Also teletext pages that no descriptor names, even when there are descriptors.
   bool scan = false;
+  /// How two-byte characters of digital captions are meant.
+  encoding::subtitling::dtvcc::Charset charset = encoding::subtitling::dtvcc::Charset::Automatic;
 };
 
 /// Finds the services of one stream that a query asks for.
@@ -62,11 +84,13 @@ std::unique_ptr<IServiceFinder> createServiceFinder(const StreamInfo& stream,
                                                     const ServiceQuery& query,
                                                     log::ILogger* logger);
 
-/// Whether a page of this number can belong to a stream of this kind: 1 to 4 are caption services,
-/// from 0x100 on they are teletext pages. DVB subtitles have no page numbers.
+/// Whether a page of this number can belong to a stream of this kind: 1 to 4 and those of
+/// `digitalPage` are caption services, from 0x100 on they are teletext pages. DVB subtitles have no
+/// page numbers.
 bool canHavePage(SubtitleInputType type, std::uint32_t page);
 
-/// "CC1", "page 888", "DVB subtitles", "DVB subtitles page 2" where the PID has several pages.
+/// "CC1", "708 service 1", "page 888", "DVB subtitles", "DVB subtitles page 2" where the PID has
+/// several pages.
 std::string displayName(const Service& service);
 
 /// With where it is: "CC1 of PID 0x0100", "page 888 of PID 0x0034".

@@ -7,6 +7,7 @@
 #include "burn/closed_captions_renderer.h"
 #include "burn/teletext_renderer.h"
 #include "burn/text_drawing.h"
+#include "burn/window_renderer.h"
 
 namespace korr::txsub {
 
@@ -70,7 +71,9 @@ SubtitlePainter::~SubtitlePainter() = default;
 
 void SubtitlePainter::paint(Frame& frame, const Subtitle& subtitle) {
   subtitling::burn::FrameBuffer buffer(frame.pixels, frame.width, frame.height);
-  if (const auto* text = subtitle.captionText()) {
+  if (const auto* windows = subtitle.windowText(); windows && parts_->drawing) {
+    subtitling::burn::WindowRenderer(*parts_->drawing).paint(buffer, *windows);
+  } else if (const auto* text = subtitle.captionText()) {
     parts_->renderer->paint(buffer, Subtitle(withRunsInARow(*text)));
   } else {
     parts_->renderer->paint(buffer, subtitle);

@@ -75,7 +75,8 @@ TEST(WindowFiles, PlaceWindowsInWebVtt) {
 }
 
 TEST(WindowFiles, ReadFromTheTopInSrt) {
-  EXPECT_EQ(srtText(*cueOf(kTwoWindows).subtitle, SrtMarkup::Plain), "Upper <right>\nLower one,\ncentred\n");
+  EXPECT_EQ(srtText(*cueOf(kTwoWindows).subtitle, SrtMarkup::Plain),
+            "Upper <right>\nLower one,\ncentred\n");
 }
 
 TEST(WindowFiles, GiveTtmlRegionsTheirFillAndSpansTheirColours) {

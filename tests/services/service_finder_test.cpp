@@ -3,6 +3,7 @@
 
 #include "services/service.h"
 #include "services/teletext_services.h"
+#include "testkit/encoders/dtvcc_encoder.h"
 #include "testkit/encoders/teletext_encoder.h"
 
 namespace korr::txsub {
@@ -110,6 +111,51 @@ TEST(CaptionServices, AreFourUnlessOneIsAskedFor) {
   EXPECT_EQ(described(stream, {}), "CC1 , CC2 , CC3 , CC4 ");
   EXPECT_EQ(described(stream, {.page = 3}), "CC3 ");
   EXPECT_EQ(described(stream, {.page = 0x888}), "unwanted");
+}
+
+// caption_service_descriptor: line 21 field 1 in English; service 1 in English, easy, wide; service
+// 2 in Korean, 4:3; and an entry that is cut.
+const std::vector<std::uint8_t> kCaptionDescriptor = {0x86, 21,  0xE4,                    //
+                                                      'e',  'n', 'g',  0x7E, 0x3F, 0xFF,  //
+                                                      'e',  'n', 'g',  0xC1, 0xFF, 0xFF,  //
+                                                      'k',  'o', 'r',  0xC2, 0x3F, 0xFF,  //
+                                                      's',  'p'};
+
+InputSample digitalCaptions(unsigned service, std::string_view text) {
+  InputSample sample;
+  sample.data =
+      encoders::DtvccChannel().add(service, encoders::DtvccCodes().define(0, {}).text(text)).take();
+  return sample;
+}
+
+TEST(CaptionServices, AreThoseOfLine21AndTheDigitalOnesThatAreNamed) {
+  auto stream = streamOf(SubtitleInputType::ClosedCaption, kCaptionDescriptor);
+  stream.isVideo = true;
+  EXPECT_EQ(described(stream, {}),
+            "CC1 eng on air, CC2  on air, CC3  on air, CC4  on air, 708 service 1 eng on air, 708 "
+            "service 2 kor on air");
+  EXPECT_EQ(described(stream, {.page = digitalPage(2)}), "708 service 2 kor on air");
+  EXPECT_EQ(described(stream, {.page = digitalPage(63)}), "708 service 63  on air");
+  EXPECT_EQ(described(stream, {.page = 0x888}), "unwanted");
+
+  const auto services = createServiceFinder(stream, {}, nullptr)->describe(stream);
+  EXPECT_TRUE(services.at(4).isEasyReader);
+  EXPECT_TRUE(services.at(4).isWide);
+  EXPECT_FALSE(services.at(5).isEasyReader);
+  EXPECT_FALSE(services.at(5).isWide);
+}
+
+TEST(CaptionServices, AreFoundOnAirOnce) {
+  const auto stream = streamOf(SubtitleInputType::ClosedCaption, kCaptionDescriptor);
+  const auto finder = createServiceFinder(stream, {}, nullptr);
+  finder->describe(stream);
+  ASSERT_TRUE(finder->isSearching());
+  EXPECT_THAT(finder->inspect(digitalCaptions(1, "named already")), IsEmpty());
+  EXPECT_EQ(namesOf(finder->inspect(digitalCaptions(9, "new"))), "708 service 9  on air");
+  EXPECT_THAT(finder->inspect(digitalCaptions(9, "known")), IsEmpty());
+
+  const auto chosen = createServiceFinder(stream, {.page = 1}, nullptr);
+  EXPECT_FALSE(chosen->isSearching()) << "only CC1 is asked for";
 }
 
 }  // namespace

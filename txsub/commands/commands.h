@@ -23,4 +23,7 @@ ExitCode run(const PreviewOptions& options, Console& console);
 CueSession::Settings cueSettings(const Service& service, const RulesOption& rules,
                                  InputFormat format, bool isAskedFor = false);
 
+/// The captions of the first stream that has any, as an SCC or MCC file.
+ExitCode copyCaptions(const ConvertOptions& options, IMediaReader& reader, Console& console);
+
 }  // namespace korr::txsub

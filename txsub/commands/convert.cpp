@@ -10,6 +10,7 @@
 #include "files/preview/preview_document.h"
 #include "readers/byte_source.h"
 #include "readers/open_input.h"
+#include "sessions/cue_sessions.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "sessions/session_statistics.h"
@@ -32,7 +33,8 @@ bool isOneFile(const std::string& input, const std::string& output) {
 void checkPage(std::uint32_t page) {
   if (canHavePage(SubtitleInputType::ClosedCaption, page)) return;
   if (page >= 0x100 && page <= 0x8FF) return;
-  throw UsageError("--page: give a caption service (1 to 4) or a teletext page (100 to 8ff)");
+  throw UsageError(
+      "--page: give a caption service (1 to 4, S1 to S63) or a teletext page (100 to 8ff)");
 }
 
 // The file itself is opened when there is something to write; that must not be the moment to learn
@@ -112,6 +114,9 @@ ExitCode Conversion::run() {
   }
   if (options_.query.page && !isReplay()) checkPage(*options_.query.page);
   if (!options_.all) checkDirectoryOf(options_.output);
+  if (options_.kind == OutputKind::Captions) {
+    return copyCaptions(options_, *input_.reader, console_);
+  }
 
   ServicePass pass(
       *input_.reader, options_.all ? ServicePass::Wanted::All : ServicePass::Wanted::Best,
@@ -147,6 +152,7 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
   if (options_.kind != OutputKind::Samples) {
     return makeCueSession(service, stream, configuration);
   }
+  if (digitalService(service)) return nullptr;  // the filter has none
   if (service.dvbPages && !sampled_.insert(service.streamId).second) return nullptr;
   const bool isCertain = isReplay() || options_.query.page.has_value();
   return std::make_unique<SampleSession>(service, configuration, formatBlockOf(stream),
@@ -184,8 +190,8 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
       cueSettings(service, options_.rules, input_.format, options_.query.page.has_value());
   settings.configuration = configuration;
   settings.format = formatBlockOf(stream);
-  return std::make_unique<CueSession>(service, settings,
-                                      std::make_unique<CueTrack>(origin, openFile), console_);
+  return createCueSession(service, settings, std::make_unique<CueTrack>(origin, openFile),
+                          console_);
 }
 
 // With --all and no format named, pictures go where pictures can go.

@@ -4,6 +4,7 @@
 #include "files/preview/preview_document.h"
 #include "readers/byte_source.h"
 #include "readers/open_input.h"
+#include "sessions/cue_sessions.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "txsub/commands/commands.h"
@@ -29,8 +30,8 @@ ExitCode run(const PreviewOptions& options, Console& console) {
       [&](const Service& service, const StreamInfo&) {
         auto track = document.makeTrack();
         PreviewTrack& kept = *track;
-        auto session = std::make_unique<CueSession>(
-            service, cueSettings(service, options.rules, input.format), std::move(track), console);
+        auto session = createCueSession(service, cueSettings(service, options.rules, input.format),
+                                        std::move(track), console);
         tracks[session.get()] = &kept;
         return session;
       },

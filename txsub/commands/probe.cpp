@@ -11,6 +11,7 @@
 #include "readers/open_input.h"
 #include "readers/record_format.h"
 #include "services/teletext_survey.h"
+#include "sessions/cue_sessions.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "txsub/commands/commands.h"
@@ -99,9 +100,8 @@ Findings probe(const ProbeOptions& options, Console& console) {
       },
       [&](const Service& service, const StreamInfo&) {
         auto tally = std::make_unique<Tally>();
-        auto session =
-            std::make_unique<CueSession>(service, cueSettings(service, options.rules, input.format),
-                                         std::make_unique<TallyOutput>(*tally), console);
+        auto session = createCueSession(service, cueSettings(service, options.rules, input.format),
+                                        std::make_unique<TallyOutput>(*tally), console);
         tallies[session.get()] = std::move(tally);
         return session;
       },
@@ -149,7 +149,8 @@ Row tableRow(const Finding& finding) {
           std::string(streamName(service.type)),
           hasName(service) ? displayName(service) : "-",
           (service.language.empty() ? "-" : service.language) +
-              std::string(service.hearingImpaired ? " (hearing impaired)" : ""),
+              std::string(service.hearingImpaired ? " (hearing impaired)" : "") +
+              (service.isEasyReader ? " (easy reader)" : ""),
           std::to_string(tally.cues),
           hasCues ? timeText(since(finding.start, tally.first)) : "-",
           hasCues ? timeText(since(finding.start, tally.last)) : "-"};
@@ -180,6 +181,8 @@ nlohmann::ordered_json jsonOf(const Finding& finding) {
   if (hasName(service)) json["service"] = displayName(service);
   if (!service.language.empty()) json["language"] = service.language;
   json["hearingImpaired"] = service.hearingImpaired;
+  if (service.isEasyReader) json["easyReader"] = true;
+  if (digitalService(service)) json["wide"] = service.isWide;
   json["declared"] = service.isDeclared;
   json["cues"] = tally.cues;
   if (tally.cues != 0) {

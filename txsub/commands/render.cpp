@@ -3,6 +3,7 @@
 #include "files/frames/frame_files.h"
 #include "readers/byte_source.h"
 #include "readers/open_input.h"
+#include "sessions/cue_sessions.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "txsub/commands/commands.h"
@@ -72,7 +73,7 @@ void Rendering::warnPastTheEnd(std::uint32_t program) {
 }
 
 std::unique_ptr<ServiceSession> Rendering::makeSession(const Service& service) {
-  return std::make_unique<CueSession>(
+  return createCueSession(
       service, cueSettings(service, options_.rules, input_.format, options_.query.page.has_value()),
       std::make_unique<CueTrack>([this, program = service.program] { return start(program); },
                                  [this, service] { return openFile(service); }),

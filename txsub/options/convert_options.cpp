@@ -26,6 +26,8 @@ constexpr const char* kExamples =
     "  txsub convert mux.ts --all -o 'subs/${serviceName}-${feedIndex}.vtt'\n"
     "                                                 the same under names of your own\n"
     "  cat live.ts | txsub convert - -o live.vtt      Ctrl-C ends it with a complete file\n"
+    "  txsub convert news.ts --page S1 -o news.vtt    digital captions, service 1\n"
+    "  txsub convert news.ts -o news.mcc              all captions as they were sent\n"
     "  txsub convert report.jsonl --page 1 --mode webvtt -o out.jsonl\n"
     "                                                 exactly what the filter delivers";
 
@@ -45,12 +47,14 @@ struct Extension {
   std::optional<TextMode> mode;
 };
 
-constexpr std::array<Extension, 5> kExtensions = {{
+constexpr std::array<Extension, 7> kExtensions = {{
     {".vtt", OutputKind::Playable, TextMode::WebVtt},
     {".srt", OutputKind::Playable, TextMode::Srt},
     {".ttml", OutputKind::Playable, TextMode::Ttml},
     {".xml", OutputKind::Playable, TextMode::Ttml},
     {".jsonl", OutputKind::Samples, std::nullopt},
+    {".scc", OutputKind::Captions, std::nullopt},
+    {".mcc", OutputKind::Captions, std::nullopt},
 }};
 
 const Extension* findExtension(const std::string& path) {
@@ -130,6 +134,9 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
   command_->add_flag("--plain", options_.plain, "Write SRT without colours, italics and places");
   command_->add_flag("--absolute", options_.absolute,
                      "Keep the stream's own times; otherwise files start at the recording's start");
+  command_->add_flag("--non-drop", options_.nonDrop,
+                     "Time codes of .scc and .mcc files count every frame; else those of 29.97 and "
+                     "59.94 frames a second are drop-frame");
   command_->add_flag("--all", options_.all,
                      "Every service of the recording, one file each into the directory OUTPUT; "
                      "or OUTPUT is a template of their names with ${feedIndex} (a running number), "
@@ -209,7 +216,13 @@ void ConvertSubcommand::settleOutput() {
   if (isFile && !extension && !mode_ && !kind_) {
     throw usageError("--output", "the name '" + options_.output +
                                      "' does not say which format to write; end it in .vtt, .srt, "
-                                     ".ttml or .jsonl, or give --mode");
+                                     ".ttml, .scc, .mcc or .jsonl, or give --mode");
+  }
+  if (options_.kind == OutputKind::Captions && (options_.all || options_.query.page)) {
+    throw usageError(
+        options_.all ? "--all" : "--page",
+        "caption files hold every service of a stream; name a .vtt, .srt or .ttml file "
+        "for one of them");
   }
   options_.isModeGiven = mode_ || isNameHeeded;
   if (mode_) {

@@ -40,7 +40,7 @@ using RulesOption = std::optional<encoding::subtitling::DisplayRules>;
 enum class TextMode { WebVtt, Srt, Ttml };
 
 /// What `--as` names.
-enum class OutputKind { Playable, Samples, Pictures };
+enum class OutputKind { Playable, Samples, Pictures, Captions };
 
 /// What `--stats` names.
 enum class StatisticsFormat { None, Text, Json };
@@ -59,6 +59,7 @@ struct ConvertOptions {
   bool plain = false;  ///< SRT: the text alone
   PictureStorage pictures = PictureStorage::Embedded;
   bool absolute = false;
+  bool nonDrop = false;  ///< time codes of caption files count every frame
   bool all = false;
   StatisticsFormat statistics = StatisticsFormat::None;
 };

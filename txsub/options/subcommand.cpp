@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
-#include <map>
 
 namespace korr::txsub {
 
 namespace {
+
+using encoding::subtitling::dtvcc::Charset;
 
 constexpr const char* kExitCodes =
     "Exit codes:\n"
@@ -18,22 +19,31 @@ constexpr const char* kExitCodes =
 constexpr const char* kInputs =
     "INPUT is told by its content, not by its name: an MPEG transport stream (188, 192 or "
     "204-byte\n"
-    "packets), an .scc file, recorded samples (.jsonl), or any other recording that libavformat\n"
+    "packets), an .scc or .mcc file, recorded samples (.jsonl), or any other recording that "
+    "libavformat\n"
     "opens (MP4, MOV, MKV, MXF ...). '-' reads standard input.";
 
 const std::vector<std::pair<std::string, log::Level>> kLevels = {{"error", log::Level::Error},
                                                                  {"warning", log::Level::Warning},
                                                                  {"info", log::Level::Information}};
 
-// "CC3" and "3" are caption service 3; "888" is teletext magazine 8, page 88.
+const std::vector<std::pair<std::string, Charset>> kCharsets = {
+    {"auto", Charset::Automatic}, {"utf-16", Charset::Utf16}, {"euc-kr", Charset::EucKr}};
+
+// "CC3" and "3" are caption service 3, "S3" is digital caption service 3; "888" is teletext
+// magazine 8, page 88.
 std::uint32_t parsePage(const std::string& text) {
   const std::string lower = lowerCase(text);
+  if (lower.starts_with("s")) {
+    const auto service = parseNumber(std::string_view(lower).substr(1), 10);
+    if (service && *service >= 1 && *service <= 63) return digitalPage(*service);
+  }
   const bool isCaption = lower.starts_with("cc");
   const auto page = parseNumber(isCaption ? std::string_view(lower).substr(2) : lower, 16);
   if (!page || (isCaption && (*page < 1 || *page > 4))) {
     throw usageError("--page", "'" + text +
-                                   "' is neither a caption service (1 to 4 or CC1 to CC4) nor a "
-                                   "teletext page (100 to 8ff)");
+                                   "' is neither a caption service (1 to 4, CC1 to CC4, or S1 to "
+                                   "S63 for digital captions) nor a teletext page (100 to 8ff)");
   }
   return *page;
 }
@@ -87,7 +97,8 @@ InputOptions InputArguments::settle() const {
 void ServiceArguments::addTo(CLI::App& command) {
   command
       .add_option("--page", page_,
-                  "Caption service (1 to 4 or CC1 to CC4) or teletext page (100 to 8ff)")
+                  "Caption service (1 to 4 or CC1 to CC4; S1 to S63 for digital captions) or "
+                  "teletext page (100 to 8ff)")
       ->type_name("PAGE");
   command
       .add_option("--language", query_.language,
@@ -95,6 +106,9 @@ void ServiceArguments::addTo(CLI::App& command) {
       ->type_name("CODE");
   command.add_flag("--hearing-impaired", query_.hearingImpaired,
                    "With --language: the page for hearing-impaired viewers");
+  addChoice(command, "--charset", query_.charset, kCharsets,
+            "Two-byte characters of digital captions: auto (by what they are), utf-16 or euc-kr")
+      ->type_name("CHARSET");
   addChoice(
       command, "--page-option", query_.pageOption,
       {{"0", 0U}, {"1", 1U}, {"2", 2U}, {"3", 3U}, {"4", 4U}, {"6", 6U}, {"8", 8U}, {"10", 10U}},

@@ -1,0 +1,18 @@
+#include "sessions/cue_sessions.h"
+
+#include "sessions/dtvcc_session.h"
+
+namespace korr::txsub {
+
+std::unique_ptr<ServiceSession> createCueSession(const Service& service,
+                                                 const CueSession::Settings& settings,
+                                                 std::unique_ptr<ICueOutput> output,
+                                                 ISessionMonitor& monitor) {
+  if (!digitalService(service)) {
+    return std::make_unique<CueSession>(service, settings, std::move(output), monitor);
+  }
+  const MediaTime segment = settings.configuration.durationMs * encoding::subtitling::kMillisecond;
+  return std::make_unique<DtvccSession>(service, segment, std::move(output), monitor);
+}
+
+}  // namespace korr::txsub
