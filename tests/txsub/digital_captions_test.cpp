@@ -14,7 +14,7 @@ constexpr const char* kSample = "samples/captions-708.ts";
 
 TEST(DigitalCaptions, AreListedBesideLine21) {
   EXPECT_THAT(outputOf({"probe", kSample}),
-              AllOf(HasSubstr("captions  708 service 1  eng (easy reader)"),
+              AllOf(HasSubstr("captions  708 service 1  eng"),
                     HasSubstr("captions  708 service 2  kor"), Not(HasSubstr("CC1"))));
 }
 
