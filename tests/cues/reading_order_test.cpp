@@ -54,8 +54,8 @@ TEST(ReadingOrder, KeepsTheStyleOfEachCharacter) {
   const auto screen = layOut(teletext({{.number = 20,
                                         .runs = {teletextRun(5, " "), teletextRun(6, " (a), 12"),
                                                  teletextRun(14, " x", TeletextColour::Yellow)}}}));
-  ASSERT_TRUE(screen);
-  EXPECT_EQ(screen->lines.at(0).direction, TextDirection::LeftToRight);
+  ASSERT_EQ(screen.size(), 1u);
+  EXPECT_EQ(screen[0].lines.at(0).direction, TextDirection::LeftToRight);
 
   auto white = teletextRun(6, "  ");
   auto yellow = teletextRun(8, " ", TeletextColour::Yellow);
@@ -63,7 +63,7 @@ TEST(ReadingOrder, KeepsTheStyleOfEachCharacter) {
   for (const char* letter : {"ד", "ג"}) yellow.glyphs.emplace_back(std::string_view(letter));
   yellow.column = 11;
   const auto hebrew = layOut(teletext({{.number = 20, .runs = {white, yellow}}}));
-  const auto& line = hebrew->lines.at(0);
+  const auto& line = hebrew.at(0).lines.at(0);
   EXPECT_EQ(line.direction, TextDirection::RightToLeft);
   EXPECT_EQ(line.column, 8u) << "it stays where it stood";
   ASSERT_EQ(line.spans.size(), 2u);

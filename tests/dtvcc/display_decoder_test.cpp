@@ -127,7 +127,8 @@ TEST(DtvccTransport, TakesBlocksThatLieAboutTheirSizeAsFarAsTheyGo) {
   receiver.at(1, popOn("A"));
   receiver.raw(2, receiver.channel.packet(std::vector<std::uint8_t>{0x3F, 'B', 'C'}).take());
   receiver.raw(3, receiver.channel.packet(std::vector<std::uint8_t>{0x3F, 'D', 'E'}).take());
-  receiver.raw(4, receiver.channel.packet(std::vector<std::uint8_t>{0, 0x22, 'X', 'Y'}).take()).end(9);
+  receiver.raw(4, receiver.channel.packet(std::vector<std::uint8_t>{0, 0x22, 'X', 'Y'}).take())
+      .end(9);
   EXPECT_EQ(textOf(receiver.last), "ABCDE");
   EXPECT_THAT(receiver.logger.lines, ElementsAre(HasSubstr("longer than its packet")));
 }

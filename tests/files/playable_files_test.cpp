@@ -79,9 +79,9 @@ TEST(PlayableFiles, HaveWideTeletextLettersWithoutTheCellsThatTheyCover) {
   const auto subtitle = teletext({{.number = 20, .runs = {wide}}});
   EXPECT_EQ(srtText(subtitle), "ab c\n");
   const auto screen = layOut(subtitle);
-  ASSERT_TRUE(screen && screen->lines.size() == 1);
-  EXPECT_EQ(screen->lines[0].column, 11u);
-  EXPECT_EQ(screen->lines[0].columnCount, 8u);
+  ASSERT_TRUE(screen.size() == 1 && screen[0].lines.size() == 1);
+  EXPECT_EQ(screen[0].lines[0].column, 11u);
+  EXPECT_EQ(screen[0].lines[0].columnCount, 8u);
 }
 
 // In WebVTT "start" is where a line begins to be read.

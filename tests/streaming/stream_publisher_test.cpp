@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "files/output_file.h"
-#include "testkit/temporary_directory.h"
 #include "testkit/cue_builder.h"
+#include "testkit/temporary_directory.h"
 #include "tests/streaming/checked_store.h"
 
 namespace korr::txsub {
