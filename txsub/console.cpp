@@ -85,8 +85,11 @@ void Console::detail(const std::string& message) {
   report(log::Level::Information, {}, message);
 }
 
+// Never folded into a count: each stands for one sample.
 void Console::chainError(const Place& place, const char* message) {
-  say({.level = log::Level::Error, .text = std::string("Error: ") + message}, place);
+  forget(place.pid);
+  forget(0);
+  write({.level = log::Level::Error, .text = std::string("Error: ") + message}, place);
 }
 
 void Console::print(const std::string& line) {

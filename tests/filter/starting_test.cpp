@@ -38,57 +38,6 @@ TEST(Starting, FindsNothingOfBeforeAStopThatFailed) {
   }
 }
 
-/// A handle to the calling thread for others.
-HANDLE thisThread() {
-  HANDLE handle = nullptr;
-  DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &handle, 0, FALSE,
-                  DUPLICATE_SAME_ACCESS);
-  return handle;
-}
-
-// Whoever pauses the filter is kept from going on between the change of the state and the chain: a
-// flush, which tells of a segment meanwhile, holds the lock, and then the thread is suspended.
-TEST(Starting, KeepsTheChainThatASampleWasFasterToBuild) {
-  GraphTestBench bench({.isTeletext = true});
-  std::atomic<bool> isTold = false;
-  std::atomic<bool> mayGoOn = false;
-  bench.onNewSegment = [&](REFERENCE_TIME) {
-    isTold = true;
-    while (!mayGoOn) std::this_thread::sleep_for(1ms);
-  };
-  bench.sink->Pause();
-  bench.source->Pause();
-  bench.source->newSegment(0, 1, 1.0);
-  std::jthread flushing([&] { bench.source->endFlush(); });
-  while (!isTold) std::this_thread::sleep_for(1ms);
-
-  std::atomic<HANDLE> pausingThread = nullptr;
-  std::jthread pausing([&] {
-    pausingThread = thisThread();
-    EXPECT_EQ(bench.filter->Pause(), S_OK);
-  });
-  while (bench.filter->IsStopped()) std::this_thread::sleep_for(1ms);
-  std::this_thread::sleep_for(10ms);  // and now it waits for the lock
-  bench.push(captionSample(1));
-  std::this_thread::sleep_for(10ms);  // and now the worker does
-  ASSERT_NE(SuspendThread(pausingThread), DWORD(-1));
-  mayGoOn = true;
-  std::vector<std::string> said;
-  for (int i = 0; i < 1000 && said.empty(); ++i) {
-    std::this_thread::sleep_for(1ms);
-    said = bench.logger.take();
-  }
-  ResumeThread(pausingThread);
-  pausing.join();
-  flushing.join();
-  CloseHandle(pausingThread);
-  EXPECT_THAT(said, ElementsAre("2 No Teletext descriptor detected")) << "as a chain is built";
-  EXPECT_THAT(bench.logger.take(), ElementsAre()) << "and another";
-  bench.filter->Stop();
-  bench.source->Stop();
-  bench.sink->Stop();
-}
-
 TEST(Starting, ForgetsTheFormatBlockOfAnEarlierConnection) {
   GraphTestBench bench({.isTeletext = true, .language = "eng"});
   InputSample sample = captionSample(1);
