@@ -12,7 +12,7 @@
 
 namespace korr::txsub {
 
-/// An open bitstream unit (AV1 Bitstream & Decoding Process Specification, 5.3).
+/// An open bitstream unit (AOMedia AV1 bitstream, 5.3).
 struct Av1Unit {
   static constexpr unsigned kMetadata = 5;  ///< OBU_METADATA
 
