@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A caption screen into a high-definition frame.
 #include <benchmark/benchmark.h>
 

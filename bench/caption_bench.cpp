@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How fast line-21 pairs are decoded, and how much the chain around the decoder adds.
 #include <benchmark/benchmark.h>
 

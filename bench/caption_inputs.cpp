@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/caption_inputs.h"
 
 #include <array>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pushes a recording through the chain as the graph's filter does, without graph, threads and
 // files, and prints the seconds it took: chain_replay RECORDING PAGE OUTPUT
 #include <chrono>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How fast pages of DVB subtitles are parsed and painted, and made TTML documents.
 #include <benchmark/benchmark.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/dvb_channel.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pictures on their way through a DVB encoder and our decoder.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Recordings of DVB subtitles.
 #pragma once
 

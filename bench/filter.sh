@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Measures the filter in a graph under Wine against the conversion chain alone on the same samples, in
 # turn and ten times each, and prints the ratios; the results are compared too.
 #   bench/filter.sh [RECORDING PAGE]

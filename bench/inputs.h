@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The recordings that run.sh measures.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Writes the recordings that run.sh measures, those that are not there yet: make_inputs FOLDER
 #include <cstdio>
 #include <filesystem>

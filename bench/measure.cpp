@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Runs a command with its output thrown away and prints its seconds and its peak memory in MB:
 // measure COMMAND [ARGUMENT]...
 #include <fcntl.h>

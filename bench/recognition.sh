@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # How well letters in pictures are read: a table by language and font beside Tesseract alone.
 #
 #   bench/recognition.sh [PICTURES]    pictures of each row, 40 unless told

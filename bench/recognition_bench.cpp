@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Reads pictures with known letters and counts what is wrong.
 //
 //   recognition_bench LANGUAGE WIDTH HEIGHT ENCODER TRUTH [--alone] [--errors] < RGBA frames

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Makes subtitles with known letters: sentences in twelve languages out of the translations that
 Debian ships with its own programs, one subtitle a line, rows parted by '|'.
 

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Measures whole files: seconds of txsub from the page cache, and the ratio to `cat` of the same file
 # in the same run, one core, best of five. Inputs are made once, in build/bench-inputs (1.4 GB). For
 # pictures, the ratio to what ffmpeg takes to decode them and encode them again, where it is installed.

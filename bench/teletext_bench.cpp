@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How fast teletext packets pass the parser and the decoder: those of other magazines and pages,
 // and those shown.
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/teletext_inputs.h"
 
 #include <array>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Recordings with teletext.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How fast transport streams are read, without the file system under them.
 #include <benchmark/benchmark.h>
 

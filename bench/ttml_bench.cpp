@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How fast TTML documents are made: pictures with PNG and base64, and a page of text.
 #include <benchmark/benchmark.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How fast captions are found in video, without the container around it.
 #include <benchmark/benchmark.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/video_stream.h"
 
 #include "testkit/encoders/video_builder.h"

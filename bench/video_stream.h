@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Video that looks like a broadcast to whoever searches it.
 #pragma once
 

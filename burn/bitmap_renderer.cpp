@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "burn/bitmap_renderer.h"
 
 #include <algorithm>

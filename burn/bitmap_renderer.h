@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Bitmap subtitles on a frame of any size.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Drawing subtitles into video frames.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "burn/closed_captions_renderer.h"
 
 #include <string>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Closed captions in video frames.
 #pragma once
 

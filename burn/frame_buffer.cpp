@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "burn/frame_buffer.h"
 
 #include <algorithm>

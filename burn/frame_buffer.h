@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The video frame that renderers draw on.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Letters to coverage masks: the only thing that text drawing needs of a platform.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "burn/teletext_renderer.h"
 
 #include <algorithm>

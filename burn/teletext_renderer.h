@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Teletext subtitles in video frames.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "burn/text_drawing.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Text on a grid of cells.
 #pragma once
 

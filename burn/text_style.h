@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How text is drawn.
 #pragma once
 

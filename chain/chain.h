@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What every chain looks like to its host.
 #pragma once
 

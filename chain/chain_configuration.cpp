@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/chain_configuration.h"
 
 #include "teletext/teletext_descriptor.h"

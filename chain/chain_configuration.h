@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What hosts of the chain let their users set.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What passed through a chain.
 #pragma once
 

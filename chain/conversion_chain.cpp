@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/conversion_chain.h"
 
 #include "chain/framer_factory.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One conversion from input samples to delivered documents.
 #pragma once
 

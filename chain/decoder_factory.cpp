@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/decoder_factory.h"
 
 #include "closed_caption/caption_display_decoder.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which decoder reads which input as a receiver does.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/display_chain.h"
 
 #include "chain/decoder_factory.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // From input samples to what is shown over time.
 #pragma once
 

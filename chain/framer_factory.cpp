@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/framer_factory.h"
 
 #include "framing/nal_builder_dvb_subtitle.h"

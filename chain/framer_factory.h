@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which framer cuts the samples of which input.
 #pragma once
 

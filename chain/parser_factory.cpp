@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/parser_factory.h"
 
 #include "closed_caption/closed_caption_parser.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which parser reads which input.
 #pragma once
 

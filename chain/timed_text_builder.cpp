@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/timed_text_builder.h"
 
 #include <algorithm>

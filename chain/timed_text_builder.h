@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The documents of a chain: made when something else is shown, delivered once it is known until
 // when.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/timeline.h"
 
 #include <algorithm>

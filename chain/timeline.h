@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The timing rule: which subtitle is shown over which interval.
 #pragma once
 

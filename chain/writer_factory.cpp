@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/writer_factory.h"
 
 #include "timed_text/converter_to_ttml.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which writer makes which documents.
 #pragma once
 

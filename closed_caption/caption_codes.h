@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The control codes by their names in CEA-608, in the form of data channel 1 and field 1.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // CEA-608 pairs to caption screens.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Closed captions as a receiver shows them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "closed_caption/caption_memory.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The rows of a caption memory.
 #pragma once
 

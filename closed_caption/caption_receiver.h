@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a receiver does with the codes of one caption service.
 #pragma once
 

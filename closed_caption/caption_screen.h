@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A caption memory as a receiver lays it out: cells in rows.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "closed_caption/cc_data.h"
 
 #include "closed_caption/caption_codes.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // cc_data triplets to the byte pairs of one caption service.
 #pragma once
 

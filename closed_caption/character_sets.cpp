@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "closed_caption/character_sets.h"
 
 #include <array>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The characters of line 21.
 #pragma once
 

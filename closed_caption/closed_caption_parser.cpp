@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "closed_caption/closed_caption_parser.h"
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {

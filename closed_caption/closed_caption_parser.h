@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Closed captions: the parser of cc_data triplets.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "closed_caption/field_intake.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One field of line 21 as a receiver reads it.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The parity of line-21 bytes.
 #pragma once
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Flags and the two kinds of target that every folder is made of.
 
 set(CMAKE_CXX_STANDARD 20)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What comes from Debian's packages; scripts/setup.sh installs them.
 
 if(TESSARY_TESTS)

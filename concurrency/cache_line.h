@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How far apart data must lie for threads not to disturb each other.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A semaphore that looks out before it falls asleep.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What one thread leaves for another, and may take back.
 #pragma once
 

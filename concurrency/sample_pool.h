@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A fixed set of samples that go out and come back.
 #pragma once
 

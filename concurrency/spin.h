@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Looking out for another thread before falling asleep.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A subtitle and the interval over which it is shown.
 #pragma once
 

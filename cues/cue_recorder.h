@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // From what a service shows over time to cues.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Times as WebVTT and SRT write them.
 #pragma once
 

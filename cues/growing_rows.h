@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Captions that are written on the screen, between the decoder and what makes cues of them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cues/language_tag.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Languages as documents name them.
 #pragma once
 

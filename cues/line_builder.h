@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Cells of a row to the spans of a line.
 #pragma once
 

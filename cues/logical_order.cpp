@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cues/logical_order.h"
 
 #include <algorithm>

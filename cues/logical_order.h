@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Text that runs from right to left: from the order on the screen to the order of reading.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cues/reading_order.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Lines of Hebrew and Arabic as players want them.
 #pragma once
 

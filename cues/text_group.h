@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Lines that stand together on the picture, and how they are aligned.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cues/text_layout.h"
 
 #include <algorithm>

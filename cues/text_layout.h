@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a text subtitle looks like on the picture, whichever system it came from.
 #pragma once
 

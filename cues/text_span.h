@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Characters of one style, whichever system they came from.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What digital captions look like on the picture.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dtvcc/character_sets.h"
 
 #include <array>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The characters of digital captions.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dtvcc/codes.h"
 
 namespace korr::encoding::subtitling::dtvcc {

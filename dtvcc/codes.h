@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The codes of a service by their names in CEA-708, and how long they are.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dtvcc/dtvcc_display_decoder.h"
 
 #include <algorithm>

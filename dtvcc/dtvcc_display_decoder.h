@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Digital captions as a receiver shows them.
 #pragma once
 

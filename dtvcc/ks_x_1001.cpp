@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dtvcc/ks_x_1001.h"
 
 namespace korr::encoding::subtitling::dtvcc {

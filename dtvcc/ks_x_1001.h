@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The Korean character set.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dtvcc/packet_assembler.h"
 
 #include <utility>

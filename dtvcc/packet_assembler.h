@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // cc_data triplets to the packets of the digital caption channel.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The service blocks of a packet.
 #pragma once
 

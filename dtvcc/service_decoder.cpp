@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dtvcc/service_decoder.h"
 
 #include <algorithm>

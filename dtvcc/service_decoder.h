@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The interpretation layer of one service.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The input buffer of one service.
 #pragma once
 

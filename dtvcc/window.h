@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One window of a service.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/canvas.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The picture of a page while it is painted.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Colour look-up tables.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pixel code strings to runs. In a header, because most of a page's time is spent here.
 #pragma once
 

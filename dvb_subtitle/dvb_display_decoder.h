@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // DVB subtitles as a receiver shows them.
 #pragma once
 

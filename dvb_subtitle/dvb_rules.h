@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where the two readings of DVB subtitles part.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/dvb_subtitle_renderer.h"
 
 #include <numeric>

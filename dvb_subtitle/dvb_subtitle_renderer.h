@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The decoder of segments: what a page is made of, and when it is whole.
 #pragma once
 

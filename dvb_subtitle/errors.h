@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The errors of DVB subtitles.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a broken stream can make a decoder keep: far beyond what any receiver has room for (EN 300
 // 743, clause 5).
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The pixel data of an object onto whatever keeps pixels. In a header, because most of a page's
 // time is spent here.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The pages of the last seconds.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/page_memory.h"
 
 #include <bit>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a receiver keeps of a page.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/page_painter.h"
 
 #include "dvb_subtitle/object_painter.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Regions and their objects to the picture of a page, as the filter paints them.
 #pragma once
 

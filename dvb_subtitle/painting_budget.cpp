@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/painting_budget.h"
 
 #include "dvb_subtitle/errors.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How much painting a stream can ask for.
 #pragma once
 

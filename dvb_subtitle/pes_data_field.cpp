@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/pes_data_field.h"
 
 #include <algorithm>

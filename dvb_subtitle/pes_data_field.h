@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // PES data fields to segments.
 #pragma once
 

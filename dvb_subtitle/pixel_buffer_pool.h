@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pixel buffers that are used again.
 #pragma once
 

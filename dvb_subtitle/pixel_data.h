@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pixel codes of one depth to those of another.
 #pragma once
 

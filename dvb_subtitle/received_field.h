@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // PES data fields as a receiver reads them.
 #pragma once
 

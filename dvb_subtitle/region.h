@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Regions and objects.
 #pragma once
 

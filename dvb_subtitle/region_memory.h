@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The pixels of a region.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Segments to plain values, field by field. A field that the segment is too short for is 0.
 #pragma once
 

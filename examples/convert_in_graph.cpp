@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The filter in a host: how a graph is built around it. See docs/integrating.md.
 #include <dshow.h>
 #include <wrl/client.h>

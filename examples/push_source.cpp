@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "push_source.h"
 
 #include <algorithm>

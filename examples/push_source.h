@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A source of subtitles for hosts that have none: a filter with one output pin
 // that the host pushes samples through. C++17; the platform's headers and
 // TXSubtitleConverter.h alone, no base classes. Take it as it is, or as a

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Captions as files that caption editors take.
 #pragma once
 

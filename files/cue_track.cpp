@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/cue_track.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/mcc_file.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // MacCaption files.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A file that is there whole or not at all.
 #pragma once
 

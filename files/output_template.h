@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Names of the output files of several services, from one template.
 #pragma once
 

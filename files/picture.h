@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pictures of bitmap subtitles on their way into files.
 #pragma once
 

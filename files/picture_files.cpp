@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/picture_files.h"
 
 #include "files/output_file.h"

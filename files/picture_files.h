@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // PNG files of numbered pictures.
 #pragma once
 

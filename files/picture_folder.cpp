@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/picture_folder.h"
 
 #include <nlohmann/json.hpp>

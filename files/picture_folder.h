@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pictures to look at.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/playable_file.h"
 
 #include "files/picture_folder.h"

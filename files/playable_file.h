@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Files that players show: the cues of one service under one roof.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/sample_recorder.h"
 
 #include <array>

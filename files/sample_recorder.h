@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Delivered buffers as lines of JSON.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/scc_file.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Scenarist caption files.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/srt_file.h"
 
 #include <algorithm>

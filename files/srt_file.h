@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Playable SubRip.
 #pragma once
 

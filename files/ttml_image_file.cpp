@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/ttml_image_file.h"
 
 #include "util/base64.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/ttml_markup.h"
 
 #include <tinyxml.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The pieces that playable TTML documents are put together from.
 #pragma once
 

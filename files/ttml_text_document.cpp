@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/ttml_text_document.h"
 
 #include <algorithm>

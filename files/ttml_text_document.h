@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // TTML of text, for a file or for a segment.
 #pragma once
 

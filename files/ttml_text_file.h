@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Playable TTML of text.
 #pragma once
 

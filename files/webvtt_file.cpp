@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/webvtt_file.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/com_boundary.h"
 
 #include <dshow.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where C++ ends and COM begins.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The filter's messages on their way to the host.
 #pragma once
 

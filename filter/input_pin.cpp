@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/input_pin.h"
 
 #include "filter/media_types.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The filter's input: takes every sample and does no work on the streaming thread.
 #pragma once
 

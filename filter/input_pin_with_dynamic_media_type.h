@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // An input pin whose media type may change in mid-stream.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A media sample of the graph as the framers see it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/media_types.h"
 
 #include "sdk/include/TXSubtitleConverter.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which media types come in and go out.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The module's entry points and what it registers.
 #include <wrl/client.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/output_pin.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The filter's output: offers the type of the configured mode, with room for many small documents.
 #pragma once
 

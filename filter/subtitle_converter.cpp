@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/subtitle_converter.h"
 
 #include "filter/media_sample_item.h"

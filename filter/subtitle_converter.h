@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The filter: one subtitle stream in, timed text out.
 #pragma once
 

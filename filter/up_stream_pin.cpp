@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/up_stream_pin.h"
 
 #include <wrl/client.h>

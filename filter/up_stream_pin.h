@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The output pin as the chain's sink.
 #pragma once
 

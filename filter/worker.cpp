@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/worker.h"
 
 #include <objbase.h>

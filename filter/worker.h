@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The filter's one thread.
 #pragma once
 

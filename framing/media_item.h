@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One input sample as the access-unit builders see it.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Access units, who makes them and who takes them.
 #pragma once
 

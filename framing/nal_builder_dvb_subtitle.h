@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // PES payloads of DVB subtitles.
 #pragma once
 

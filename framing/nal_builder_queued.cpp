@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framing/nal_builder_queued.h"
 
 #include <algorithm>

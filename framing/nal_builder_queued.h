@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The queue that the builders of PES payloads share.
 #pragma once
 

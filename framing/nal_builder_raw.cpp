@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framing/nal_builder_raw.h"
 
 namespace korr::encoding::packaging::lib_parse_es::inline v2_1 {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Samples that are whole units already.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as caption triplets by a receiver's rules, and through what makes rows whole: every
 // screen is one that could be drawn, and times never run back.
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as caption triplets, one unit each of a length that the input chooses, through the
 // whole chain: documents of text whose intervals follow one another, in memory that stays small.
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as digital captions: as cc_data triplets as they are, and, so that more of them get
 // past the packets, as the codes of a service. What is shown comes in the order of time and stays
 // within the size of its windows.

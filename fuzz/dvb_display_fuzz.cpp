@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as DVB subtitles, read as a receiver does: as a data field as they are, and as the
 // bodies of segments. Displays come in the order of time, and what is shown has the size that it
 // says.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as DVB subtitles: read as a data field as they are, and, so that more of them get past
 // the splitter, as the bodies of segments. Whatever is shown has the size that it says.
 #include <cstdlib>

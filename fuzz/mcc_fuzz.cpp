@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as an MCC file: refused, or pictures of whole triplets whose times never run backwards.
 #include <cstdlib>
 #include <span>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as an SCC file: refused, or one pair a frame with times that never run backwards.
 #include <cstdlib>
 #include <span>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as a picture of up to eight colours: it is read without an engine, and whatever is
 // found lies on the picture.
 #include <cstdlib>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as a file of shapes: what was read is written again and read as the same.
 #include <cstdlib>
 #include <string>

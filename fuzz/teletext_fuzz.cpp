@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as teletext, by the filter's rules and by a receiver's: as PES data fields, or as a
 // script for the encoder, so that codes hold and the damage lies deeper. Whatever is shown is a
 // page: rows and runs in order, in 40 columns.

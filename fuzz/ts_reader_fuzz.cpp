@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as a transport stream. The first byte of the input says how the rest is meant: as it
 // stands, or as packets after sound tables, so that the sync bytes need not be found by chance.
 #include <algorithm>

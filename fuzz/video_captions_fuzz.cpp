@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Any bytes as video: whatever comes out is whole triplets, and the same however the bytes are cut.
 #include <algorithm>
 #include <cstdlib>

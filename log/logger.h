@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where the system's messages go.
 #pragma once
 

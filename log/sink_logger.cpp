@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "log/sink_logger.h"
 
 #include <spdlog/logger.h>

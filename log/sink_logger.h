@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The logger that operators read: messages to any number of sinks.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "log/syslog_sink.h"
 
 #include <chrono>

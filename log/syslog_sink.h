@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Messages to a syslog server.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The descriptors of elementary streams, as program maps carry them.
 #pragma once
 

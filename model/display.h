@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a service shows over time: the seam between decoders that follow a receiver and whatever
 // keeps or cuts what they show.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which pages of a DVB subtitle stream make a service.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One displayed character.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The seams through which parsers, writers and renderers are plugged together.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The one clock of the system.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/modes.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What goes into the chain and what comes out, by number.
 #pragma once
 

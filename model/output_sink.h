@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Output buffers and their delivery, as the chain sees them.
 #pragma once
 

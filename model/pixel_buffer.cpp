@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/pixel_buffer.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/subtitle.h"
 
 #include <algorithm>

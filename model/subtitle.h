@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The neutral subtitle value between the parsers and everything that consumes subtitles.
 #pragma once
 

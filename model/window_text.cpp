@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/window_text.h"
 
 #include <algorithm>

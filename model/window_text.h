@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Text in windows: what a service of digital captions shows (CEA-708).
 #pragma once
 

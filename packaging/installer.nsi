@@ -1,3 +1,4 @@
+; SPDX-License-Identifier: MIT
 ; The installer: the content of the zip, registered, and an uninstaller that takes both back.
 ;   makensis -DVERSION=1.0.0 -DCONTENT=folder -DOUTPUT=file installer.nsi
 Unicode true

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The notices of what our programs are made of besides our own code, as Debian ships them with each.
 set(TESSARY_NOTICES
   libcli11-dev nlohmann-json3-dev libspdlog-dev libfmt-dev libbitstream-dev libtinyxml-dev)

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Part of every module: what the program compares when it loads it.
 
 extern "C" {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a program and its modules must have in common.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Bytes of a file, a pipe or standard input.
 #pragma once
 

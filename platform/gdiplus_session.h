@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // GDI+, started.
 #pragma once
 

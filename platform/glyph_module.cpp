@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The module that letters are drawn in: its one function, called by glyph_rasteriser_module.cpp.
 #include "burn/glyph_rasteriser.h"
 

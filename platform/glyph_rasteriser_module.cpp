@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // For programs that seldom draw letters: pango and its forty libraries are loaded when they do.
 #include "burn/glyph_rasteriser.h"
 #include "platform/module_loader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <pango/pangocairo.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a signal wakes.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Parts of the program that are loaded only when they are needed.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pixels from PNG files, by whatever the platform offers.
 #pragma once
 

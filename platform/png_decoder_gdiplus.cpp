@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/png_decoder.h"
 
 #include "platform/gdiplus_session.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <png.h>
 
 #include "platform/png_decoder.h"

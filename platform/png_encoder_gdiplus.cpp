@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // PNG by GDI+.
 #include <memory>
 #include <string_view>

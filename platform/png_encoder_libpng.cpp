@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // PNG by libpng, for pictures of few colours above all: subtitles have a dozen. The image data is
 // compressed here: libpng takes it row by row, which costs as much again where most rows are blank.
 #include <png.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/process.h"
 
 #ifdef _WIN32

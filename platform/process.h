@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Who and where this process is.
 #pragma once
 

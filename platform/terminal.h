@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a command-line program asks of the system it runs on.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/udp_sender.h"
 
 #ifdef _WIN32

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Datagrams to one receiver.
 #pragma once
 

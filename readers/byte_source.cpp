@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/byte_source.h"
 
 #include <algorithm>

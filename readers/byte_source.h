@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The bytes of an input, with a look ahead.
 #pragma once
 

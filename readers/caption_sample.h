@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Caption triplets as an input sample.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/dvb_data_field.h"
 
 namespace korr::txsub {

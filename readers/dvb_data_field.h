@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The PES data fields of DVB subtitles (EN 300 743, 7.1), as far as a reader looks into them.
 #pragma once
 

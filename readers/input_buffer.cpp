@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/input_buffer.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The bytes of an input between reading and using them.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The lines of a text input.
 #pragma once
 

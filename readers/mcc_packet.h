@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Lines of ancillary data as MacCaption files write them.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Caption files in the MacCaption format.
 #pragma once
 

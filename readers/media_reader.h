@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What every kind of recording looks like to the rest of the program.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // From a name to a reader.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Recorded samples and delivered buffers as lines of JSON; docs/formats.md describes both.
 #pragma once
 

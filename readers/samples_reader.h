@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Recorded samples (.jsonl) as a recording.
 #pragma once
 

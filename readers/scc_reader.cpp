@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/scc_reader.h"
 
 #include <algorithm>

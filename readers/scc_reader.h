@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Caption files in the Scenarist format.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which glyph of a line an engine meant by which symbol.
 #pragma once
 

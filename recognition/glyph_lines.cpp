@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/glyph_lines.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Lines of letters out of the parts of a picture.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/indexed_picture.h"
 
 #include <algorithm>

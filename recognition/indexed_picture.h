@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A subtitle's picture in the colours that it was drawn with.
 #pragma once
 

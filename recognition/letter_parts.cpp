@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/letter_parts.h"
 
 #include <algorithm>

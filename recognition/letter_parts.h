@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The connected parts of the letters in a picture.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How big the letters of a service are, as far as they are known.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/letters.h"
 
 #include <algorithm>

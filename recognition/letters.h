@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What there is to know of single characters.
 #pragma once
 

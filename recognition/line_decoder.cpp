@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/line_decoder.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // From the shapes of a line to its text.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Who reads what nobody has read yet.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/line_image.h"
 
 #include <algorithm>

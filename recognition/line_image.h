@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A line as an engine likes it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/palette_roles.h"
 
 #include <algorithm>

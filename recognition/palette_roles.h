@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which colours of a picture the letters are filled with, and which are around them.
 #pragma once
 

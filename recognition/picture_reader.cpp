@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/picture_reader.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Reads the pictures of one service.
 #pragma once
 

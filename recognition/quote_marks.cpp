@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/quote_marks.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Quotation marks by their shapes: engines mix them up.
 #pragma once
 

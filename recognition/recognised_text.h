@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the letters of a picture say.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What is kept of a picture until its text is asked for: a few bytes a letter.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/shape.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The exact picture of a letter.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/shape_book.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // All shapes that have been seen, and what they have been read as.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/shapes_file.h"
 
 #include <charconv>

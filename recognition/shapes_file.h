@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The shapes of a channel as text that people can read and correct.
 #pragma once
 

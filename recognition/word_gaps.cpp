@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/word_gaps.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which gaps between letters part words.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/writing_order.h"
 
 #include <algorithm>

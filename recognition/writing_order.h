@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // From the order on the screen to the order of reading and back.
 #pragma once
 

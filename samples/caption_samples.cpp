@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "samples/caption_samples.h"
 
 #include <cstdio>

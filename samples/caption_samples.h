@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The recordings with captions.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The sample with digital captions.
 #pragma once
 

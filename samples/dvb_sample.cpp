@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "samples/dvb_sample.h"
 
 #include <algorithm>

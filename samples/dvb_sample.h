@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The recording with DVB subtitles.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Captions as an encoder sends them: one byte pair a frame and field.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Writes the samples into a folder: make_samples FOLDER
 #include <cstdio>
 #include <filesystem>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "samples/samples.h"
 
 #include "samples/caption_samples.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The recordings that are shipped in this folder.
 #pragma once
 

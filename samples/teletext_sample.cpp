@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "samples/teletext_sample.h"
 
 #include <algorithm>

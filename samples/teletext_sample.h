@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The recording with teletext.
 #pragma once
 

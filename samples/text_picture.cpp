@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "samples/text_picture.h"
 
 #include <algorithm>

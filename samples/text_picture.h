@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Text as broadcasters draw it into DVB subtitles.
 #pragma once
 

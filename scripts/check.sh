@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # What the tests do not see: the format, what clang-tidy says of what changed, Clang's warnings, and a
 # short run of every fuzz target. The base of the change is TESSARY_BASE, or the commit before.
 set -eu

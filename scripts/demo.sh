@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # From a fresh clone to subtitles on the screen: sets up, builds the program and converts samples.
 set -eu
 cd "$(dirname "$0")/.."

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Puts Debian's TinyXML source, with Debian's patches, into build/tinyxml: the Windows build compiles
 # it, so that both platforms write the same documents. Quick when it is there. Needs no root.
 set -eu

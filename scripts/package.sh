@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Builds the Windows package, a zip and an installer, in build/package, and tries both under Wine.
 set -eu
 cd "$(dirname "$0")/.."

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Installs every Debian package that building, testing and packaging use. Quick when all is there.
 set -eu
 cd "$(dirname "$0")/.."

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Sets up, builds and runs every test: native, under the sanitizers, and for Windows under Wine.
 set -eu
 cd "$(dirname "$0")/.."

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/caption_service_descriptor.h"
 
 #include "model/descriptors.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The caption services that a stream's descriptors announce.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/caption_services.h"
 
 #include <array>

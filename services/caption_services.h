@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The caption services of a stream.
 #pragma once
 

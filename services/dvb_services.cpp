@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/dvb_services.h"
 
 #include <span>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The DVB subtitles of a stream.
 #pragma once
 

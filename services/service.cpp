@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/service.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The subtitle services of a recording: what can be listed, chosen and converted.
 #pragma once
 

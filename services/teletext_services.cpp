@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/teletext_services.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The teletext subtitle pages of a stream.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which pages of a teletext stream carry text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "sessions/chain_host.h"
 
 #include <exception>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The conversion chain as the filter's worker runs it, without the worker.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "sessions/cue_sessions.h"
 
 #include "sessions/dtvcc_session.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Services to sessions.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "sessions/dtvcc_session.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Digital captions under conversion.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One pass over a recording with every service that is wanted.
 #pragma once
 

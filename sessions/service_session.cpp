@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "sessions/service_session.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One service under conversion.
 #pragma once
 

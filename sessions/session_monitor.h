@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What sessions tell whoever watches them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "sessions/session_statistics.h"
 
 #include <nlohmann/json.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What passed through a session, for whoever asks with --stats.
 #pragma once
 

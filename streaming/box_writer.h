@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Writes the boxes of ISO/IEC 14496-12, clause 4.2.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streaming/dash_manifest.h"
 
 #include <tinyxml.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The media presentation description of MPEG-DASH (ISO/IEC 23009-1).
 #pragma once
 

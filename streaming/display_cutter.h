@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a service shows, cut at the boundaries of segments.
 #pragma once
 

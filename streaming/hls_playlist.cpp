@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streaming/hls_playlist.h"
 
 #include <chrono>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Playlists of HTTP Live Streaming (RFC 8216).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streaming/mp4_track.h"
 
 #include <algorithm>

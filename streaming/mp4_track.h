@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A track of subtitles in fragmented MP4 (ISO/IEC 14496-12, -30).
 #pragma once
 

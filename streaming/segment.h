@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A segment of a stream: where it lies, and nothing of what it holds.
 #pragma once
 

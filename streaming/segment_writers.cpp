@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streaming/segment_writers.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a segment holds, in each format.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streaming/segmenter.h"
 
 #include <algorithm>

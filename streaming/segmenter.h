@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where the segments of a stream begin and end.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The segments of a stream as manifests list them.
 #pragma once
 

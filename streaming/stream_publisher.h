@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Segments and manifests of all services of a stream, in the order that keeps them true.
 #pragma once
 

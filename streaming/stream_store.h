@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where the files of a stream are put.
 #pragma once
 

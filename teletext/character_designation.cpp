@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "teletext/character_designation.h"
 
 #include "teletext/hamming.h"

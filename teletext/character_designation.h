@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which character sets a page or a magazine uses (ETSI EN 300 706, 9.4.2 and 9.5.1).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "teletext/character_sets.h"
 
 #include <string_view>

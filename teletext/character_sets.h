@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The letters of teletext.
 #pragma once
 

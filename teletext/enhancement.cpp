@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "teletext/enhancement.h"
 
 #include "teletext/hamming.h"

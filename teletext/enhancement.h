@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Characters that packet 26 puts in the place of others (ETSI EN 300 706, 12.3).
 #pragma once
 

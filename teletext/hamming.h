@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The codes that protect teletext bytes. All tables are computed from their definitions.
 #pragma once
 

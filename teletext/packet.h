@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Teletext packets in the PES data field (ETSI EN 300 472, 4.2).
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Packets by their numbers, and pages by theirs.
 #pragma once
 

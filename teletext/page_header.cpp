@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "teletext/page_header.h"
 
 #include <algorithm>

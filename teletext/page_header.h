@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The page header, packet 0 (ETSI EN 300 706, 9.3.1).
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A page as a receiver keeps it, and what it shows of it.
 #pragma once
 

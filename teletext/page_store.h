@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The rows of the page that is followed.
 #pragma once
 

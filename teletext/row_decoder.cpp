@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "teletext/row_decoder.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The bytes of a row to runs of boxed text (ETSI EN 300 706, 12.2).
 #pragma once
 

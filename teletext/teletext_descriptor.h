@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The teletext pages that a stream's descriptors name, and which of them to follow.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "teletext/teletext_display_decoder.h"
 
 #include <algorithm>

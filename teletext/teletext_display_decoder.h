@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Teletext pages as a receiver shows them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "teletext/teletext_parser.h"
 
 #include "teletext/packet_numbers.h"

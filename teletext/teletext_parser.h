@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Teletext subtitles: the parser of PES data fields.
 #pragma once
 

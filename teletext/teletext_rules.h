@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where the filter's teletext parser and a receiver differ.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a caption decoder tells its listener, written so that tests can read it.
 #pragma once
 

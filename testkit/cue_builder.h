@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Subtitles for tests, written as they look.
 #pragma once
 

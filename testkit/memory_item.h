@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Input samples in memory.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Stand-ins for what is around a reader.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A sink that keeps what is delivered.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "testkit/temporary_directory.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A place for files that a test makes.
 #pragma once
 

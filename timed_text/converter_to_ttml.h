@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // TTML documents for all kinds of subtitle.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "timed_text/converter_to_webvtt.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // WebVTT cue bodies.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // SRT entry text.
 #pragma once
 

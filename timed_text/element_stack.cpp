@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "timed_text/element_stack.h"
 
 #include <tinyxml.h>

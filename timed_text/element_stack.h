@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Builds one XML element from the outside in.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // PNG files from pixels, by whatever the platform offers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "timed_text/ttml_image.h"
 
 #include <tinyxml.h>

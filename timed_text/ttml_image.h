@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pictures in TTML: SMPTE-TT images (SMPTE ST 2052-1).
 #pragma once
 

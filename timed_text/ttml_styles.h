@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Styles of text: from the codes of the subtitle systems to TTML's attributes.
 #pragma once
 

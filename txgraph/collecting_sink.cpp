@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txgraph/collecting_sink.h"
 
 #include <wrl/client.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A renderer that hands what it receives to its host.
 #pragma once
 

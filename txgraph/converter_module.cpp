@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txgraph/converter_module.h"
 
 #include <array>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // From the module's name, or its registration, to a filter.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txgraph/graph_replay.h"
 
 #include <qedit.h>

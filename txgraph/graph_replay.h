@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A recording through the filter in a real graph.
 #pragma once
 

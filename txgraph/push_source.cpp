@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txgraph/push_source.h"
 
 #include <wrl/client.h>

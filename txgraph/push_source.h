@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A source filter that a host pushes samples through.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txgraph/recording.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Recorded samples in memory.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txgraph/replay_statistics.h"
 
 #include <windows.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How fast a replay went.
 #pragma once
 

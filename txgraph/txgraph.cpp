@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // txgraph: replays recorded samples through the filter in a DirectShow graph, and writes what it
 // delivers.
 #include <objbase.h>

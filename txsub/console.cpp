@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txsub/console.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the program says to whoever runs it: messages and the progress line.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Base64 (RFC 4648, clause 4).
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Bits out of bytes, most significant bit first.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The exceptions of the system's components.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // SMPTE time codes at the frame rates of video.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/utf.h"
 
 #include <array>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // UTF-8 to UTF-16.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Paths as users type them.
 #pragma once
 

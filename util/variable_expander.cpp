@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/variable_expander.h"
 
 #include <optional>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Text templates that name variables as ${name}.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/frames/frame_files.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The cues of one service as frames.
 #pragma once
 

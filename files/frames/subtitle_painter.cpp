@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/frames/subtitle_painter.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One subtitle on one frame, whatever its kind.
 #pragma once
 

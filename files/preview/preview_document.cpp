@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/preview/preview_document.h"
 
 #include <string_view>

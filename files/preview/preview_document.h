@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A page that shows every subtitle of a recording in a browser.
 #pragma once
 

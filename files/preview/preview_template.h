@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The page around the data of a preview: preview.html, cut where the data go.
 #pragma once
 

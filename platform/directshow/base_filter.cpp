@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/directshow/base_filter.h"
 
 #include <wrl/client.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What every DirectShow filter has: states, clock, pins, its place in a graph.
 #pragma once
 

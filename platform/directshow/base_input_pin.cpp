@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/directshow/base_input_pin.h"
 
 #include <wrl/client.h>

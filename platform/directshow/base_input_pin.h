@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A pin that takes samples.
 #pragma once
 

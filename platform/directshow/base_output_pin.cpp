@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/directshow/base_output_pin.h"
 
 #include <wrl/client.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What input and output pins share: connecting, and what is known of the connection.
 #pragma once
 

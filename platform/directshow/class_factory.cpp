@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/directshow/class_factory.h"
 
 #include <array>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The class factory of a module and its way into the registry.
 #pragma once
 

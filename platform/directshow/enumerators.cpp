@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/directshow/enumerators.h"
 
 #include <new>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The enumerators of pins and of media types.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A critical section and its guard.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Media types as values.
 #pragma once
 

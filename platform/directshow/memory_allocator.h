@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Samples in memory.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The DirectShow base classes, by the name under which the platform ships its own: code that
 // includes this header builds against either set.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/directshow/unknown.h"
 
 static_assert(sizeof(INonDelegatingUnknown) == sizeof(IUnknown));

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // IUnknown for objects that may be aggregated.
 #pragma once
 

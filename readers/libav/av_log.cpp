@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/libav/av_log.h"
 
 #include <atomic>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Messages of the libav libraries on their way to our log.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/libav/av_module.h"
 
 #include "readers/libav/av_reader.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The reader on libavformat as a module of its own. libavformat brings over a hundred libraries
 // with it; loading them takes longer than reading a hundred megabytes of a transport stream.
 #pragma once

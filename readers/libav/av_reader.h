@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Recordings in every container but MPEG-TS, through libavformat.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How containers other than MPEG-TS wrap what the chain takes.
 #pragma once
 

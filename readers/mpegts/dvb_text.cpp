@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/mpegts/dvb_text.h"
 
 #include "teletext/character_sets.h"

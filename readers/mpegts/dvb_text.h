@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Text fields of DVB tables.
 #pragma once
 

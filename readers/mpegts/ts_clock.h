@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The 33-bit clocks of a program on one line of time.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Packets to their streams, by PID.
 #pragma once
 

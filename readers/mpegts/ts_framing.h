@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where transport packets begin in a run of bytes.
 #pragma once
 

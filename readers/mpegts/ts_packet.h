@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One transport packet, and the order of those of one PID.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/mpegts/ts_pes.h"
 
 #include <bitstream/mpeg/pes.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // PES packets and what their payloads show.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/mpegts/ts_program_times.h"
 
 namespace korr::txsub {

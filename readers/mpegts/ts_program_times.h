@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The clocks of all programs, and the times seen on each.
 #pragma once
 

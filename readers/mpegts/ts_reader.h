@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // MPEG transport streams.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a transport stream reader says about damage.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The elementary streams of a transport stream that the reader follows.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/mpegts/ts_stream_kind.h"
 
 #include "model/descriptors.h"

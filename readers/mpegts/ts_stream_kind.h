@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a PID holds, as tables tell it or as its content does.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/mpegts/ts_tables.h"
 
 // Not all of dvb/si.h: its times need functions that Windows lacks.

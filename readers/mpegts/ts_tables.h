@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The tables that tell what a transport stream holds.
 #pragma once
 

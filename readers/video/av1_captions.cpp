@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/video/av1_captions.h"
 
 #include <algorithm>

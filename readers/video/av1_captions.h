@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Captions in AV1 video.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/video/caption_user_data.h"
 
 #include <algorithm>

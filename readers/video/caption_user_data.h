@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Captions as video streams carry them: ATSC user data, bare or in SEI messages.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/video/picture_clock.h"
 
 #include <algorithm>

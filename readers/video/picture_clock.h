@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // When a picture is shown that has no time of its own.
 #pragma once
 

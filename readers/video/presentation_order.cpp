@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/video/presentation_order.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // From the order in which pictures are decoded to the order in which they are shown.
 #pragma once
 

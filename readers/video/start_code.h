@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The start codes that divide a video elementary stream.
 #pragma once
 

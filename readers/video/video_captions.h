@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Captions out of video, without decoding a picture.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/video/video_syntax.h"
 
 namespace korr::txsub {

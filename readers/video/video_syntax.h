@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the first bytes of a unit of video data tell: enough to find pictures and their captions.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The module's two functions, called by engine_loader.cpp.
 #include "recognition/tesseract/engine_module.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The engine as a module of its own: loading it, and its data, takes longer than reading a
 // recording whose letters are known.
 #pragma once

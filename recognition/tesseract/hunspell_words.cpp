@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/tesseract/hunspell_words.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Words of a language by Hunspell.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where the program is built without an engine.
 #include "recognition/tesseract/engine_module.h"
 #include "util/exception.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recognition/tesseract/tesseract_engine.h"
 
 #include <tesseract/baseapi.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Lines read by Tesseract.
 #pragma once
 

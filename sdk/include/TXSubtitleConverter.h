@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The Tessary Subtitle Converter for hosts: identifiers, media types, configuration and logging.
 // C++17, any compiler for 64-bit Windows. See docs/integrating.md for a graph built step by step.
 #pragma once

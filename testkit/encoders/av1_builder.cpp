@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "testkit/encoders/av1_builder.h"
 
 #include "testkit/encoders/bit_writer.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // AV1 video with captions, small enough to read in a test.
 #pragma once
 

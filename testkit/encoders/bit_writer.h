@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Bits into bytes, most significant bit first.
 #pragma once
 

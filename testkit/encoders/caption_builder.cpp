@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "testkit/encoders/caption_builder.h"
 
 #include <bit>

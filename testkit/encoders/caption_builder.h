@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Line-21 byte pairs as cc_data triplets, written the way a caption author thinks of them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "testkit/encoders/dtvcc_encoder.h"
 
 #include <algorithm>

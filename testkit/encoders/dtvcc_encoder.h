@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Digital captions (CEA-708), written the way a caption author thinks of them.
 #pragma once
 

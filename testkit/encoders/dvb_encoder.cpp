@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "testkit/encoders/dvb_encoder.h"
 
 #include <algorithm>

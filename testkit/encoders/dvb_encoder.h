@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // DVB subtitles, segment by segment (EN 300 743).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "testkit/encoders/still_video.h"
 
 #include "testkit/encoders/bit_writer.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The coded data of a grey picture, 64 by 48 at 29.97 Hz, that every decoder accepts.
 #pragma once
 

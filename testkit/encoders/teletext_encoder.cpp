@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "testkit/encoders/teletext_encoder.h"
 
 #include <algorithm>

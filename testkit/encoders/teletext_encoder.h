@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Teletext packets and PES data fields, written the way a subtitle author thinks of them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "testkit/encoders/ts_builder.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Transport streams, packet by packet.
 #pragma once
 

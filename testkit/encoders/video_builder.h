@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Video elementary streams with captions, small enough to read in a test.
 #pragma once
 

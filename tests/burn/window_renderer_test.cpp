@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "burn/window_renderer.h"
 
 #include <gmock/gmock.h>

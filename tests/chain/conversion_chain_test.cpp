@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "chain/conversion_chain.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "closed_caption/caption_display_decoder.h"
 
 #include <gmock/gmock.h>

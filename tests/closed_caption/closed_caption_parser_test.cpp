@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "closed_caption/closed_caption_parser.h"
 
 #include <gmock/gmock.h>

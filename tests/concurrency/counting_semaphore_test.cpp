@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "concurrency/counting_semaphore.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "concurrency/generation_queue.h"
 
 #include <gtest/gtest.h>

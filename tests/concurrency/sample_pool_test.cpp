@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "concurrency/sample_pool.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cues/cue_recorder.h"
 
 #include <gmock/gmock.h>

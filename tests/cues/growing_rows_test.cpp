@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cues/growing_rows.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/dtvcc/reference_model.h"
 
 #include <algorithm>

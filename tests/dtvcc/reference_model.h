@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A second receiver of digital captions, slow and simple, for comparison.
 #pragma once
 

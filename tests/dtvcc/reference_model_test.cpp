@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The decoder and the reference model, over streams of random commands.
 #include "tests/dtvcc/reference_model.h"
 

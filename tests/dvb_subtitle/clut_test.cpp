@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/clut.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A parser under test, its log and its pictures as text.
 #pragma once
 

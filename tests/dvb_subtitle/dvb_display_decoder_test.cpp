@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/dvb_display_decoder.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/dvb_subtitle_parser.h"
 
 #include <gmock/gmock.h>

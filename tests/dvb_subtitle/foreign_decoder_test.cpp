@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Real recordings, decoded here and by libavcodec, picture by picture. Colours may differ by a step
 // or two: its conversion to RGB has rounded factors, and its alpha is not ours where a colour is
 // all but transparent. What is fully transparent has no colour to compare.

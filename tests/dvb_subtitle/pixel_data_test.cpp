@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dvb_subtitle/pixel_data.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A decoder that follows a receiver, its log and what it showed as text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/caption_file.h"
 
 #include <gmock/gmock.h>

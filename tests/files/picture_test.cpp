@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/picture.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Files for players, written whole and read back.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/files/ttml_rules.h"
 
 #include <tinyxml.h>

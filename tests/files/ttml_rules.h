@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What EBU-TT-D asks of a document.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Digital captions in playable files.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What goes wrong around the filter, and that nothing hangs, leaks or crashes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

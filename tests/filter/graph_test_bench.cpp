@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/filter/graph_test_bench.h"
 
 #include <chrono>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The filter in a real graph, between a source and a sink that the test holds in its hands.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // An allocator that a test interferes with.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Messages as finished text, for hosts in other languages.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

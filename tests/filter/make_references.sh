@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Converts recordings with the native program: what the filter has to deliver, too.
 #   make_references.sh TXSUB OUTPUT-DIRECTORY
 # Writes OUTPUT-DIRECTORY/cases.txt, a line each: a recording of samples, the number of its reference

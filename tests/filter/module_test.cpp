@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The module as the system sees it: registered, listed, created, unloaded.
 #include <dshow.h>
 #include <gtest/gtest.h>

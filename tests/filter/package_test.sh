@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Installs, uses and removes the package under Wine: the zip as docs/integrating.md says, then the
 # installer. Needs what scripts/package.sh has built; exits with 77 without it.
 set -eu

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the pins accept, propose and ask for.
 #include <gmock/gmock.h>
 

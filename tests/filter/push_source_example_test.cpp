@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The source that the package carries as an example.
 #include "push_source.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A logger of the filter that keeps what it is told.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The sink calls back from within its own Receive, on the filter's worker: hosts must not, and yet
 // nothing may be freed that is in use further up, and nothing old may come out later.
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The filter delivers what the native program makes of the same recording.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What renderers ask of the filter's output goes on to the source.
 #include <gtest/gtest.h>
 

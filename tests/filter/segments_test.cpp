@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Segments come out in their place among the samples.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What one stream leaves for the next, and who starts it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

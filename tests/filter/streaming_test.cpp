@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What comes out of the filter in a running graph.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

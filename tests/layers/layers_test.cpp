@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Who may use whom, as docs/architecture.md says.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Installs the program into a folder of its own, and runs it from there: with the modules that it
 # loads late, and nothing of the build.
 set -eu

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The rules of COM and DirectShow that filters get wrong most often, on a filter with two pins.
 #include <gtest/gtest.h>
 #include <streams.h>

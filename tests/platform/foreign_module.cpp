@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // As a module of another version would be.
 extern "C" {
 extern const char tessaryBuildTag[];

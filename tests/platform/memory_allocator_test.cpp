@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/directshow/memory_allocator.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/module_loader.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "timed_text/png_encoder.h"
 
 #include <gtest/gtest.h>

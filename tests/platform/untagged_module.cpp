@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // As a module from before there were tags would be.
 extern "C" {
 int answer();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/line_reader.h"
 
 #include <gmock/gmock.h>

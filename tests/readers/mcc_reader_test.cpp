@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/mcc_reader.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/open_input.h"
 
 #include <fcntl.h>

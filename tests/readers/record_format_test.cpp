@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/record_format.h"
 
 #include <gtest/gtest.h>

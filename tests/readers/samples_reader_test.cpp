@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/samples_reader.h"
 
 #include <gmock/gmock.h>

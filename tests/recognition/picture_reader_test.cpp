@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pictures drawn with the letters of the samples, and an engine that knows them.
 #include "recognition/picture_reader.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "sessions/service_pass.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A monitor that lets everything pass.
 #pragma once
 

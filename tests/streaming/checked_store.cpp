@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/streaming/checked_store.h"
 
 #include <cmath>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A store that holds a stream to the rules with every file that is put there.
 #pragma once
 

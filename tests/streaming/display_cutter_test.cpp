@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streaming/display_cutter.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Reads back what a movie fragment holds, for tests; knows nothing of the writer.
 #pragma once
 

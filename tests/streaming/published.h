@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Fills a history with segments of six seconds.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streaming/stream_publisher.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "teletext/hamming.h"
 
 #include <gtest/gtest.h>

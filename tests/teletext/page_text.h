@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Teletext pages as text that tests compare.
 #pragma once
 

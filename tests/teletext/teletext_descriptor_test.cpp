@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "teletext/teletext_descriptor.h"
 
 #include <gtest/gtest.h>

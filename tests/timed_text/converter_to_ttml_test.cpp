@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "timed_text/converter_to_ttml.h"
 
 #include <gtest/gtest.h>

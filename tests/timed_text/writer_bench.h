@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the tests of the writers share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Renders TTML documents with imsc in headless Chromium and says what was shown.
 //
 //   node render_ttml.mjs IMSC_SCRIPT [--screenshots] DOCUMENT...

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Has imsc, a renderer of TTML, show what txsub writes. Skips (77) where the tools are not at hand.
 #   render_ttml_test.sh TXSUB DIRECTORY [--screenshots]
 set -eu

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A browser without a window.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Digital captions through the program.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/txsub/program_runner.h"
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Runs the program as a user would.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Frames as users get them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Whole recordings with teletext, as users convert them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/bit_reader.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The program's commands.
 #pragma once
 

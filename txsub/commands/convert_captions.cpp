@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // convert -o FILE.scc or FILE.mcc: captions as they were sent.
 #include <algorithm>
 #include <optional>

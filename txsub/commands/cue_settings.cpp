@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txsub/commands/commands.h"
 
 namespace korr::txsub {

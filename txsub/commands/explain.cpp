@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txsub/commands/explain.h"
 
 #include "readers/byte_source.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What commands say of an input in which they find nothing.
 #pragma once
 

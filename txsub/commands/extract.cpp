@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <map>
 
 #include "files/output_file.h"

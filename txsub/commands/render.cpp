@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cues/cue_time.h"
 #include "files/cue_track.h"
 #include "files/frames/frame_files.h"

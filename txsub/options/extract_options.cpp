@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "txsub/options/subcommand.h"
 
 namespace korr::txsub {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the subcommands of the command line are made of.
 #pragma once
 

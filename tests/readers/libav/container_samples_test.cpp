@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/libav/container_samples.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Small transport streams, and what a reader makes of them.
 #pragma once
 

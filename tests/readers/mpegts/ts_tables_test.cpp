@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/mpegts/ts_tables.h"
 
 #include <gmock/gmock.h>

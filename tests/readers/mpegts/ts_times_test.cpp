@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The times that come out of whole recordings; ts_clock_test.cpp has the rules.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "readers/video/video_captions.h"
 
 #include <gmock/gmock.h>
