@@ -100,7 +100,10 @@ void CueRecorder::endShown(MediaTime time) {
 }
 
 void CueRecorder::giveOut() {
-  if (open_) listener_.onCue(*open_);
+  if (open_) {
+    tally_.add(*open_);
+    listener_.onCue(*open_);
+  }
   open_.reset();
 }
 

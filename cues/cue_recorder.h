@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "cues/cue.h"
+#include "cues/cue_tally.h"
 #include "model/display.h"
 
 namespace korr::txsub {
@@ -26,6 +27,9 @@ class CueRecorder final : public encoding::subtitling::IDisplayListener {
 
   /// Whether any subtitle with something to see has come.
   bool hasShown() const { return hasShown_; }
+
+  /// Of the cues handed out so far.
+  const CueTally& tally() const { return tally_; }
 
   /// Whether a picture has come that times out at the moment that it is shown.
   bool hasTimedOutAtOnce() const { return hasTimedOutAtOnce_; }
@@ -47,6 +51,7 @@ class CueRecorder final : public encoding::subtitling::IDisplayListener {
   std::optional<Shown> shown_;  // nothing: the screen is empty
   MediaTime lastTime_ = 0;      // of the last display
   std::optional<Cue> open_;     // may go on, if an equal subtitle follows at once
+  CueTally tally_;
   bool hasShown_ = false;
   bool hasTimedOutAtOnce_ = false;
 };

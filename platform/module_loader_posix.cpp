@@ -8,13 +8,14 @@
 
 #include "platform/build_tag.h"
 #include "platform/module_loader.h"
+#include "platform/process.h"
 #include "util/exception.h"
 
 namespace korr::platform {
 namespace {
 
 std::filesystem::path findModule(const char* module) {
-  const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  const auto folder = programFile().parent_path();
   for (const auto& candidate : {folder / module, folder.parent_path() / "lib/txsub" / module}) {
     if (std::filesystem::exists(candidate)) return candidate;
   }

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <system_error>
 
 namespace korr::platform::inline v2_1 {
 namespace {
@@ -38,6 +39,21 @@ unsigned long processId() {
   return GetCurrentProcessId();
 #else
   return static_cast<unsigned long>(getpid());
+#endif
+}
+
+std::filesystem::path programFile() {
+#ifdef _WIN32
+  std::wstring name(32768, L'\0');  // the longest that there is
+  const DWORD size = GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size()));
+  if (size == 0) {
+    throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
+                            "GetModuleFileName");
+  }
+  name.resize(size);
+  return name;
+#else
+  return std::filesystem::read_symlink("/proc/self/exe");
 #endif
 }
 

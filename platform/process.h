@@ -3,6 +3,7 @@
 // Who and where this process is.
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 namespace korr::platform::inline v2_1 {
@@ -12,5 +13,8 @@ std::string hostName();
 
 /// Tells the processes of a machine apart.
 unsigned long processId();
+
+/// The file of the program that runs. Throws std::system_error when the system does not say.
+std::filesystem::path programFile();
 
 }  // namespace korr::platform::inline v2_1

@@ -22,6 +22,7 @@ class DtvccSession final : public ServiceSession {
   void endInput(MediaTime end) override;
   void flush() override { output_->flush(); }
   HostCounters counters() const override { return counters_; }
+  std::optional<CueTally> tally() const override { return recorder_.tally(); }
   void commit() override { output_->commit(); }
 
  private:

@@ -25,7 +25,7 @@ ServicePass::ServicePass(IMediaReader& reader, Wanted wanted, MakeFinder makeFin
       monitor_(monitor) {
 }
 
-void ServicePass::run() {
+bool ServicePass::read() {
   while (reader_.read(*this)) {
     monitor_.showProgress(reader_.progress());
     // Whoever reads along with a live input wants what has come so far; a file is soon read.
@@ -35,7 +35,7 @@ void ServicePass::run() {
     if (monitor_.isStopWanted()) break;
   }
   monitor_.endProgress();
-  complete();
+  return !monitor_.isStopWanted();  // which also ends the input that a reader waits for
 }
 
 bool ServicePass::onStream(const StreamInfo& info) {

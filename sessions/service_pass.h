@@ -33,9 +33,16 @@ class ServicePass final : public IReaderListener {
   ServicePass(IMediaReader& reader, Wanted wanted, MakeFinder makeFinder, MakeSession makeSession,
               ISessionMonitor& monitor);
 
-  /// Reads to the end, or until the user interrupts, and completes the outputs of all sessions
-  /// that have shown anything.
-  void run();
+  /// Reads to the end, or until the user interrupts: false then.
+  bool read();
+
+  /// Completes the outputs of all sessions that have shown anything.
+  void complete();
+
+  void run() {
+    read();
+    complete();
+  }
 
   bool onStream(const StreamInfo& stream) override;
   void onSample(const StreamInfo& stream, const InputSample& sample) override;
@@ -59,7 +66,6 @@ class ServicePass final : public IReaderListener {
   void addServices(Stream& stream, const std::vector<Service>& services);
   void settle(MediaTime now);
   void choose(ServiceSession* chosen);
-  void complete();
 
   IMediaReader& reader_;
   Wanted wanted_;

@@ -53,6 +53,9 @@ class ServiceSession {
 
   virtual HostCounters counters() const = 0;
 
+  /// Of the cues so far; nothing where there are none by nature.
+  virtual std::optional<CueTally> tally() const { return std::nullopt; }
+
   /// Gives the opened output its name.
   virtual void commit() = 0;
 
@@ -83,6 +86,7 @@ class CueSession final : public ServiceSession {
   void endInput(MediaTime end) override;
   void flush() override { output_->flush(); }
   HostCounters counters() const override { return host_.counters(); }
+  std::optional<CueTally> tally() const override { return recorder_.tally(); }
   void commit() override { output_->commit(); }
 
  private:

@@ -14,6 +14,13 @@ std::string counterName(ConversionMode mode) {
   return std::string("subtitle_converter_") + displayName(mode);
 }
 
+// To the millisecond.
+double seconds(MediaTime time, MediaTime origin) {
+  using encoding::subtitling::kMillisecond;
+  const MediaTime since = time > origin ? time - origin : 0;
+  return static_cast<double>((since + kMillisecond / 2) / kMillisecond) / 1000;
+}
+
 std::string counted(std::uint64_t count, const char* noun) {
   return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
@@ -36,21 +43,30 @@ std::string statisticsText(const ServiceSession& session, ConversionMode mode) {
   return text;
 }
 
-std::string statisticsJson(const ServiceSession& session, ConversionMode mode) {
+std::string statisticsJson(const ServiceSession& session, ConversionMode mode,
+                           const std::string& file, MediaTime origin) {
   const HostCounters counters = session.counters();
-  const nlohmann::ordered_json json{{"name", counterName(mode)},
-                                    {"service", describe(session.service())},
-                                    {"samples", counters.samples},
-                                    {"errors", counters.errors},
-                                    {"units", counters.chain.units},
-                                    {"unitBytes", counters.chain.unitBytes},
-                                    {"untimedUnits", counters.chain.untimedUnits},
-                                    {"documents", counters.chain.documents},
-                                    {"buffers", counters.chain.buffers},
-                                    {"documentBytes", counters.chain.documentBytes},
-                                    {"droppedPages", counters.chain.droppedPages},
-                                    {"cutDocuments", counters.chain.cutDocuments}};
-  return json.dump();
+  nlohmann::ordered_json json{{"name", counterName(mode)},
+                              {"service", describe(session.service())},
+                              {"samples", counters.samples},
+                              {"errors", counters.errors},
+                              {"units", counters.chain.units},
+                              {"unitBytes", counters.chain.unitBytes},
+                              {"untimedUnits", counters.chain.untimedUnits},
+                              {"documents", counters.chain.documents},
+                              {"buffers", counters.chain.buffers},
+                              {"documentBytes", counters.chain.documentBytes},
+                              {"droppedPages", counters.chain.droppedPages},
+                              {"cutDocuments", counters.chain.cutDocuments}};
+  if (!file.empty()) json["file"] = file;
+  if (const auto tally = session.tally()) {
+    json["cues"] = tally->cues;
+    if (tally->cues != 0) {
+      json["first"] = seconds(tally->first, origin);
+      json["last"] = seconds(tally->last, origin);
+    }
+  }
+  return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 }  // namespace korr::txsub

@@ -141,7 +141,7 @@ TEST_F(DvbRecordings, AreAServiceForEachPageButOneForSamples) {
 
 TEST_F(DvbRecordings, SayThatNoPageIsShownForAnyTime) {
   const auto silent = DvbRecording().page(kPid, 0, 0).page(kPid, 10, 0).write(directory_);
-  EXPECT_THAT(errorsOf(1, {"convert", silent, "-o", directory_.file("pictures/")}),
+  EXPECT_THAT(errorsOf(3, {"convert", silent, "-o", directory_.file("pictures/")}),
               testing::EndsWith("pages.ts': the pages of DVB subtitles of PID 0x0200 have a "
                                 "time-out of 0 seconds\n"));
   EXPECT_THAT(directory_.names(), ElementsAre("pages.ts"));

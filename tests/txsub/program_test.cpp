@@ -155,8 +155,8 @@ TEST_F(ProgramTest, SaysWhyAnInputCannotBeRead) {
 TEST_F(ProgramTest, ExplainsWhenNothingIsFound) {
   const std::string silent =
       directory_.write("silent.scc", "Scenarist_SCC V1.0\n\n00:00:01:00\t8080 8080\n");
-  EXPECT_THAT(errorsOf(1, {"convert", silent}), HasSubstr("no subtitles are shown in"));
-  EXPECT_THAT(errorsOf(1, {"convert", captions(), "--page", "CC3"}),
+  EXPECT_THAT(errorsOf(3, {"convert", silent}), HasSubstr("no subtitles are shown in"));
+  EXPECT_THAT(errorsOf(3, {"convert", captions(), "--page", "CC3"}),
               HasSubstr("'txsub probe' lists what there is"));
 }
 
@@ -286,7 +286,7 @@ TEST_F(ProgramTest, DocumentsEveryOptionInTheManual) {
   std::string manual(std::istreambuf_iterator<char>(file), {});
   std::erase(manual, '\\');  // "\-\-page" reads as "--page"
   ASSERT_FALSE(manual.empty());
-  for (const char* command : {"convert", "probe", "extract", "render"}) {
+  for (const char* command : {"convert", "probe", "extract", "render", "batch"}) {
     const std::string help = outputOf({command, "--help"});
     EXPECT_THAT(help, HasSubstr("Examples:"));
     EXPECT_THAT(help, HasSubstr("Exit codes:"));

@@ -74,7 +74,7 @@ TEST(TeletextRecording, FollowsALanguage) {
   EXPECT_THAT(result.output, HasSubstr("<c.cyan>* Möwen schreien *</c>"));
   EXPECT_THAT(result.errors, HasSubstr("=> Follow language deu-imp on page 149\n"));
   EXPECT_THAT(srtLines({kSample, "--language", "swe"}), HasSubstr("Ålen är färsk i dag."));
-  errorsOf(1, {"convert", kSample, "--language", "nor"});
+  errorsOf(3, {"convert", kSample, "--language", "nor"});
 }
 
 TEST(TeletextRecording, TellsThePageThatAReplayFollows) {

@@ -96,14 +96,22 @@ class Conversion {
                            std::string_view extension) const;
   void reportStatistics(const ServicePass& pass);
   ExitCode report(const ServicePass& pass);
-  void explainNothing(const ServicePass& pass);
+  ExitCode explainNothing(const ServicePass& pass);
+  std::string explainRefusal(const std::string& input) const;
 
   const ConvertOptions& options_;
   Console& console_;
   OpenedInput input_;
   std::optional<Service> refused_;  // the first that the format cannot hold
   using Feed = std::tuple<std::uint32_t, std::uint32_t, std::optional<DvbPages>>;
+  static Feed feedOf(const Service& service) {
+    return {service.streamId, service.page, service.dvbPages};
+  }
+  MediaTime originOf(const Service& service) const {
+    return options_.absolute ? MediaTime{0} : input_.reader->startTime(service.program).value_or(0);
+  }
   std::map<Feed, std::uint32_t> feedIndexes_;  // in the order in which they were found
+  std::map<Feed, std::string> files_;          // of the services that have one
   std::set<std::string> paths_;                // of the files so far
   // Streams of DVB subtitles: all their pages give the same samples, as they would in the filter.
   std::set<std::uint32_t> sampled_;
@@ -126,7 +134,8 @@ ExitCode Conversion::run() {
         return makeSession(service, stream);
       },
       console_);
-  pass.run();
+  if (!pass.read() && options_.completeOnly) return kFailed;
+  pass.complete();
   return report(pass);
 }
 
@@ -143,8 +152,7 @@ std::unique_ptr<IServiceFinder> Conversion::makeFinder(const StreamInfo& stream)
 
 std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
                                                         const StreamInfo& stream) {
-  feedIndexes_.try_emplace({service.streamId, service.page, service.dvbPages},
-                           static_cast<std::uint32_t>(feedIndexes_.size() + 1));
+  feedIndexes_.try_emplace(feedOf(service), static_cast<std::uint32_t>(feedIndexes_.size() + 1));
   ChainConfiguration configuration = configurationOf(options_);
   if (!isReplay()) {
     configuration.page = service.page;
@@ -167,9 +175,7 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
     if (!refused_) refused_ = service;
     return nullptr;
   }
-  auto origin = [this, program = service.program] {
-    return options_.absolute ? MediaTime{0} : input_.reader->startTime(program).value_or(0);
-  };
+  auto origin = [this, service] { return originOf(service); };
   auto duration = [this, origin, program = service.program]() -> MediaTime {
     const MediaTime start = origin();
     return std::max(input_.reader->endTime(program).value_or(0), start) - start;
@@ -205,8 +211,9 @@ PlayableFormat Conversion::formatFor(const Service& service) const {
 
 std::string Conversion::pathFor(const Service& service, const StreamInfo& stream,
                                 std::string_view extension) {
-  if (!options_.all) return options_.output;
-  const std::string path = expandedPath(service, stream, extension);
+  std::string& path = files_[feedOf(service)];
+  path = options_.all ? expandedPath(service, stream, extension) : options_.output;
+  if (!options_.all) return path;
   const fs::path directory = pathFromUtf8(path).parent_path();
   std::error_code error;
   if (!directory.empty()) fs::create_directories(directory, error);
@@ -233,11 +240,10 @@ std::string Conversion::expandedPath(const Service& service, const StreamInfo& s
   }
   const std::string language = service.language.empty() ? "" : service.language + ' ';
   const auto expanded = expandTemplate(
-      options_.output,
-      {.feedIndex = feedIndexes_.at({service.streamId, service.page, service.dvbPages}),
-       .serviceName =
-           stream.serviceName.empty() ? language + displayName(service) : stream.serviceName,
-       .customName = options_.customName});
+      options_.output, {.feedIndex = feedIndexes_.at(feedOf(service)),
+                        .serviceName = stream.serviceName.empty() ? language + displayName(service)
+                                                                  : stream.serviceName,
+                        .customName = options_.customName});
   if (const auto* error = std::get_if<util::ExpansionError>(&expanded)) {
     throw UsageError(explain(*error, options_.output));
   }
@@ -252,7 +258,8 @@ void Conversion::reportStatistics(const ServicePass& pass) {
     if (options_.statistics == StatisticsFormat::Text) {
       console_.print(statisticsText(*session, mode));
     } else if (options_.statistics == StatisticsFormat::Json) {
-      console_.print(statisticsJson(*session, mode));
+      console_.print(statisticsJson(*session, mode, files_[feedOf(session->service())],
+                                    originOf(session->service())));
     }
   }
 }
@@ -262,11 +269,11 @@ ExitCode Conversion::report(const ServicePass& pass) {
   bool isAnyOpen = false;
   for (const auto* session : pass.sessions()) isAnyOpen = isAnyOpen || session->isOpen();
   if (isAnyOpen) return kDone;
-  explainNothing(pass);
-  return kFailed;
+  return explainNothing(pass);
 }
 
-void Conversion::explainNothing(const ServicePass& pass) {
+// Says why nothing came out. What another command line would bring out is a failure.
+ExitCode Conversion::explainNothing(const ServicePass& pass) {
   const std::string input = inputName(options_.input.path);
   const auto sessions = pass.ranked();
   const auto timedOut = std::find_if(sessions.begin(), sessions.end(), [](const auto* session) {
@@ -275,21 +282,21 @@ void Conversion::explainNothing(const ServicePass& pass) {
   if (const auto why = explainInput(*input_.reader, options_.input);
       !why.empty() && (sessions.empty() || !input_.reader->findings().hasAskedPid)) {
     console_.error(why);
-  } else if (timedOut != sessions.end()) {
-    console_.error("no subtitles are shown in " + input + ": the pages of " +
-                   describe((*timedOut)->service()) + " have a time-out of 0 seconds");
-  } else if (refused_ && refused_->type == SubtitleInputType::DvbSubtitle) {
-    console_.error(
-        describe(*refused_) + " in " + input +
-        " are pictures and cannot become text; use --mode ttml, or -o DIR/ for PNG files");
-  } else if (refused_) {
-    console_.error(describe(*refused_) + " in " + input +
-                   " is text and cannot become pictures; name a file, as in -o FILE" +
-                   std::string(extensionOf(playableFormat(options_.mode))));
-  } else if (isReplay() && !options_.query.page) {
+    return kFailed;
+  }
+  if (refused_) {
+    console_.error(explainRefusal(input));
+    return kFailed;
+  }
+  if (isReplay() && !options_.query.page) {
     console_.error(
         "nothing was shown: without --page, recorded samples are replayed with page 0; "
         "name the page or caption service, as in --page 1");
+    return kFailed;
+  }
+  if (timedOut != sessions.end()) {
+    console_.error("no subtitles are shown in " + input + ": the pages of " +
+                   describe((*timedOut)->service()) + " have a time-out of 0 seconds");
   } else if (pass.streamCount() == 0) {
     console_.error("there is no stream in " + input + " that could carry subtitles");
   } else if (options_.query.page || options_.input.pid || !options_.query.language.empty()) {
@@ -298,6 +305,17 @@ void Conversion::explainNothing(const ServicePass& pass) {
   } else {
     console_.error("no subtitles are shown in " + input);
   }
+  return kNoSubtitles;
+}
+
+std::string Conversion::explainRefusal(const std::string& input) const {
+  if (refused_->type == SubtitleInputType::DvbSubtitle) {
+    return describe(*refused_) + " in " + input +
+           " are pictures and cannot become text; use --mode ttml, or -o DIR/ for PNG files";
+  }
+  return describe(*refused_) + " in " + input +
+         " is text and cannot become pictures; name a file, as in -o FILE" +
+         std::string(extensionOf(playableFormat(options_.mode)));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "files/caption_file.h"
+#include "readers/byte_source.h"
 #include "readers/open_input.h"
 #include "txsub/commands/commands.h"
 
@@ -60,16 +61,12 @@ class CaptionCopy final : public IReaderListener {
 
 ExitCode copyCaptions(const ConvertOptions& options, IMediaReader& reader, Console& console) {
   CaptionCopy copy(reader, options, console);
-  while (reader.read(copy)) {
-    console.showProgress(reader.progress());
-    if (!console.isStopWanted()) continue;
-    console.note("interrupted; the output is complete up to here");
-    break;
-  }
+  while (reader.read(copy) && !console.isStopWanted()) console.showProgress(reader.progress());
   console.endProgress();
+  if (options.completeOnly && console.isStopWanted()) return kFailed;
   if (copy.finish()) return kDone;
-  console.error("there are no captions in '" + options.input.path + "'");
-  return kFailed;
+  console.error("there are no captions in " + inputName(options.input.path));
+  return kNoSubtitles;
 }
 
 }  // namespace korr::txsub

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
-#include "cues/cue.h"
+#include "cues/cue_tally.h"
 #include "cues/cue_time.h"
 #include "files/output_file.h"
 #include "readers/byte_source.h"
@@ -27,34 +27,22 @@ bool hasName(const Service& service) {
   return service.type != SubtitleInputType::DvbSubtitle || service.dvbPages.has_value();
 }
 
-/// How much of a service there is.
-struct Tally {
-  std::uint64_t cues = 0;
-  MediaTime first = 0;  // start of the first cue
-  MediaTime last = 0;   // stop of the last one
-  MediaTime shown = 0;  // sum of all
-};
-
 class TallyOutput final : public ICueOutput {
  public:
-  explicit TallyOutput(Tally& tally) : tally_(tally) {}
+  explicit TallyOutput(CueTally& tally) : tally_(tally) {}
 
-  void onCue(const Cue& cue) override {
-    if (tally_.cues++ == 0) tally_.first = cue.start;
-    tally_.last = cue.stop;
-    tally_.shown += cue.stop - cue.start;
-  }
+  void onCue(const Cue& cue) override { tally_.add(cue); }
   void open() override {}
   void flush() override {}
   void commit() override {}
 
  private:
-  Tally& tally_;
+  CueTally& tally_;
 };
 
 struct Finding {
   Service service;
-  Tally tally;
+  CueTally tally;
   MediaTime start = 0;  // of its program
 };
 
@@ -88,7 +76,7 @@ void tellPagesWithText(const Surveys& surveys, const Findings& findings, Console
 
 Findings probe(const ProbeOptions& options, Console& console) {
   const auto input = openInput(options.input.path, {.pid = options.input.pid, .logger = &console});
-  std::map<const ServiceSession*, std::unique_ptr<Tally>> tallies;
+  std::map<const ServiceSession*, std::unique_ptr<CueTally>> tallies;
   Surveys surveys;
   ServicePass pass(
       *input.reader, ServicePass::Wanted::All,
@@ -100,7 +88,7 @@ Findings probe(const ProbeOptions& options, Console& console) {
         return isTeletext ? withSurvey(std::move(finder), surveys[stream.pid]) : std::move(finder);
       },
       [&](const Service& service, const StreamInfo&) {
-        auto tally = std::make_unique<Tally>();
+        auto tally = std::make_unique<CueTally>();
         auto session = createCueSession(service, cueSettings(service, options.rules, input.format),
                                         std::make_unique<TallyOutput>(*tally), console);
         tallies[session.get()] = std::move(tally);

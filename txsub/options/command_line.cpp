@@ -41,7 +41,7 @@ std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>
   program.require_subcommand(1);
   program.footer(std::string(kProgramExamples) + "\n\n" + std::string(exitCodes()));
   std::vector<std::unique_ptr<ISubcommand>> subcommands;
-  for (const auto add : {addConvert, addProbe, addExtract, addRender, addPreview}) {
+  for (const auto add : {addConvert, addProbe, addExtract, addRender, addPreview, addBatch}) {
     subcommands.push_back(add(program));
   }
 

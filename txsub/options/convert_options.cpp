@@ -148,6 +148,9 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
   command_->add_flag("--stats{text}", statistics_,
                      "At the end print what passed through each conversion, to standard error; "
                      "--stats=json for programs");
+  command_->add_flag("--complete-only", options_.completeOnly,
+                     "An interrupted run leaves no output, instead of one that is complete up to "
+                     "there");
   command_->footer(footer(kExamples));
 }
 

@@ -22,8 +22,9 @@ namespace korr::txsub {
 /// How the program ends.
 enum ExitCode : int {
   kDone = 0,
-  kFailed = 1,  ///< the input could not be read or holds nothing asked for, or writing failed
+  kFailed = 1,  ///< the input could not be read, or the output not be made of it or not be written
   kUsage = 2,
+  kNoSubtitles = 3,  ///< the input was read, and nothing that was asked for is shown in it
 };
 
 struct InputOptions {
@@ -64,6 +65,7 @@ struct ConvertOptions {
   bool nonDrop = false;  ///< time codes of caption files count every frame
   bool all = false;
   StatisticsFormat statistics = StatisticsFormat::None;
+  bool completeOnly = false;  ///< an interrupted run leaves no output
 };
 
 struct ProbeOptions {
@@ -103,8 +105,25 @@ struct PreviewOptions {
   bool scan = false;
 };
 
-using Command =
-    std::variant<ConvertOptions, ProbeOptions, ExtractOptions, RenderOptions, PreviewOptions>;
+/// Every `count`-th of the jobs, from `index` on, which counts from 1.
+struct Shard {
+  std::uint32_t index = 1;
+  std::uint32_t count = 1;
+};
+
+struct BatchOptions {
+  InputOptions input;   ///< the manifest
+  std::string output;   ///< UTF-8; for the lines without one
+  std::string results;  ///< UTF-8; one line of JSON for each recording
+  std::uint32_t processes = 1;
+  Shard shard;
+  std::uint32_t timeLimit = 0;       ///< seconds a recording; 0: none
+  std::uint32_t memoryLimit = 0;     ///< MiB a recording; 0: none
+  std::vector<std::string> options;  ///< of `convert`, for the lines without any
+};
+
+using Command = std::variant<ConvertOptions, ProbeOptions, ExtractOptions, RenderOptions,
+                             PreviewOptions, BatchOptions>;
 
 /// The options do not fit together or do not fit the input: ends the program with kUsage.
 class UsageError final : public util::TessaryException {

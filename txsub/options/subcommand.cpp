@@ -13,9 +13,9 @@ using encoding::subtitling::dtvcc::Charset;
 constexpr const char* kExitCodes =
     "Exit codes:\n"
     "  0  done\n"
-    "  1  the input could not be read or holds nothing that was asked for, or the output could not "
-    "be written\n"
-    "  2  wrong usage";
+    "  1  the input could not be read, or the output not be made of it or not be written\n"
+    "  2  wrong usage\n"
+    "  3  the input was read, and nothing that was asked for is shown in it";
 
 constexpr const char* kInputs =
     "INPUT is told by its content, not by its name: an MPEG transport stream (188, 192 or "

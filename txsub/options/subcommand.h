@@ -33,6 +33,7 @@ std::unique_ptr<ISubcommand> addProbe(CLI::App& program);
 std::unique_ptr<ISubcommand> addExtract(CLI::App& program);
 std::unique_ptr<ISubcommand> addRender(CLI::App& program);
 std::unique_ptr<ISubcommand> addPreview(CLI::App& program);
+std::unique_ptr<ISubcommand> addBatch(CLI::App& program);
 
 /// Gives a program its --version, and its name to what it says of wrong usage.
 void introduce(CLI::App& program);
