@@ -4,9 +4,12 @@
 // time is spent here.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <span>
+#include <type_traits>
 
 #include "dvb_subtitle/code_string.h"
 #include "dvb_subtitle/dvb_rules.h"
@@ -31,7 +34,8 @@ enum class DataType : std::uint32_t {
 
 /// Paints one object (EN 300 743, 7.2.5). A `Surface` has a `width()`, counts its `pixelsWritten()`
 /// and gives out a `row(y)` on which `paintRun(x, length, pixel)` paints what lies inside;
-/// `pixelOf` makes its pixels from codes of the region's depth.
+/// `pixelOf` makes its pixels from codes of the region's depth; where these are the pixels, it is
+/// std::identity, and rows `paintPixels(x, pixels)` of several codes too.
 template <class Surface, class PixelOf>
 class ObjectPainter {
  public:
@@ -95,7 +99,7 @@ class ObjectPainter {
   template <PixelDepth Depth>
   void paintString(BitReader& reader) {
     if (depth_ == Depth) {  // as nearly always
-      paintRuns<Depth>(reader, [this](std::uint32_t code) { return pixelOf_(code); });
+      paintRuns<Depth>(reader, pixelOf_);
     } else {
       paintRuns<Depth>(reader, [this](std::uint32_t code) {
         return pixelOf_(mapCode(maps_, depth_, Depth, code));
@@ -113,8 +117,15 @@ class ObjectPainter {
     const bool keepsCode1 = keepsCode1_;
     const std::uint32_t longestRun = rules_.longestRun;
     const std::uint32_t fullAt = rules_.endsFullRows ? surface_.width() : ~std::uint32_t{0};
+    // Before the end of a row, where a string may end without a mark.
+    const std::uint32_t singleEnd = keepsCode1 ? 0 : fullAt - std::min(fullAt, kMostSinglePixels);
     std::uint32_t x = origin_.horizontal + x_;
-    while (const auto run = readRun(runs, Depth)) {
+    while (true) {
+      if constexpr (std::is_same_v<ToPixel, std::identity>) {
+        x = paintSinglePixels<Depth>(runs, row, x, singleEnd);
+      }
+      const auto run = readRun<Depth>(runs);
+      if (!run) break;
       if (run->length == 0 || run->length > longestRun) continue;
       if (!keepsCode1 || run->code != kNonModifyingCode) {
         row.paintRun(x, run->length, toPixel(run->code));
@@ -124,6 +135,20 @@ class ObjectPainter {
     }
     x_ = x - origin_.horizontal;
     reader = runs;
+  }
+
+  // Those that come before the next run and before `end`, as many at once as can be. Gives where it
+  // stopped.
+  template <PixelDepth Depth, class Row>
+  static std::uint32_t paintSinglePixels(BitReader& reader, Row& row, std::uint32_t x,
+                                         std::uint32_t end) {
+    while (x < end) {
+      const SinglePixels pixels = readSinglePixels<Depth>(reader);
+      row.paintPixels(x, pixels);
+      x += pixels.count;
+      if (pixels.count < kMostSinglePixels) break;
+    }
+    return x;
   }
 
   // Whether the end of the line comes next, and so no end of the string any more: behind bits of

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "dvb_subtitle/page_memory.h"
 
+#include <algorithm>
 #include <bit>
+#include <cstring>
+#include <functional>
 #include <numeric>
+#include <span>
 #include <utility>
 
 #include "dvb_subtitle/errors.h"
@@ -20,6 +24,31 @@ std::string missingRegion(int id) {
 
 std::string missingObject(int id, int regionId) {
   return "object " + std::to_string(id) + " of region " + std::to_string(regionId);
+}
+
+// Writes the pixels of a row; whether any is other than transparent black. Most stand among their
+// like, so that eight are looked at together.
+bool colourRow(std::span<const std::uint8_t> codes, const Colour* colours, std::uint32_t* out) {
+  constexpr std::size_t kStep = 8;
+  constexpr std::uint64_t kEach = 0x0101010101010101;
+  std::uint32_t anyBits = 0;
+  const auto pixelOf = [&](std::uint8_t code) {
+    const auto pixel = std::bit_cast<std::uint32_t>(colours[code]);
+    anyBits |= pixel;
+    return pixel;
+  };
+  std::size_t x = 0;
+  for (; x + kStep <= codes.size(); x += kStep) {
+    std::uint64_t step = 0;
+    std::memcpy(&step, &codes[x], sizeof step);
+    if (step == codes[x] * kEach) {
+      std::fill_n(out + x, kStep, pixelOf(codes[x]));
+    } else {
+      for (std::size_t i = x; i < x + kStep; ++i) out[i] = pixelOf(codes[i]);
+    }
+  }
+  for (; x < codes.size(); ++x) out[x] = pixelOf(codes[x]);
+  return anyBits != 0;
 }
 
 }  // namespace
@@ -164,9 +193,7 @@ void PageMemory::paintObjects(Region& region) {
 // Of an object that is damaged, what comes before stays.
 void PageMemory::paintObject(const DVBObject& object, Position position, Region& region) {
   try {
-    ObjectPainter(
-        region.memory, region.description.depth, [](std::uint32_t code) { return code; }, kReceiver,
-        budget_)
+    ObjectPainter(region.memory, region.description.depth, std::identity{}, kReceiver, budget_)
         .paint(object, position);
   } catch (const SegmentError& error) {
     if (budget_.isUsedUp()) throw;
@@ -190,14 +217,9 @@ void PageMemory::show(const Region& region, Position address, PixelBuffer& pixel
   for (std::uint32_t y = 0; y < height; ++y) {
     const auto line = static_cast<std::uint32_t>(top + y);
     const std::uint8_t* const codes = region.memory.codesOfRow(y);
-    std::uint32_t* const row = out + std::size_t{line} * display_.width + left;
-    std::uint32_t anyBits = 0;
-    for (std::size_t x = 0; x < width; ++x) {
-      const auto pixel = std::bit_cast<std::uint32_t>(colours[codes[x]]);
-      row[x] = pixel;
-      anyBits |= pixel;
-    }
-    if (anyBits != 0) pixels.addPaintedRows({line, line + 1});
+    const bool isVisible = colourRow({codes, static_cast<std::size_t>(width)}, colours,
+                                     out + std::size_t{line} * display_.width + left);
+    if (isVisible) pixels.addPaintedRows({line, line + 1});
   }
 }
 

@@ -6,7 +6,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
+
+#include "dvb_subtitle/code_string.h"
 
 namespace korr::encoding::subtitling::dvb::lib_dvb_subtitle::inline v2_1 {
 
@@ -18,24 +21,36 @@ class RegionMemory {
 
   /// In pixels. Throws std::bad_alloc.
   RegionMemory(std::uint32_t width, std::uint32_t height)
-      : width_(width), height_(height), codes_(std::size_t{width} * height) {}
+      : width_(width),
+        height_(height),
+        codes_(std::size_t{width} * height),
+        runs_(std::size_t{width} + kStep) {}
 
-  /// One row, to paint runs on.
+  /// One row, to paint runs on. Runs that adjoin are put together before they are painted, so that
+  /// short ones, which most are, take a store of fixed size each.
   class Row {
    public:
     /// Paints `length` pixels to the right from `x` on.
     void paintRun(std::uint32_t x, std::uint32_t length, std::uint32_t code) {
-      if (x >= width_) return;
+      if (!moveTo(x)) return;
       length = std::min(length, width_ - x);
-      written_ += length;
-      if (length == 1) {  // as most runs of 8-bit strings are
-        codes_[x] = static_cast<std::uint8_t>(code);
+      if (length <= kStep) {
+        std::memset(runs_ + x, static_cast<int>(code), kStep);
       } else {
-        std::fill_n(codes_ + x, length, static_cast<std::uint8_t>(code));
+        std::memset(runs_ + x, static_cast<int>(code), length);
       }
+      end_ += length;
     }
 
-    ~Row() { memory_.pixelsWritten_ += written_; }
+    /// Paints up to eight different pixels.
+    void paintPixels(std::uint32_t x, const SinglePixels& pixels) {
+      if (!moveTo(x)) return;
+      for (unsigned i = 0; i < 8; ++i)
+        runs_[x + i] = static_cast<std::uint8_t>(pixels.codes >> (56 - 8 * i));
+      end_ += std::min(pixels.count, width_ - x);
+    }
+
+    ~Row() { paint(); }
     Row(const Row&) = delete;
     Row& operator=(const Row&) = delete;
 
@@ -46,14 +61,35 @@ class RegionMemory {
       if (y >= memory.height_) return;  // cut off: no pixels
       width_ = memory.width_;
       codes_ = memory.codes_.data() + std::size_t{y} * width_;
+      runs_ = memory.runs_.data();
+    }
+
+    // Whether `x` is on the row.
+    bool moveTo(std::uint32_t x) {
+      if (x >= width_) return false;
+      if (x != end_) {
+        paint();
+        first_ = end_ = x;
+      }
+      return true;
+    }
+
+    void paint() {
+      if (first_ == end_) return;
+      std::memcpy(codes_ + first_, runs_ + first_, end_ - first_);
+      memory_.pixelsWritten_ += end_ - first_;
+      first_ = end_;
     }
 
     RegionMemory& memory_;
     std::uint32_t width_ = 0;
     std::uint8_t* codes_ = nullptr;
-    std::uint64_t written_ = 0;  // pixels
+    std::uint8_t* runs_ = nullptr;
+    std::uint32_t first_ = 0;  // of the runs that are not painted yet
+    std::uint32_t end_ = 0;
   };
 
+  /// Row `y`, which others must not paint on meanwhile; one at a time.
   Row row(std::uint32_t y) { return {*this, y}; }
 
   void fill(std::uint32_t code) {
@@ -72,9 +108,12 @@ class RegionMemory {
   std::uint64_t pixelsWritten() const { return pixelsWritten_; }
 
  private:
+  static constexpr std::size_t kStep = 16;
+
   std::uint32_t width_ = 0;
   std::uint32_t height_ = 0;
   std::vector<std::uint8_t> codes_;
+  std::vector<std::uint8_t> runs_;  // of the row that is being painted
   std::uint64_t pixelsWritten_ = 0;
 };
 

@@ -2,10 +2,9 @@
 #include "files/picture.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
-#include <functional>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,15 +24,18 @@ bool isVisible(const std::uint8_t* pixel) {
   return pixel[3] != 0;
 }
 
-// The first visible pixel of a row at or after `from`, else `width`. Margins are wide, so that
-// blank pixels are passed over two at a time.
-std::uint32_t firstVisible(const std::uint8_t* row, std::uint32_t from, std::uint32_t width) {
+// Of two pixels side by side. Margins are wide, so that blank ones are passed over two at a time.
+bool isEitherVisible(const std::uint8_t* pixels) {
   constexpr std::uint8_t kAlphas[8] = {0, 0, 0, 0xFF, 0, 0, 0, 0xFF};
-  const auto mask = std::bit_cast<std::uint64_t>(kAlphas);
+  std::uint64_t pair = 0;
+  std::memcpy(&pair, pixels, sizeof pair);
+  return (pair & std::bit_cast<std::uint64_t>(kAlphas)) != 0;
+}
+
+// The first visible pixel of a row at or after `from`, else `width`.
+std::uint32_t firstVisible(const std::uint8_t* row, std::uint32_t from, std::uint32_t width) {
   for (; from + 2 <= width; from += 2) {
-    std::uint64_t pair = 0;
-    std::memcpy(&pair, row + from * kBytesPerPixel, sizeof pair);
-    if ((pair & mask) != 0) break;
+    if (isEitherVisible(row + from * kBytesPerPixel)) break;
   }
   while (from < width && !isVisible(row + from * kBytesPerPixel)) ++from;
   return from;
@@ -41,14 +43,31 @@ std::uint32_t firstVisible(const std::uint8_t* row, std::uint32_t from, std::uin
 
 // Where the last visible pixel of a row at or after `from` ends, else `from`.
 std::uint32_t lastVisible(const std::uint8_t* row, std::uint32_t from, std::uint32_t width) {
+  for (; from + 2 <= width; width -= 2) {
+    if (isEitherVisible(row + (width - 2) * kBytesPerPixel)) break;
+  }
   while (width > from && !isVisible(row + (width - 1) * kBytesPerPixel)) --width;
   return width;
 }
 
-template <class Value>
-std::size_t hashOf(const Value* values, std::size_t count) {
-  return std::hash<std::string_view>{}(
-      {reinterpret_cast<const char*>(values), count * sizeof(Value)});
+// Of the bytes of a row. Four sums at a time, as one alone would wait for its multiplications.
+std::uint64_t hashOf(const std::uint8_t* bytes, std::size_t size) {
+  constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;  // 2^64 over the golden ratio, odd
+  const auto mix = [](std::uint64_t sum, std::uint64_t word) {
+    const std::uint64_t product = (sum ^ word) * kFactor;
+    return product ^ product >> 32;
+  };
+  std::array<std::uint64_t, 4> sums{1, 2, 3, 4};
+  for (; size >= sizeof sums; bytes += sizeof sums, size -= sizeof sums) {
+    std::array<std::uint64_t, 4> words;
+    std::memcpy(words.data(), bytes, sizeof words);
+    for (std::size_t i = 0; i < sums.size(); ++i) sums[i] = mix(sums[i], words[i]);
+  }
+  std::array<std::uint64_t, 4> rest{};
+  std::memcpy(rest.data(), bytes, size);
+  std::uint64_t hash = size;
+  for (std::size_t i = 0; i < sums.size(); ++i) hash = mix(hash, mix(sums[i], rest[i]));
+  return hash;
 }
 
 // The image's part that `area` covers.
@@ -87,10 +106,12 @@ std::optional<PictureArea> visibleArea(const SubtitleBitmap& bitmap) {
 // Of the rows that are not blank, and where these begin and end.
 PictureSet::Fingerprint PictureSet::fingerprintOf(const RgbaImage& image) {
   const auto [first, end] = image.paintedRows;
-  std::vector<std::size_t> rows{first, end};
+  std::vector<std::uint64_t> rows{first, end};
   for (std::uint32_t y = first; y < end; ++y)
     rows.push_back(hashOf(image.row(y), image.width * kBytesPerPixel));
-  return {image.width, image.height, hashOf(rows.data(), rows.size())};
+  return {image.width, image.height,
+          hashOf(reinterpret_cast<const std::uint8_t*>(rows.data()),
+                 rows.size() * sizeof rows.front())};
 }
 
 PictureSet::Picture PictureSet::add(const SubtitleBitmap& bitmap, const PictureArea& area) {

@@ -48,7 +48,7 @@ class PictureSet {
  private:
   // Width, height and a hash of the pixels: two pictures of 10,000 are taken for one once in 10^11
   // recordings.
-  using Fingerprint = std::tuple<std::uint32_t, std::uint32_t, std::size_t>;
+  using Fingerprint = std::tuple<std::uint32_t, std::uint32_t, std::uint64_t>;
 
   static Fingerprint fingerprintOf(const encoding::subtitling::ttml::RgbaImage& image);
 

@@ -51,6 +51,13 @@ class BitReader {
     position_ += width;
   }
 
+  /// Whether `peek` may be called.
+  constexpr bool canPeek() const { return bitsLeft() >= 64; }
+
+  /// The bits that come next, the first highest, which are not passed over: 57 at least, or all 64
+  /// where the reader is byte-aligned.
+  constexpr std::uint64_t peek() const { return load(bytes_ + position_ / 8) << position_ % 8; }
+
   /// `count` bytes as they are; the reader is byte-aligned and has as many.
   constexpr std::span<const std::uint8_t> readBytes(std::size_t count) {
     const std::span<const std::uint8_t> bytes{bytes_ + position_ / 8, count};
@@ -70,11 +77,12 @@ class BitReader {
   constexpr bool failed() const { return failed_; }
 
  private:
-  // Eight bytes, the first highest; compilers make one instruction of it.
+  // Eight bytes, the first highest; written out, compilers make one instruction of it.
   static constexpr std::uint64_t load(const std::uint8_t* bytes) {
-    std::uint64_t value = 0;
-    for (unsigned i = 0; i < 8; ++i) value = value << 8 | bytes[i];
-    return value;
+    return std::uint64_t{bytes[0]} << 56 | std::uint64_t{bytes[1]} << 48 |
+           std::uint64_t{bytes[2]} << 40 | std::uint64_t{bytes[3]} << 32 |
+           std::uint64_t{bytes[4]} << 24 | std::uint64_t{bytes[5]} << 16 |
+           std::uint64_t{bytes[6]} << 8 | std::uint64_t{bytes[7]};
   }
 
   const std::uint8_t* bytes_;

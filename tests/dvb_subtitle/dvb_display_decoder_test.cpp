@@ -219,6 +219,18 @@ TEST(ReceivedObjects, HaveRunsOf284Pixels) {
       std::string(284, 'W') + "K.");
 }
 
+// Pixels without a run between them: the last ones lie outside, and must not reach the next row.
+TEST(ReceivedObjects, OfSinglePixelsAreCutOffAndLeaveCode1) {
+  const auto shownWith = [](bool nonModifyingColour) {
+    const auto rows = picture("1231231231231/.............");
+    return received(
+        smallPage(12, 2, {.fill = true, .fillCode = 4, .objects = {{7, 2, 0}}})
+            .object(7, encoders::fieldData(4, rows, 0), {0xF0, 0, 0, 0, 0, 0}, nonModifyingColour));
+  };
+  EXPECT_EQ(shownWith(false), "BBRGYRGYRGYR/BBBBBBBBBBBB");
+  EXPECT_EQ(shownWith(true), "BBBGYBGYBGYB/BBBBBBBBBBBB");
+}
+
 // An encoder in the field counts the stuffing that makes the segment even as the bottom field's.
 TEST(ReceivedObjects, MayHaveStuffingBetweenAndBehindTheirLines) {
   const auto field = [](const IndexedPicture& rows, std::uint32_t first) {
