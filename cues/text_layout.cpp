@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "cues/line_builder.h"
+#include "cues/placed_layout.h"
 #include "cues/reading_order.h"
 #include "cues/window_layout.h"
 
@@ -35,8 +36,21 @@ constexpr std::array kByComponents = {
     TextColour::Red,   TextColour::Magenta, TextColour::Yellow, TextColour::White,
 };
 
-// Further colours are this with two bits each of red, green and blue.
-constexpr unsigned kFurtherColours = 0x40;
+// Further colours are this with eight bits each of red, green and blue.
+constexpr unsigned kFurtherColours = 0x1000000;
+
+// What full and no share of a component become between narrow and full range, and by rounding.
+constexpr int kPaintedTolerance = 24;
+
+std::array<unsigned, 3> componentsOf(TextColour colour) {
+  const auto code = static_cast<unsigned>(colour);
+  return {code >> 16 & 0xFF, code >> 8 & 0xFF, code & 0xFF};
+}
+
+TextColour furtherColour(const std::array<unsigned, 3>& components) {
+  return static_cast<TextColour>(kFurtherColours | components[0] << 16 | components[1] << 8 |
+                                 components[2]);
+}
 
 // Boxes are dimmed rather than blacked out, as the converter's own documents have them.
 constexpr std::uint8_t kTeletextBackgroundAlpha = 0x99;
@@ -178,27 +192,34 @@ TextColour textColourOf(std::uint8_t red, std::uint8_t green, std::uint8_t blue)
   const std::array<unsigned, 3> levels = {red / kLevel, green / kLevel, blue / kLevel};
   const bool isFurther = std::any_of(levels.begin(), levels.end(),
                                      [](unsigned level) { return level == 1 || level == 2; });
-  if (isFurther) {
-    return static_cast<TextColour>(kFurtherColours | levels[0] << 4 | levels[1] << 2 | levels[2]);
-  }
+  if (isFurther) return furtherColour({levels[0] * kLevel, levels[1] * kLevel, levels[2] * kLevel});
   return kByComponents[(levels[0] & 1) << 2 | (levels[1] & 1) << 1 | (levels[2] & 1)];
+}
+
+TextColour paintedColourOf(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
+  unsigned bits = 0;
+  for (const int component : {red, green, blue}) {
+    const bool isFull = component >= 0xFF - kPaintedTolerance;
+    if (!isFull && component > kPaintedTolerance) return furtherColour({red, green, blue});
+    bits = bits << 1 | (isFull ? 1 : 0);
+  }
+  return kByComponents[bits];
 }
 
 const char* colourName(TextColour colour) {
   constexpr std::array kNames = {"white", "lime",   "blue",    "cyan",
                                  "red",   "yellow", "magenta", "black"};
-  const auto code = static_cast<unsigned>(colour);
-  if ((code & kFurtherColours) == 0) return kNames[code];
-  const auto bright = [code](unsigned shift) { return code >> (shift + 1) & 1; };
-  return colourName(kByComponents[bright(4) << 2 | bright(2) << 1 | bright(0)]);
+  if ((static_cast<unsigned>(colour) & kFurtherColours) == 0) {
+    return kNames[static_cast<unsigned>(colour)];
+  }
+  unsigned bits = 0;
+  for (const unsigned component : componentsOf(colour)) bits = bits << 1 | component >> 7;
+  return colourName(kByComponents[bits]);
 }
 
 std::string colourHex(TextColour colour) {
-  const auto code = static_cast<unsigned>(colour);
-  std::array<unsigned, 3> components{};
-  if ((code & kFurtherColours) != 0) {
-    components = {(code >> 4 & 3) * 85, (code >> 2 & 3) * 85, (code & 3) * 85};
-  } else {
+  auto components = componentsOf(colour);
+  if ((static_cast<unsigned>(colour) & kFurtherColours) == 0) {
     const auto place = std::find(kByComponents.begin(), kByComponents.end(), colour);
     const auto bits = static_cast<unsigned>(place - kByComponents.begin());
     components = {(bits >> 2 & 1) * 255, (bits >> 1 & 1) * 255, (bits & 1) * 255};
@@ -228,6 +249,7 @@ std::vector<TextScreen> layOut(const model::Subtitle& subtitle) {
                        .columnCount = kTeletextColumns}};
   }
   if (const auto* text = subtitle.windowText()) return layOutWindows(*text);
+  if (const auto* text = subtitle.placedText()) return layOutPlaced(*text);
   return {};
 }
 

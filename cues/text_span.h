@@ -10,11 +10,15 @@
 namespace korr::txsub {
 
 /// The eight colours of line 21 and teletext, by their WebVTT names: "lime" is their green. Other
-/// values are further colours of digital captions, as `textColourOf` makes them.
-enum class TextColour : std::uint8_t { White, Lime, Blue, Cyan, Red, Yellow, Magenta, Black };
+/// values are any other colour, as the functions below make them.
+enum class TextColour : std::uint32_t { White, Lime, Blue, Cyan, Red, Yellow, Magenta, Black };
 
 /// The colour of these components, 0 to 255, of which four levels are told apart.
 TextColour textColourOf(std::uint8_t red, std::uint8_t green, std::uint8_t blue);
+
+/// The colour of exactly these components, 0 to 255; what differs from one of the eight by no more
+/// than conversions between RGB and Y'CbCr and their narrow ranges do is that one.
+TextColour paintedColourOf(std::uint8_t red, std::uint8_t green, std::uint8_t blue);
 
 /// The name of the colour, or of that of the eight that is nearest.
 const char* colourName(TextColour colour);

@@ -23,7 +23,7 @@ std::unique_ptr<IPlayableFile> createPlayableFile(const PlayableRequest& request
     case PlayableFormat::Ttml:
       break;
   }
-  if (request.type == SubtitleInputType::DvbSubtitle) {
+  if (request.type == SubtitleInputType::DvbSubtitle && !request.isRead) {
     return std::make_unique<TtmlImageFile>(request);
   }
   return std::make_unique<TtmlTextFile>(request);

@@ -25,6 +25,7 @@ struct PlayableRequest {
   /// Of the service.
   encoding::subtitling::SubtitleInputType type =
       encoding::subtitling::SubtitleInputType::ClosedCaption;
+  bool isRead = false;        ///< pictures of the service come as the text that was read in them
   std::string path = "-";     ///< UTF-8; "-" for standard output
   std::string language = "";  ///< ISO 639-2 of the service; empty when unknown
   bool ebuTt = false;         ///< TTML of text: EBU-TT-D

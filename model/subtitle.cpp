@@ -42,6 +42,11 @@ Subtitle::Subtitle(WindowText text)
       windowText_(std::make_unique<const WindowText>(std::move(text))) {
 }
 
+Subtitle::Subtitle(PlacedText text)
+    : kind_(SubtitleKind::PlacedText),
+      placedText_(std::make_unique<const PlacedText>(std::move(text))) {
+}
+
 Subtitle::Subtitle(SubtitleKind kind) : kind_(kind) {
   switch (kind) {
     case SubtitleKind::TeletextText:
@@ -56,6 +61,9 @@ Subtitle::Subtitle(SubtitleKind kind) : kind_(kind) {
     case SubtitleKind::WindowText:
       windowText_ = std::make_unique<const WindowText>();
       break;
+    case SubtitleKind::PlacedText:
+      placedText_ = std::make_unique<const PlacedText>();
+      break;
   }
 }
 
@@ -67,7 +75,8 @@ bool operator==(const Subtitle& left, const Subtitle& right) {
   }
   return equalPayloads(left.teletextText(), right.teletextText()) &&
          equalPayloads(left.captionText(), right.captionText()) &&
-         equalPayloads(left.windowText(), right.windowText());
+         equalPayloads(left.windowText(), right.windowText()) &&
+         equalPayloads(left.placedText(), right.placedText());
 }
 
 bool isEmpty(const Subtitle& subtitle) {
@@ -76,6 +85,7 @@ bool isEmpty(const Subtitle& subtitle) {
   if (const auto* text = subtitle.windowText()) {
     return std::ranges::none_of(text->windows, hasGlyphs<WindowText::Window>);
   }
+  if (const auto* text = subtitle.placedText()) return text->lines.empty();
   return !subtitle.bitmap() || subtitle.bitmap()->visible == 0;
 }
 

@@ -10,6 +10,7 @@
 #include "model/glyph_text.h"
 #include "model/media_time.h"
 #include "model/pixel_buffer.h"
+#include "model/placed_text.h"
 #include "model/window_text.h"
 
 namespace korr::encoding::subtitling::inline v2_1 {
@@ -19,6 +20,7 @@ enum class SubtitleKind : std::uint32_t {
   CaptionText = 1,
   Bitmap = 2,
   WindowText = 32,  ///< of digital captions; the chain neither makes nor converts it
+  PlacedText = 64,  ///< that pictures were read as; the chain neither makes nor converts it
 };
 
 /// Teletext alpha colour codes as spacing attributes set them (EN 300 706, 12.2).
@@ -146,6 +148,7 @@ class Subtitle {
   explicit Subtitle(CaptionText text);
   explicit Subtitle(SubtitleBitmap bitmap);
   explicit Subtitle(WindowText text);
+  explicit Subtitle(PlacedText text);
 
   /// A subtitle of `kind` with an empty payload, or with none when `kind` is unknown.
   explicit Subtitle(SubtitleKind kind);
@@ -157,6 +160,7 @@ class Subtitle {
   const CaptionText* captionText() const { return captionText_.get(); }
   const SubtitleBitmap* bitmap() const { return bitmap_.get(); }
   const WindowText* windowText() const { return windowText_.get(); }
+  const PlacedText* placedText() const { return placedText_.get(); }
 
  private:
   SubtitleKind kind_;
@@ -164,6 +168,7 @@ class Subtitle {
   std::unique_ptr<const CaptionText> captionText_;
   std::unique_ptr<const SubtitleBitmap> bitmap_;
   std::unique_ptr<const WindowText> windowText_;
+  std::unique_ptr<const PlacedText> placedText_;
 };
 
 /// Whether both show the same: equal rows, or the same picture (by `pageState`).

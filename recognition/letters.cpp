@@ -2,6 +2,8 @@
 #include "recognition/letters.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace korr::recognition {
 
@@ -184,6 +186,14 @@ bool isRightToLeftLetter(char32_t letter) {
   return (letter >= 0x590 && letter <= 0x8FF && !isDigit(letter) && letter != 0x66B &&
           letter != 0x66C) ||
          (letter >= 0xFB1D && letter <= 0xFDFF) || (letter >= 0xFE70 && letter <= 0xFEFF);
+}
+
+bool isJoinedLanguage(const std::string& languages) {
+  constexpr std::array<std::string_view, 8> kJoined = {"ara", "ckb", "fas", "kur_ara",
+                                                       "pus", "snd", "uig", "urd"};
+  return std::any_of(kJoined.begin(), kJoined.end(), [&](std::string_view language) {
+    return ('+' + languages + '+').find('+' + std::string(language) + '+') != std::string::npos;
+  });
 }
 
 bool isJoinedScript(char32_t letter) {

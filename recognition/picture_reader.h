@@ -48,8 +48,14 @@ class PictureReader {
   /// What a picture says, as far as it is known by now.
   RecognisedPicture text(std::size_t picture) const;
 
+  /// Drops what is kept of a picture whose text has been asked for the last time.
+  void forget(std::size_t picture) { pictures_[picture] = {}; }
+
   /// The letters of a picture as they were drawn, cut to them, in their own colours on black.
   SubtitleBitmap draw(std::size_t picture) const;
+
+  /// Asked from now on when text is asked for; may be null, not owned.
+  void setWords(IWordList* words) { setup_.words = words; }
 
   /// Between words, in heights of a tall letter; what a file of shapes keeps.
   double wordGap() const { return gaps_.threshold(); }

@@ -94,7 +94,7 @@ double inkAt(std::string_view text, double x, double y) {
 }  // namespace
 
 IndexedPicture textPicture(std::string_view text, std::uint32_t height) {
-  constexpr double kInkedAtLeast = 0.4;  // below it the edge begins, and ends at nothing
+  constexpr double kInkedAtLeast = 0.3;  // below it the edge begins, and ends at nothing
   const double glyphPixel = height / (kGlyphHeight + 2.0);
   IndexedPicture picture;
   picture.height = height;
@@ -103,7 +103,7 @@ IndexedPicture textPicture(std::string_view text, std::uint32_t height) {
   for (std::uint32_t y = 0; y < picture.height; ++y) {
     for (std::uint32_t x = 0; x < picture.width; ++x) {
       const double ink = inkAt(text, (x + 0.5) / glyphPixel - 1.5, (y + 0.5) / glyphPixel - 1.5);
-      const double step = (ink - kInkedAtLeast) / 0.3 * (kFullColour - kEdge);
+      const double step = (ink - kInkedAtLeast) / 0.25 * (kFullColour - kEdge);
       std::uint8_t code = ink > 0 ? kEdge : kNothing;
       if (step > 0)
         code = static_cast<std::uint8_t>(kEdge +

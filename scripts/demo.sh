@@ -25,3 +25,6 @@ for sample in samples/captions.ts samples/teletext.ts; do
   show txsub probe "$sample"
   show txsub convert "$sample"
 done
+
+# Pictures are read: letters, lines and colours.
+show txsub convert samples/dvb.ts --mode srt

@@ -86,8 +86,8 @@ void ServicePass::addServices(Stream& stream, const std::vector<Service>& servic
   }
 }
 
-// What the recording declares comes before what only its samples show; otherwise the order in which
-// streams and their services were found.
+// What the recording declares comes before what only its samples show, the last choice after
+// everything; otherwise the order in which streams and their services were found.
 std::vector<ServiceSession*> ServicePass::ranked() const {
   std::vector<ServiceSession*> sessions;
   for (const auto id : order_) {
@@ -96,6 +96,8 @@ std::vector<ServiceSession*> ServicePass::ranked() const {
   std::stable_partition(sessions.begin(), sessions.end(), [](const ServiceSession* session) {
     return session->service().isDeclared;
   });
+  std::stable_partition(sessions.begin(), sessions.end(),
+                        [](const ServiceSession* session) { return !session->isLastChoice(); });
   return sessions;
 }
 

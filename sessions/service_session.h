@@ -30,6 +30,10 @@ class ServiceSession {
 
   const Service& service() const { return service_; }
 
+  /// Only where no other service shows anything: pictures that must be read to become text.
+  void setLastChoice() { isLastChoice_ = true; }
+  bool isLastChoice() const { return isLastChoice_; }
+
   virtual void push(const InputSample& sample, const SharedSample& shared) = 0;
 
   /// Whether the service has shown anything, or is wanted all the same.
@@ -64,6 +68,7 @@ class ServiceSession {
 
   Service service_;
   bool isOpen_ = false;
+  bool isLastChoice_ = false;
 };
 
 /// Cues, with all that the subtitles hold.

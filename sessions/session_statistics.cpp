@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "sessions/session_statistics.h"
 
-#include <nlohmann/json.hpp>
-
 namespace korr::txsub {
 
 namespace {
@@ -43,8 +41,8 @@ std::string statisticsText(const ServiceSession& session, ConversionMode mode) {
   return text;
 }
 
-std::string statisticsJson(const ServiceSession& session, ConversionMode mode,
-                           const std::string& file, MediaTime origin) {
+nlohmann::ordered_json statisticsJson(const ServiceSession& session, ConversionMode mode,
+                                      const std::string& file, MediaTime origin) {
   const HostCounters counters = session.counters();
   nlohmann::ordered_json json{{"name", counterName(mode)},
                               {"service", describe(session.service())},
@@ -66,7 +64,7 @@ std::string statisticsJson(const ServiceSession& session, ConversionMode mode,
       json["last"] = seconds(tally->last, origin);
     }
   }
-  return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  return json;
 }
 
 }  // namespace korr::txsub

@@ -3,6 +3,7 @@
 // What passed through a session, for whoever asks with --stats.
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "model/modes.h"
@@ -15,9 +16,10 @@ namespace korr::txsub {
 std::string statisticsText(const ServiceSession& session,
                            encoding::subtitling::ConversionMode mode);
 
-/// The same as one JSON object on one line, with the file that the session went into (UTF-8; empty:
+/// The same as one JSON object, with the file that the session went into (UTF-8; empty:
 /// it showed nothing) and its cues; their times in seconds from `origin` (100 ns).
-std::string statisticsJson(const ServiceSession& session, encoding::subtitling::ConversionMode mode,
-                           const std::string& file, MediaTime origin);
+nlohmann::ordered_json statisticsJson(const ServiceSession& session,
+                                      encoding::subtitling::ConversionMode mode,
+                                      const std::string& file, MediaTime origin);
 
 }  // namespace korr::txsub

@@ -51,7 +51,8 @@ void writeNamespaces(ElementStack& stack, SubtitleKind kind, bool ebuTt) {
     case SubtitleKind::Bitmap:
       stack.setAttribute("xmlns:smpte", "http://www.smpte-ra.org/schemas/2052-1/2013/smpte-tt");
       return;
-    case SubtitleKind::WindowText:  // no chain makes it
+    case SubtitleKind::WindowText:  // no chain makes these
+    case SubtitleKind::PlacedText:
       break;
   }
   throwUnknownKind();

@@ -61,7 +61,8 @@ void ConverterToWebVtt::convert(ByteBuffer& out, MediaTime time) {
       return write(out, *subtitle.captionText());
     case SubtitleKind::Bitmap:
       throw util::TessaryException("Unexpected subtitle type");
-    case SubtitleKind::WindowText:  // no chain makes it
+    case SubtitleKind::WindowText:  // no chain makes these
+    case SubtitleKind::PlacedText:
       break;
   }
   throw util::TessaryException("internal assertion failure");

@@ -27,7 +27,8 @@ void ConverterToYoutubeSrt::convert(ByteBuffer& out, MediaTime time) {
       return write(out, *subtitle.captionText());
     case SubtitleKind::Bitmap:
       throw util::TessaryException("Unexpected subtitle type");
-    case SubtitleKind::WindowText:  // no chain makes it
+    case SubtitleKind::WindowText:  // no chain makes these
+    case SubtitleKind::PlacedText:
       break;
   }
   throw util::TessaryException("internal assertion failure");

@@ -3,8 +3,21 @@
 
 #include "platform/module_loader.h"
 #include "recognition/tesseract/engine_module.h"
+#include "util/exception.h"
 
 namespace korr::recognition {
+
+std::string engineProblem(const std::string& language) {
+  std::string problem;
+  try {
+    auto* const explain =
+        reinterpret_cast<ExplainEngine*>(platform::moduleFunction(kEngineModule, kExplainEngine));
+    explain(language, problem);
+  } catch (const util::TessaryException& error) {
+    problem = error.what();
+  }
+  return problem;
+}
 
 std::unique_ptr<ILineEngine> loadEngine(const std::string& language) {
   // Read once, when the library is loaded.

@@ -13,10 +13,16 @@ extern "C" __attribute__((visibility("default"))) ILineEngine* txsubOpenTesserac
   return openTesseract(language).release();
 }
 
+extern "C" __attribute__((visibility("default"))) void txsubExplainTesseract(
+    const std::string& language, std::string& problem) {
+  problem += missingData(language);
+}
+
 extern "C" __attribute__((visibility("default"))) IWordList* txsubOpenWordList(
     const std::string& language) {
   return openHunspell(language).release();
 }
 
 static_assert(std::is_same_v<decltype(txsubOpenTesseract), OpenEngine>);
+static_assert(std::is_same_v<decltype(txsubExplainTesseract), ExplainEngine>);
 static_assert(std::is_same_v<decltype(txsubOpenWordList), OpenWordList>);

@@ -6,8 +6,18 @@
 
 namespace korr::recognition {
 
+namespace {
+
+constexpr const char* kNoEngine = "this program is built without an engine that reads letters";
+
+}  // namespace
+
+std::string engineProblem(const std::string&) {
+  return kNoEngine;
+}
+
 std::unique_ptr<ILineEngine> loadEngine(const std::string&) {
-  throw util::TessaryException("this program is built without an engine that reads letters");
+  throw util::TessaryException(kNoEngine);
 }
 
 std::unique_ptr<IWordList> loadWordList(const std::string&) {

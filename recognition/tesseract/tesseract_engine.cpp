@@ -5,6 +5,7 @@
 #include <tesseract/resultiterator.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 
 #include "util/exception.h"
@@ -15,20 +16,10 @@ namespace {
 
 constexpr const char* kDataFolder = "/usr/share/tesseract-ocr/5/tessdata";
 
-// "no data to read letters of 'fra': install the package tesseract-ocr-fra".
-std::string explain(const std::string& language) {
-  std::string missing;
-  for (std::size_t first = 0; first <= language.size();) {
-    const auto end = std::min(language.find('+', first), language.size());
-    std::string name = language.substr(first, end - first);
-    if (!std::filesystem::exists(std::string(kDataFolder) + '/' + name + ".traineddata")) {
-      std::replace(name.begin(), name.end(), '_', '-');
-      missing += " tesseract-ocr-" + name;
-    }
-    first = end + 1;
-  }
-  if (missing.empty()) return "the data to read letters of '" + language + "' is damaged";
-  return "no data to read letters of '" + language + "': install" + missing;
+// TESSDATA_PREFIX is Tesseract's own.
+std::string dataFolder() {
+  const char* const prefix = std::getenv("TESSDATA_PREFIX");
+  return prefix && *prefix ? prefix : kDataFolder;
 }
 
 class TesseractEngine final : public ILineEngine {
@@ -36,7 +27,9 @@ class TesseractEngine final : public ILineEngine {
   explicit TesseractEngine(const std::string& language) {
     // Tesseract prints its own complaints; ours name the package.
     if (api_.Init(nullptr, language.c_str(), tesseract::OEM_LSTM_ONLY) != 0) {
-      throw util::TessaryException(explain(language));
+      const auto problem = missingData(language);
+      throw util::TessaryException(
+          problem.empty() ? "the data to read letters of '" + language + "' is damaged" : problem);
     }
     api_.SetVariable("debug_file", "/dev/null");
   }
@@ -86,6 +79,21 @@ class TesseractEngine final : public ILineEngine {
 };
 
 }  // namespace
+
+std::string missingData(const std::string& language) {
+  std::string packages;
+  for (std::size_t first = 0; first <= language.size();) {
+    const auto end = std::min(language.find('+', first), language.size());
+    std::string name = language.substr(first, end - first);
+    if (!std::filesystem::exists(dataFolder() + '/' + name + ".traineddata")) {
+      std::replace(name.begin(), name.end(), '_', '-');
+      packages += " tesseract-ocr-" + name;
+    }
+    first = end + 1;
+  }
+  if (packages.empty()) return {};
+  return "no data to read letters of '" + language + "': install" + packages;
+}
 
 std::unique_ptr<ILineEngine> openTesseract(const std::string& language) {
   return std::make_unique<TesseractEngine>(language);

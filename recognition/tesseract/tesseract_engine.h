@@ -14,6 +14,9 @@ namespace korr::recognition {
 /// that names the package to install when the data is missing, or says that it is damaged.
 std::unique_ptr<ILineEngine> openTesseract(const std::string& language);
 
+/// "no data to read letters of 'fra': install tesseract-ocr-fra"; empty when all of it is there.
+std::string missingData(const std::string& language);
+
 /// All lines of a picture at once, as Tesseract reads a page by itself: `--psm 6`, rows parted by
 /// '\n'. For comparison.
 std::string readBlock(ILineEngine& engine, const LineImage& picture);

@@ -106,8 +106,10 @@ class ServicePassTest : public testing::Test {
     SilentMonitor monitor;
     ServicePass pass(
         reader, wanted, [](const StreamInfo&) { return std::make_unique<TwoServices>(); },
-        [](const Service& service, const StreamInfo&) {
-          return std::make_unique<FakeSession>(service);
+        [this](const Service& service, const StreamInfo&) {
+          auto session = std::make_unique<FakeSession>(service);
+          if (service.page == lastChoice_) session->setLastChoice();
+          return session;
         },
         monitor);
     pass.run();
@@ -122,6 +124,7 @@ class ServicePassTest : public testing::Test {
   }
 
   std::set<std::uint32_t> unselected_;
+  std::uint32_t lastChoice_ = 0;  // page of the services that are
 };
 
 using Results = std::vector<std::string>;
@@ -146,6 +149,13 @@ TEST_F(ServicePassTest, WaitsForABetterServiceForAWhile) {
 TEST_F(ServicePassTest, DecidesAtTheEndWhenNothingBetterCame) {
   EXPECT_EQ(run(ServicePass::Wanted::Best, {announce(1), sample(1, kSecond, 2)}), Results{"1/2"});
   EXPECT_EQ(run(ServicePass::Wanted::Best, {announce(1), sample(1, kSecond, 0)}), Results{});
+}
+
+TEST_F(ServicePassTest, TakesTheLastChoiceWhereNothingElseIsShown) {
+  lastChoice_ = 1;
+  EXPECT_EQ(run(ServicePass::Wanted::Best, {announce(1), sample(1, 1, 1), sample(1, 2, 2)}),
+            Results{"1/2"});
+  EXPECT_EQ(run(ServicePass::Wanted::Best, {announce(1), sample(1, 1, 1)}), Results{"1/1"});
 }
 
 TEST_F(ServicePassTest, CompletesEveryServiceThatShowedSomething) {

@@ -15,8 +15,10 @@
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "sessions/session_statistics.h"
+#include "transcription/transcriber.h"
 #include "txsub/commands/commands.h"
 #include "txsub/commands/explain.h"
+#include "txsub/commands/ocr_statistics.h"
 
 namespace korr::txsub {
 
@@ -76,7 +78,13 @@ class Conversion {
   Conversion(const ConvertOptions& options, Console& console)
       : options_(options),
         console_(console),
-        input_(openInput(options.input.path, {.pid = options.input.pid, .logger = &console})) {}
+        input_(openInput(options.input.path, {.pid = options.input.pid, .logger = &console})),
+        transcriber_({.languages = options.ocr.languages,
+                      .shapesPath = options.ocr.shapes,
+                      .hasFilePerLanguage = options.all,
+                      .reportPath = options.ocr.report,
+                      .title = pageTitle(options.input.path)},
+                     console) {}
 
   ExitCode run();
 
@@ -91,10 +99,13 @@ class Conversion {
   std::unique_ptr<ServiceSession> makeCueSession(const Service& service, const StreamInfo& stream,
                                                  const ChainConfiguration& configuration);
   PlayableFormat formatFor(const Service& service) const;
+  bool isRead(const Service& service, PlayableFormat format) const;
+  bool canConvert(const Service& service, PlayableFormat format);
   std::string pathFor(const Service& service, const StreamInfo& stream, std::string_view extension);
   std::string expandedPath(const Service& service, const StreamInfo& stream,
                            std::string_view extension) const;
   void reportStatistics(const ServicePass& pass);
+  void reportDoubts(const ServicePass& pass);
   ExitCode report(const ServicePass& pass);
   ExitCode explainNothing(const ServicePass& pass);
   std::string explainRefusal(const std::string& input) const;
@@ -102,7 +113,10 @@ class Conversion {
   const ConvertOptions& options_;
   Console& console_;
   OpenedInput input_;
+  Transcriber transcriber_;
+  std::map<const ServiceSession*, const Transcript*> transcripts_;
   std::optional<Service> refused_;  // the first that the format cannot hold
+  std::string refusal_;             // why its pictures cannot be read
   using Feed = std::tuple<std::uint32_t, std::uint32_t, std::optional<DvbPages>>;
   static Feed feedOf(const Service& service) {
     return {service.streamId, service.page, service.dvbPages};
@@ -123,6 +137,12 @@ ExitCode Conversion::run() {
   }
   if (options_.query.page && !isReplay()) checkPage(*options_.query.page);
   if (!options_.all) checkDirectoryOf(options_.output);
+  for (const auto& path : {options_.ocr.shapes, options_.ocr.report}) {
+    checkDirectoryOf(path);
+    if (isOneFile(options_.input.path, path)) {
+      throw UsageError("'" + path + "' is the input and would be overwritten");
+    }
+  }
   if (options_.kind == OutputKind::Captions) {
     return copyCaptions(options_, *input_.reader, console_);
   }
@@ -136,6 +156,7 @@ ExitCode Conversion::run() {
       console_);
   if (!pass.read() && options_.completeOnly) return kFailed;
   pass.complete();
+  transcriber_.finish();
   return report(pass);
 }
 
@@ -171,10 +192,7 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
 std::unique_ptr<ServiceSession> Conversion::makeCueSession(
     const Service& service, const StreamInfo& stream, const ChainConfiguration& configuration) {
   const PlayableFormat format = formatFor(service);
-  if (!canHold(format, service.type)) {
-    if (!refused_) refused_ = service;
-    return nullptr;
-  }
+  if (!canConvert(service, format)) return nullptr;
   auto origin = [this, service] { return originOf(service); };
   auto duration = [this, origin, program = service.program]() -> MediaTime {
     const MediaTime start = origin();
@@ -184,6 +202,7 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
   auto openFile = [this, service, &stream, format, duration] {
     return createPlayableFile({.format = format,
                                .type = service.type,
+                               .isRead = isRead(service, format),
                                .path = pathFor(service, stream, extensionOf(format)),
                                .language = service.language,
                                .ebuTt = options_.ebuTt,
@@ -197,14 +216,42 @@ std::unique_ptr<ServiceSession> Conversion::makeCueSession(
       cueSettings(service, options_.rules, input_.format, options_.query.page.has_value());
   settings.configuration = configuration;
   settings.format = formatBlockOf(stream);
-  return createCueSession(service, settings, std::make_unique<CueTrack>(origin, openFile),
-                          console_);
+  auto track = std::make_unique<CueTrack>(origin, openFile);
+  if (!isRead(service, format)) {
+    return createCueSession(service, settings, std::move(track), console_);
+  }
+  const auto delay = options_.output == "-" ? std::optional(Transcript::kPipeDelay) : std::nullopt;
+  auto transcript = transcriber_.transcribe(service, std::move(track), origin, delay);
+  const Transcript* const kept = transcript.get();
+  auto session = createCueSession(service, settings, std::move(transcript), console_);
+  transcripts_[session.get()] = kept;
+  if (!options_.ocr.isAskedFor) session->setLastChoice();
+  return session;
+}
+
+// Pictures become text for files of text, and for documents of either where --ocr asks for it.
+bool Conversion::isRead(const Service& service, PlayableFormat format) const {
+  if (service.type != SubtitleInputType::DvbSubtitle) return false;
+  if (format == PlayableFormat::Ttml) return options_.ocr.isAskedFor;
+  return format != PlayableFormat::Pictures;
+}
+
+// The first service that cannot be converted is remembered, and why.
+bool Conversion::canConvert(const Service& service, PlayableFormat format) {
+  const bool isText = isRead(service, format);
+  const std::string problem = isText ? transcriber_.problemOf(service) : "";
+  if (problem.empty() && (isText || canHold(format, service.type))) return true;
+  if (!refused_) {
+    refused_ = service;
+    refusal_ = problem;
+  }
+  return false;
 }
 
 // With --all and no format named, pictures go where pictures can go.
 PlayableFormat Conversion::formatFor(const Service& service) const {
   if (options_.kind == OutputKind::Pictures) return PlayableFormat::Pictures;
-  const bool isFree = options_.all && !options_.isModeGiven;
+  const bool isFree = options_.all && !options_.isModeGiven && !options_.ocr.isAskedFor;
   if (isFree && service.type == SubtitleInputType::DvbSubtitle) return PlayableFormat::Ttml;
   return playableFormat(options_.mode);
 }
@@ -255,17 +302,41 @@ std::string Conversion::expandedPath(const Service& service, const StreamInfo& s
 void Conversion::reportStatistics(const ServicePass& pass) {
   const auto mode = chainMode(options_.mode);
   for (const auto* session : pass.sessions()) {
+    const auto found = transcripts_.find(session);
+    const auto* transcript = found == transcripts_.end() ? nullptr : found->second;
     if (options_.statistics == StatisticsFormat::Text) {
       console_.print(statisticsText(*session, mode));
+      if (transcript) console_.print(ocrStatisticsText(transcript->statistics()));
     } else if (options_.statistics == StatisticsFormat::Json) {
-      console_.print(statisticsJson(*session, mode, files_[feedOf(session->service())],
-                                    originOf(session->service())));
+      auto json = statisticsJson(*session, mode, files_[feedOf(session->service())],
+                                 originOf(session->service()));
+      if (transcript)
+        json["ocr"] = ocrStatisticsJson(transcript->statistics(), originOf(session->service()));
+      console_.print(json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
     }
   }
 }
 
+// What has been read is no better than it can be; whoever needs it exact knows where to look.
+void Conversion::reportDoubts(const ServicePass& pass) {
+  std::size_t doubtful = 0, all = 0;
+  for (const auto* session : pass.sessions()) {
+    const auto found = transcripts_.find(session);
+    if (found == transcripts_.end()) continue;
+    const auto statistics = found->second->statistics();
+    doubtful += statistics.doubtful;
+    all += statistics.cues.size();
+  }
+  if (doubtful == 0) return;
+  const bool hasReport = !options_.ocr.report.empty();
+  console_.note(std::to_string(doubtful) + " of " + std::to_string(all) + " cues are doubtful; " +
+                (hasReport ? "see '" + options_.ocr.report + "'"
+                           : std::string("--ocr-report FILE.html shows them")));
+}
+
 ExitCode Conversion::report(const ServicePass& pass) {
   reportStatistics(pass);
+  reportDoubts(pass);
   bool isAnyOpen = false;
   for (const auto* session : pass.sessions()) isAnyOpen = isAnyOpen || session->isOpen();
   if (isAnyOpen) return kDone;
@@ -310,8 +381,8 @@ ExitCode Conversion::explainNothing(const ServicePass& pass) {
 
 std::string Conversion::explainRefusal(const std::string& input) const {
   if (refused_->type == SubtitleInputType::DvbSubtitle) {
-    return describe(*refused_) + " in " + input +
-           " are pictures and cannot become text; use --mode ttml, or -o DIR/ for PNG files";
+    return describe(*refused_) + " in " + input + " are pictures: " + refusal_ +
+           "; or keep pictures with --mode ttml, or -o DIR/ for PNG files";
   }
   return describe(*refused_) + " in " + input +
          " is text and cannot become pictures; name a file, as in -o FILE" +

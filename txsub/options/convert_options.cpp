@@ -22,6 +22,7 @@ constexpr const char* kExamples =
     "  txsub convert news.ts --page CC3 -o news.srt   the third caption service as SRT\n"
     "  txsub convert film.ts --page 888 -o film.vtt   teletext page 888\n"
     "  txsub convert film.ts -o film.ttml             DVB pictures in one TTML document\n"
+    "  txsub convert film.ts -o film.srt              the same, read: DVB pictures as text\n"
     "  txsub convert film.ts -o pictures/             DVB pictures as PNG files with a page\n"
     "  txsub convert mux.ts --all -o subtitles        every service, one file each\n"
     "  txsub convert mux.ts --all -o 'subs/${serviceName}-${feedIndex}.vtt'\n"
@@ -92,6 +93,7 @@ class ConvertSubcommand final : public ISubcommand {
   void checkTemplate() const;
   void settleOutput();
   void settleDirectory();
+  void checkOcr() const;
 
   CLI::App* command_;
   InputArguments input_;
@@ -102,6 +104,7 @@ class ConvertSubcommand final : public ISubcommand {
   std::optional<TextMode> mode_;
   std::optional<OutputKind> kind_;
   std::string statistics_;
+  OcrArguments ocr_;
 };
 
 ConvertSubcommand::ConvertSubcommand(CLI::App& program)
@@ -132,6 +135,7 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
             "Pictures in TTML. embedded: within the document (SMPTE-TT); files: PNG files "
             "beside it (IMSC 1)")
       ->type_name("WHERE");
+  ocr_.addTo(*command_);
   command_->add_flag("--plain", options_.plain, "Write SRT without colours, italics and places");
   command_->add_flag("--absolute", options_.absolute,
                      "Keep the stream's own times; otherwise files start at the recording's start");
@@ -169,8 +173,10 @@ Command ConvertSubcommand::settle() {
     }
     options_.statistics = statistics_ == "json" ? StatisticsFormat::Json : StatisticsFormat::Text;
   }
+  options_.ocr = ocr_.settle();
   checkTemplate();
   settleOutput();
+  checkOcr();
   return options_;
 }
 
@@ -196,6 +202,14 @@ void ConvertSubcommand::settleDirectory() {
   throw usageError("--output", "'" + options_.output +
                                    "' is a directory, which takes pictures only; name a file, or "
                                    "give --all for one file per service");
+}
+
+void ConvertSubcommand::checkOcr() const {
+  if (options_.kind == OutputKind::Playable) return;
+  for (const char* option : {"--ocr", "--ocr-shapes", "--ocr-report"}) {
+    if (command_->count(option) == 0) continue;
+    throw usageError(option, "goes with text; name a .srt, .vtt or .ttml file");
+  }
 }
 
 // What --as, --mode and the output's name say together.

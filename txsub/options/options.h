@@ -48,6 +48,14 @@ enum class OutputKind { Playable, Samples, Pictures, Captions };
 /// What `--stats` names.
 enum class StatisticsFormat { None, Text, Json };
 
+/// How pictures become text.
+struct OcrOptions {
+  bool isAskedFor = false;     ///< --ocr is given
+  std::string languages = {};  ///< as the engine names them; empty: those of the services
+  std::string shapes = {};     ///< UTF-8, a file; empty for none
+  std::string report = {};     ///< UTF-8, an .html file; empty for none
+};
+
 struct ConvertOptions {
   InputOptions input;
   RulesOption rules;
@@ -61,6 +69,7 @@ struct ConvertOptions {
   bool ebuTt = false;
   bool plain = false;  ///< SRT: the text alone
   PictureStorage pictures = PictureStorage::Embedded;
+  OcrOptions ocr;
   bool absolute = false;
   bool nonDrop = false;  ///< time codes of caption files count every frame
   bool all = false;

@@ -83,6 +83,18 @@ class ServiceArguments {
   std::string page_;
 };
 
+/// The options of reading letters in pictures.
+class OcrArguments {
+ public:
+  void addTo(CLI::App& command);
+  OcrOptions settle() const;
+
+ private:
+  std::string languages_;
+  std::string shapes_;
+  std::string report_;
+};
+
 /// Adds an option that takes one of a few words, in any case.
 template <class Target>
 CLI::Option* addChoice(
