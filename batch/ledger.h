@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What became of the jobs of a batch, in this run and before.
 #pragma once
 

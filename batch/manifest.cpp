@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "batch/manifest.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a batch is to convert.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Works a batch off.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How much a service shows.
 #pragma once
 

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # An archive with GNU parallel: as many shares of the manifest as there are machines, or cores.
 #
 #   deploy/parallel.sh 8 list.txt -o 'subtitles/${input}.vtt'
@@ -11,4 +12,4 @@ shift
 quoted=""
 for word in "$@"; do quoted="$quoted '$(printf '%s' "$word" | sed "s/'/'\\\\''/g")'"; done
 seq "$shares" |
-  parallel --will-cite --halt soon,fail=0 "${TXSUB:-txsub} batch --jobs 1 --shard {}/$shares $quoted"
+  parallel --will-cite "${TXSUB:-txsub} batch --jobs 1 --shard {}/$shares $quoted"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Programs that this one starts and watches.
 #pragma once
 

@@ -3,7 +3,7 @@
 # From a fresh clone to subtitles on the screen: sets up, builds the program and converts samples.
 set -eu
 cd "$(dirname "$0")/.."
-scripts/setup.sh
+scripts/setup.sh build
 
 log=build/demo.log
 mkdir -p build

@@ -1,21 +1,28 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# Installs every Debian package that building, testing and packaging use. Quick when all is there.
+# Installs every Debian package that building, testing and packaging use; with 'build' as its argument
+# what the program is built with, and no more. Quick when all is there.
 set -eu
 cd "$(dirname "$0")/.."
+for_what=${1:-everything}
 
 packages="
   build-essential ca-certificates cmake ninja-build pkg-config
   libtinyxml-dev libspdlog-dev libpango1.0-dev libbitstream-dev libavformat-dev libavcodec-dev libavutil-dev libpng-dev zlib1g-dev
   nlohmann-json3-dev libcli11-dev googletest libbenchmark-dev
-  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev ccache
-  g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev nsis zip unzip
-  chromium ffmpeg
-  libtesseract-dev libhunspell-dev tesseract-ocr-eng hunspell-en-us
+  libtesseract-dev libhunspell-dev tesseract-ocr-eng
 "
 
-# Any Node.js will do; Debian's where there is none.
-command -v npm >/dev/null || packages="$packages nodejs npm"
+if [ "$for_what" != build ]; then
+  packages="$packages
+    clang clang-format-14 clang-tidy-14 libclang-rt-14-dev ccache
+    g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev nsis zip unzip
+    chromium ffmpeg hunspell-en-us
+    slurmctld slurmd slurm-client munge parallel snakemake
+  "
+  # Any Node.js will do; Debian's where there is none.
+  command -v npm >/dev/null || packages="$packages nodejs npm"
+fi
 
 missing=""
 for package in $packages; do
@@ -38,6 +45,8 @@ if [ -n "$missing" ]; then
   # shellcheck disable=SC2086  # one word per package
   $as_root apt-get -qq install -y --no-install-recommends $missing >/dev/null
 fi
+
+[ "$for_what" != build ] || exit 0
 
 scripts/fetch-tinyxml.sh
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Many recordings, as an archive converts them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "batch/ledger.h"
 #include "batch/manifest.h"
 #include "batch/runner.h"
