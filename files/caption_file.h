@@ -19,7 +19,7 @@
 namespace korr::txsub {
 
 enum class CaptionFormat {
-  Scc,  ///< Scenarist: field 1 of line 21, at 29.97 frames a second
+  Scc,  ///< Scenarist: one field of line 21, at 29.97 frames a second
   Mcc,  ///< MacCaption: all triplets, line 21 and digital captions
 };
 

@@ -131,6 +131,21 @@ TEST(CaptionFiles, ComeBackEqualFromScc) {
   EXPECT_THAT(logger.lines, ElementsAre(StartsWith("SCC files hold field 1 only")));
 }
 
+TEST(CaptionFiles, ComeBackEqualFromSccOfField2) {
+  Pictures pictures;
+  for (std::uint64_t frame = 40; frame < 90; ++frame) {
+    const auto letter = static_cast<std::uint8_t>('A' + frame % 26);
+    const bool isCode = frame % 10 < 2;  // resume caption loading of CC3, twice
+    pictures.emplace_back(frame * kSecond * 1001 / 30000,
+                          isCode ? Bytes{0xFD, 0x15, 0x20} : Bytes{0xFD, letter, 0x80});
+  }
+  test_support::RecordingLogger logger;
+  auto back = read<SccReader>(write(CaptionFormat::Scc, pictures, true, &logger));
+  std::erase_if(back, [](const auto& picture) { return picture.second[1] == 0x80; });
+  EXPECT_EQ(back, pictures);
+  EXPECT_THAT(logger.lines, testing::IsEmpty());
+}
+
 TEST(CaptionFiles, TellTheRateOfRoundedTimesWithPauses) {
   std::vector<MediaTime> times;
   for (std::uint64_t i = 0; i < 100; ++i) {

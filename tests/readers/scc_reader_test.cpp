@@ -81,6 +81,18 @@ TEST(SccReader, ALineWaitsForThePairsOfTheLineBefore) {
   EXPECT_THAT(scc.pairs(), ElementsAre("30:9420", "31:9421", "32:9422", "33:942c"));
 }
 
+// A line of text alone goes on in its field; a preamble is the same in both.
+TEST(SccReader, TakesTheFieldFromTheControlCodes) {
+  const Scc scc(
+      "Scenarist_SCC V1.0\n00:00:01:00 9170 1520 C8e9\n00:00:02:00 C8e9\n00:00:03:00 9d2f\n"
+      "00:00:04:00 9540 1c20\n");
+  std::vector<int> fields;
+  for (const auto& [stream, sample] : scc.listener.samples) {
+    fields.push_back((sample.data[0] & 3) + 1);
+  }
+  EXPECT_THAT(fields, ElementsAre(2, 2, 2, 2, 2, 1, 1));
+}
+
 TEST(SccReader, LeavesOutDamagedLinesByNumber) {
   const Scc scc(
       "Scenarist_SCC V1.0\n\n00:00:01:00 9420\n00:00:99:00 9421\n00:00:03:00 94 2c\n"
