@@ -17,6 +17,9 @@ class IChain {
 
   virtual packaging::lib_parse_es::NALBuilder& framer() = 0;
 
+  /// Live, `until` has passed: what began before it and waits for more is shown as it is.
+  virtual void settle(MediaTime until) { (void)until; }
+
   /// The input has ended at `end`, and the framer has passed on its last unit.
   virtual void finish(MediaTime end) = 0;
 

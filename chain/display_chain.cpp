@@ -14,6 +14,7 @@ using packaging::lib_parse_es::UniqueNAL;
 class DisplayChain::Display : public packaging::lib_parse_es::NALListener {
  public:
   void onEndOfStream() override {}
+  virtual void settle(MediaTime) {}
   virtual void finish(MediaTime end) = 0;
   virtual ChainCounters counters() const = 0;
 };
@@ -34,6 +35,7 @@ class DisplayChain::DecoderDisplay final : public Display {
     decoder_->decode(unit->payload, unit->startTime);
   }
 
+  void settle(MediaTime until) override { decoder_->settle(until); }
   void finish(MediaTime end) override { decoder_->finish(end); }
   ChainCounters counters() const override { return counters_; }
 
@@ -99,6 +101,10 @@ DisplayChain::DisplayChain(IDisplayListener& listener, const Settings& settings,
 }
 
 DisplayChain::~DisplayChain() = default;
+
+void DisplayChain::settle(MediaTime until) {
+  display_->settle(until);
+}
 
 void DisplayChain::finish(MediaTime end) {
   display_->finish(end);

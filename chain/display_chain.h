@@ -43,6 +43,7 @@ class DisplayChain final : public IChain {
   ~DisplayChain() override;
 
   packaging::lib_parse_es::NALBuilder& framer() override { return *framer_; }
+  void settle(MediaTime until) override;
   void finish(MediaTime end) override;
   ChainCounters counters() const override;
 

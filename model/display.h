@@ -34,6 +34,10 @@ class IDisplayDecoder {
   /// come in that order.
   virtual void decode(std::span<const std::uint8_t> unit, MediaTime time) = 0;
 
+  /// Live, `until` has passed: what began before it and only waits for a later unit is shown as far
+  /// as it has come. Units go on coming.
+  virtual void settle(MediaTime until) { (void)until; }
+
   /// The stream ends at `end`: what only waited for a later unit is shown, and what times out later
   /// is cleared then. No unit comes any more.
   virtual void finish(MediaTime end) = 0;

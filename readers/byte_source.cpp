@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <system_error>
+#include <thread>
 
+#include "platform/terminal.h"
 #include "util/exception.h"
 #include "util/utf8_path.h"
 
@@ -48,6 +50,15 @@ std::size_t FileSource::readFile(std::span<std::uint8_t> buffer) {
     return file_->read(buffer);
   } catch (const std::system_error& error) {
     throw util::TessaryException(error.code().message());
+  }
+}
+
+std::size_t GrowingSource::read(std::uint8_t* buffer, std::size_t size) {
+  constexpr std::chrono::milliseconds kPause{40};
+  for (std::chrono::milliseconds waited{0};; waited += kPause) {
+    const std::size_t count = source_->read(buffer, size);
+    if (count != 0 || waited >= due_ || platform::isInterrupted()) return count;
+    std::this_thread::sleep_for(kPause);
   }
 }
 

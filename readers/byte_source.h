@@ -3,6 +3,7 @@
 // The bytes of an input, with a look ahead.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <span>
 #include <string>
@@ -37,6 +38,20 @@ class FileSource final : public IByteSource {
   std::unique_ptr<platform::IByteFile> file_;
   std::vector<std::uint8_t> ahead_;  // read from the file, not from this source
   std::size_t aheadUsed_ = 0;
+};
+
+/// A file that is still being written: its end is the end when nothing has come for a while.
+class GrowingSource final : public IByteSource {
+ public:
+  GrowingSource(std::unique_ptr<IByteSource> source, std::chrono::milliseconds due)
+      : source_(std::move(source)), due_(due) {}
+
+  std::size_t read(std::uint8_t* buffer, std::size_t size) override;
+  std::optional<std::uint64_t> size() const override { return {}; }
+
+ private:
+  std::unique_ptr<IByteSource> source_;
+  std::chrono::milliseconds due_;
 };
 
 }  // namespace korr::txsub

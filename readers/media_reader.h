@@ -14,6 +14,7 @@
 #include "log/logger.h"
 #include "model/media_time.h"
 #include "model/modes.h"
+#include "readers/program_clock.h"
 
 namespace korr::txsub {
 
@@ -128,6 +129,10 @@ struct ReaderOptions {
   /// are told by their content until the tables come. They are due every half second (TR 101
   /// 290, 5.2.1).
   std::chrono::milliseconds tablesDue{2000};
+  /// Who follows the clocks of a transport stream's programs; null: nobody. Not owned.
+  IClockListener* clock = nullptr;
+  /// How long the end of a file is waited at for more to be written there.
+  std::chrono::milliseconds growthDue{0};
 };
 
 }  // namespace korr::txsub

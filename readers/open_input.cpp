@@ -122,8 +122,12 @@ OpenedInput openSource(const std::string& path, std::unique_ptr<FileSource> sour
             .reader = std::make_unique<SccReader>(std::move(source), options)};
   }
   if (isTransportStream(*source)) {
+    std::unique_ptr<IByteSource> bytes = std::move(source);
+    if (options.growthDue.count() != 0) {
+      bytes = std::make_unique<GrowingSource>(std::move(bytes), options.growthDue);
+    }
     return {.format = InputFormat::TransportStream,
-            .reader = std::make_unique<TsReader>(std::move(source), options)};
+            .reader = std::make_unique<TsReader>(std::move(bytes), options)};
   }
   return {.format = InputFormat::Other, .reader = openOther(path, std::move(source), options)};
 }

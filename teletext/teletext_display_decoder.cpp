@@ -29,6 +29,11 @@ void TeletextDisplayDecoder::decode(std::span<const std::uint8_t> unit, MediaTim
       [this, time](const Packet& packet) { take(packet, time); });
 }
 
+// The header that ends a page may come with the next one, long after.
+void TeletextDisplayDecoder::settle(MediaTime until) {
+  if (receiving_ && headerTime_ < until) show();
+}
+
 void TeletextDisplayDecoder::finish(MediaTime /*end*/) {
   complete();
 }
@@ -81,6 +86,10 @@ void TeletextDisplayDecoder::begin(const PageHeader& header, const Packet& packe
 void TeletextDisplayDecoder::complete() {
   if (!std::exchange(receiving_, false)) return;
   wantedMagazines_ = 1u << magazine_;
+  show();
+}
+
+void TeletextDisplayDecoder::show() {
   if (memory_ == composed_) return;
   composed_ = memory_;
   auto text = compose(memory_, display_);

@@ -22,6 +22,7 @@ class TeletextDisplayDecoder final : public IDisplayDecoder {
                          IDisplayListener& listener, log::ILogger* logger);
 
   void decode(std::span<const std::uint8_t> unit, MediaTime time) override;
+  void settle(MediaTime until) override;
   void finish(MediaTime end) override;
 
  private:
@@ -30,6 +31,7 @@ class TeletextDisplayDecoder final : public IDisplayDecoder {
   void takeMagazineSets(const Packet& packet);
   void begin(const PageHeader& header, const Packet& packet);
   void complete();
+  void show();
   void tellDamage(const char* what) const;
 
   const std::uint32_t magazine_;  // 0 to 7; larger when there is none such

@@ -15,6 +15,7 @@ constexpr std::uint16_t kNullPid = 0x1FFF;
 
 TsDemultiplexer::TsDemultiplexer(const ReaderOptions& options, TsReport& report)
     : options_(options), report_(report), tables_(report) {
+  if (options_.clock) clock_.emplace(*options_.clock, times_);
 }
 
 TsDemultiplexer::~TsDemultiplexer() = default;
@@ -36,8 +37,12 @@ void TsDemultiplexer::route(const TsPacket& packet, Pid& pid) {
   if ((roles & kTable) && tables_.take(packet)) apply();
   if (roles & kClock) {
     const auto pcr = packet.pcr();
-    if (pcr) times_.takePcr(packet.pid(), *pcr, packet.hasDiscontinuity());
+    if (pcr) {
+      times_.takePcr(packet.pid(), *pcr, packet.hasDiscontinuity());
+      if (clock_) tellClock(packet.pid(), *pcr);
+    }
   }
+  if ((roles & kTimeOfDay) && clock_) clock_->takeTimeOfDay(packet);
   if (roles & kStream) {
     if (pid.stream) takeStream(packet, *pid.stream);
   } else if ((roles & (kUnknown | kTiming)) && packet.hasUnitStart()) {
@@ -83,12 +88,35 @@ void TsDemultiplexer::noteTiming(const TsPacket& packet, Pid& pid, const PesHead
   const bool isPictureOrSound =
       isVideoStreamId(header.streamId) || isAudioStreamId(header.streamId);
   if (!isPictureOrSound || !header.pts) return;
-  TsProgramTime& time = times_[programOf(packet.pid())];
-  time.notePicture(pid.timing.place(*header.pts, time.clock));
+  const std::uint16_t program = programOf(packet.pid());
+  TsProgramTime& time = times_[program];
+  const TsTicks ticks = pid.timing.place(*header.pts, time.clock);
+  time.notePicture(ticks);
+  if (!clock_ || !isVideoStreamId(header.streamId)) return;
+  clock_->takePicture(packet.pid(), program,
+                      {.pts = *header.pts,
+                       .time = ticks,
+                       .isMarked = packet.hasRandomAccess(),
+                       .codec = pid.stream ? std::optional(pid.stream->kind.codec) : std::nullopt,
+                       .start = packet.payload().subspan(header.size)});
+}
+
+// Captions that are due come before the clock says so.
+void TsDemultiplexer::tellClock(std::uint16_t pid, std::uint64_t pcr) {
+  for (const std::uint32_t program : times_.programsOf(pid)) {
+    const auto now = times_[program].clock.now();
+    for (const std::uint16_t videoPid : videoPids_) {
+      const auto& stream = pids_[videoPid].stream;
+      const bool isDue = now && stream && stream->info.program == program;
+      if (isDue) stream->decoder->release(toMediaTime(*now));
+    }
+    clock_->takePcr(program, pcr);
+  }
 }
 
 void TsDemultiplexer::apply() {
   times_.follow(tables_.programs());
+  if (clock_) clock_->follow(tables_.programs());
   for (Pid& pid : pids_) pid.program.reset();
   for (const auto& [program, map] : tables_.programs()) {
     for (const TsStreamEntry& entry : map.streams) {
@@ -152,6 +180,12 @@ std::unique_ptr<ITsStream> TsDemultiplexer::makeDecoder(Stream& stream) {
                             if (stream.isWanted) listener_->onSample(stream.info, sample);
                           }};
   if (stream.kind.isVideo) {
+    if (clock_) {
+      context.onPicture = [this, &stream](const TsPicture& picture) {
+        clock_->takePicture(static_cast<std::uint16_t>(stream.info.pid), stream.info.program,
+                            picture);
+      };
+    }
     return std::make_unique<TsVideoStream>(stream.kind.codec, std::move(context));
   }
   return std::make_unique<TsSubtitleStream>(stream.kind.type, std::move(context));
@@ -202,6 +236,14 @@ void TsDemultiplexer::updateRoles() {
   }
   for (Pid& pid : pids_) {
     if (pid.stream) pid.roles = pid.stream->isWanted ? kStream : kTiming;
+  }
+  if (clock_) {
+    videoPids_.clear();
+    for (std::uint16_t pid = 0; pid < kPids; ++pid) {
+      const auto& stream = pids_[pid].stream;
+      if (stream && stream->kind.isVideo && stream->isWanted) videoPids_.push_back(pid);
+    }
+    add(kTimeOfDayPid, kTimeOfDay);
   }
   for (const std::uint16_t pid : times_.pids()) add(pid, kClock);
   for (const std::uint16_t pid : tables_.pids()) add(pid, kTable);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "readers/media_reader.h"
+#include "readers/mpegts/ts_program_clock.h"
 #include "readers/mpegts/ts_program_times.h"
 #include "readers/mpegts/ts_report.h"
 #include "readers/mpegts/ts_stream.h"
@@ -63,6 +64,7 @@ class TsDemultiplexer {
     kTiming = 4,   ///< PTS of pictures and sound
     kUnknown = 8,  ///< may turn out to hold what is looked for
     kStream = 16,  ///< a wanted stream
+    kTimeOfDay = 32,
   };
 
   /// A stream that has been announced.
@@ -92,6 +94,7 @@ class TsDemultiplexer {
   void takePesStart(const TsPacket& packet, Pid& pid);
   bool detect(const TsPacket& packet, const PesHeader& header);
   void noteTiming(const TsPacket& packet, Pid& pid, const PesHeader& header);
+  void tellClock(std::uint16_t pid, std::uint64_t pcr);
 
   // Streams.
   void applyEntry(std::uint16_t program, const TsStreamEntry& entry);
@@ -113,8 +116,10 @@ class TsDemultiplexer {
   IReaderListener* listener_ = nullptr;
   TsTables tables_;
   TsProgramTimes times_;
+  std::optional<TsProgramClock> clock_;  // where somebody follows it
   std::vector<Pid> pids_{kPids};
-  std::size_t streams_ = 0;  // that there are now
+  std::size_t streams_ = 0;                 // that there are now
+  std::vector<std::uint16_t> videoPids_{};  // of wanted streams
 };
 
 }  // namespace korr::txsub

@@ -35,6 +35,7 @@ class TsPacket {
   }
 
   bool hasDiscontinuity() const { return adaptationLength() > 0 && tsaf_has_discontinuity(bytes_); }
+  bool hasRandomAccess() const { return adaptationLength() > 0 && tsaf_has_randomaccess(bytes_); }
   /// 33 bits at 90 kHz.
   std::optional<std::uint64_t> pcr() const {
     constexpr std::size_t kFlagsAndPcr = 7;

@@ -28,6 +28,15 @@ void TsProgramTimes::takePcr(std::uint16_t pid, std::uint64_t pcr, bool disconti
   }
 }
 
+std::vector<std::uint32_t> TsProgramTimes::programsOf(std::uint16_t pid) const {
+  std::vector<std::uint32_t> programs;
+  if (const auto found = programs_.find(pid); found != programs_.end()) {
+    programs.assign(found->second.begin(), found->second.end());
+  }
+  if (!areRivals_ && untabled_ == pid) programs.push_back(0);
+  return programs;
+}
+
 std::vector<std::uint16_t> TsProgramTimes::pids() const {
   std::vector<std::uint16_t> pids;
   for (const auto& [pid, programs] : programs_) pids.push_back(pid);

@@ -48,6 +48,9 @@ class TsProgramTimes {
 
   void takePcr(std::uint16_t pid, std::uint64_t pcr, bool discontinuity);
 
+  /// Which programs go by the PCRs of a PID.
+  std::vector<std::uint32_t> programsOf(std::uint16_t pid) const;
+
   /// Of one program; it stays where it is.
   TsProgramTime& operator[](std::uint32_t program) { return times_[program]; }
 

@@ -100,7 +100,8 @@ void TsSubtitleStream::warn(const std::string& what) {
 }
 
 TsVideoStream::TsVideoStream(VideoCodec codec, TsStreamContext context)
-    : context_(std::move(context)),
+    : codec_(codec),
+      context_(std::move(context)),
       captions_(codec,
                 [this](MediaTime time, Bytes triplets) {
                   context_.onSample(captionSample(triplets, time, time));
@@ -116,6 +117,7 @@ void TsVideoStream::take(const TsPacket& packet, unsigned lost) {
   Bytes payload = packet.payload();
   if (packet.hasUnitStart()) {
     header_.clear();
+    isMarked_ = packet.hasRandomAccess();
     inHeader_ = true;
   }
   if (!inHeader_) {
@@ -131,16 +133,24 @@ void TsVideoStream::take(const TsPacket& packet, unsigned lost) {
   const auto header = parsePesHeader(header_);
   inPes_ = header.has_value();
   if (!header) return;
-  beginPes(*header);
-  captions_.feed(payload.subspan(header->size - before));
+  payload = payload.subspan(header->size - before);
+  beginPes(*header, payload);
+  captions_.feed(payload);
 }
 
-void TsVideoStream::beginPes(const PesHeader& header) {
+void TsVideoStream::beginPes(const PesHeader& header, Bytes payload) {
   std::optional<MediaTime> time;
   if (header.pts) {
     const TsTicks ticks = clock_.place(*header.pts, context_.time->clock);
     context_.time->notePicture(ticks);
     time = toMediaTime(ticks);
+    if (context_.onPicture) {
+      context_.onPicture({.pts = *header.pts,
+                          .time = ticks,
+                          .isMarked = isMarked_,
+                          .codec = codec_,
+                          .start = payload});
+    }
   }
   captions_.beginPes(time);
 }

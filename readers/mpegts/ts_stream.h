@@ -13,6 +13,7 @@
 #include "readers/mpegts/ts_clock.h"
 #include "readers/mpegts/ts_packet.h"
 #include "readers/mpegts/ts_pes.h"
+#include "readers/mpegts/ts_program_clock.h"
 #include "readers/mpegts/ts_program_times.h"
 #include "readers/mpegts/ts_report.h"
 #include "readers/video/video_captions.h"
@@ -26,6 +27,8 @@ struct TsStreamContext {
   TsReport& report;
   log::ILogger* logger = nullptr;
   std::function<void(const InputSample&)> onSample;
+  /// Told each picture of video that begins with a PTS; empty: nobody wants to know.
+  std::function<void(const TsPicture&)> onPicture = {};
 };
 
 /// Makes samples of the packets of one PID.
@@ -35,6 +38,9 @@ class ITsStream {
 
   /// The next packet, after `lost` others that are missing.
   virtual void take(const TsPacket& packet, unsigned lost) = 0;
+
+  /// The program's clock has come to `now`: hands out what is held back and shown until then.
+  virtual void release(MediaTime now) = 0;
 
   /// The stream ends: hands out what is held back.
   virtual void flush() = 0;
@@ -50,6 +56,7 @@ class TsSubtitleStream final : public ITsStream {
       : type_(type), context_(std::move(context)) {}
 
   void take(const TsPacket& packet, unsigned lost) override;
+  void release(MediaTime) override {}
   void flush() override { finish(); }
   void setTime(TsProgramTime& time) override { context_.time = &time; }
 
@@ -76,16 +83,19 @@ class TsVideoStream final : public ITsStream {
   TsVideoStream(VideoCodec codec, TsStreamContext context);
 
   void take(const TsPacket& packet, unsigned lost) override;
+  void release(MediaTime now) override { captions_.release(now); }
   void flush() override { captions_.flush(); }
   void setTime(TsProgramTime& time) override { context_.time = &time; }
 
  private:
-  void beginPes(const PesHeader& header);
+  void beginPes(const PesHeader& header, std::span<const std::uint8_t> payload);
 
+  VideoCodec codec_;
   TsStreamContext context_;
   TsStreamClock clock_;
   VideoCaptionExtractor captions_;
   std::vector<std::uint8_t> header_;  // of a PES packet, as far as it has come
+  bool isMarked_ = false;             // as a random access point
   bool inHeader_ = false;
   bool inPes_ = false;
 };

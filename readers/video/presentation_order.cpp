@@ -42,6 +42,14 @@ void PresentationOrder::push(MediaTime time, std::span<const std::uint8_t> tripl
   }
 }
 
+void PresentationOrder::release(MediaTime now) {
+  while (!held_.empty() && held_.front().time <= now) {
+    const Picture first = std::move(held_.front());
+    held_.erase(held_.begin());
+    deliver(first);
+  }
+}
+
 void PresentationOrder::flush() {
   const auto pictures = std::exchange(held_, {});
   for (const Picture& picture : pictures) deliver(picture);

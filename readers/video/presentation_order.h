@@ -28,6 +28,9 @@ class PresentationOrder {
   /// One picture, in decoding order, with its captions if it has any.
   void push(MediaTime time, std::span<const std::uint8_t> triplets);
 
+  /// Hands out what is shown at `now` or before: nothing earlier will come.
+  void release(MediaTime now);
+
   /// Hands out all that is held back.
   void flush();
 

@@ -41,6 +41,9 @@ class VideoCaptionExtractor {
   /// Bytes are missing here: the unit that they tore is dropped.
   void lostData();
 
+  /// The clock has come to `now`: hands out what is shown until then.
+  void release(MediaTime now) { order_.release(now); }
+
   /// The end of the stream, or of this line of time: hands out everything held back.
   void flush();
 
