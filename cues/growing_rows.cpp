@@ -11,7 +11,9 @@ namespace {
 
 using encoding::subtitling::CaptionMode;
 using encoding::subtitling::CaptionText;
+using encoding::subtitling::GlyphText;
 using encoding::subtitling::Subtitle;
+using encoding::subtitling::WindowText;
 
 // Walks the characters of a row that has some.
 class RowWalk {
@@ -94,9 +96,55 @@ bool hasGrown(const CaptionText& before, const CaptionText& now) {
                                          });
 }
 
+// Letters of rows of windows, each with what it looks like.
+std::vector<std::pair<std::uint32_t, std::pair<GlyphText, WindowText::Pen>>> lettersOf(
+    const WindowText::Row& row) {
+  std::vector<std::pair<std::uint32_t, std::pair<GlyphText, WindowText::Pen>>> letters;
+  for (const auto& run : row.runs) {
+    for (std::uint32_t i = 0; i < run.glyphs.size(); ++i) {
+      letters.push_back({run.column + i, {run.glyphs[i], run.pen}});
+    }
+  }
+  return letters;
+}
+
+bool hasGrown(const WindowText::Row& before, const WindowText::Row& now) {
+  if (before == now) return true;
+  const auto left = lettersOf(before);
+  const auto right = lettersOf(now);
+  return before.number == now.number && left.size() <= right.size() &&
+         std::equal(left.begin(), left.end(), right.begin());
+}
+
+// Whether `now` is `before` with more letters in its rows, or more rows.
+bool hasGrown(const WindowText::Window& before, const WindowText::Window& now) {
+  WindowText::Window frame = now;
+  frame.rows = before.rows;
+  return frame == before && before.rows.size() <= now.rows.size() &&
+         std::equal(before.rows.begin(), before.rows.end(), now.rows.begin(),
+                    [](const auto& left, const auto& right) { return hasGrown(left, right); });
+}
+
+// Whether `now` shows what `before` does in the same windows, written on.
+bool windowsGrew(const Subtitle& before, const Subtitle& now) {
+  if (!before.windowText() || !now.windowText() || before.windowText()->windows.empty()) {
+    return false;
+  }
+  const auto& left = before.windowText()->windows;
+  const auto& right = now.windowText()->windows;
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](const auto& a, const auto& b) { return hasGrown(a, b); });
+}
+
 bool hasGrown(const Subtitle& before, const Subtitle& now) {
+  if (windowsGrew(before, now)) return true;
   return before.captionText() && now.captionText() &&
          hasGrown(*before.captionText(), *now.captionText());
+}
+
+Subtitle copyOfCaptions(const Subtitle& subtitle) {
+  if (const auto* text = subtitle.windowText()) return Subtitle(*text);
+  return Subtitle(subtitle.captionText() ? *subtitle.captionText() : CaptionText{});
 }
 
 // Whether one row begins with all of the other, wherever they stand.
@@ -158,7 +206,9 @@ void GrowingRows::throttle(MediaTime time, Subtitle subtitle) {
   if (held_ && !hasGrown(held_->subtitle, subtitle) && !keepsRows(held_->subtitle, subtitle)) {
     finish();
   }
-  if (isWritten(told_) && isWritten(subtitle) && time < lastTime_ + kLiveInterval) {
+  const Subtitle& before = held_ ? held_->subtitle : told_;
+  const bool waits = (isWritten(told_) && isWritten(subtitle)) || windowsGrew(before, subtitle);
+  if (waits && time < lastTime_ + kLiveInterval) {
     held_.emplace(Display{.time = time, .lastChange = time, .subtitle = std::move(subtitle)});
     return;
   }
@@ -181,7 +231,7 @@ void GrowingRows::finish() {
 
 void GrowingRows::tell(MediaTime time, Subtitle subtitle) {
   lastTime_ = std::max(lastTime_, time);
-  told_ = Subtitle(subtitle.captionText() ? *subtitle.captionText() : CaptionText{});
+  told_ = copyOfCaptions(subtitle);
   listener_.onDisplay(lastTime_, std::move(subtitle));
 }
 

@@ -10,8 +10,9 @@
 namespace korr::txsub {
 
 /// A listener in front of another. Roll-up and paint-on captions are told with every pair of
-/// letters that comes; cues of a frame or two would be all that is left of them. Everything else,
-/// pop-on captions, teletext and pictures, passes as it is. Not thread-safe.
+/// letters that comes; cues of a frame or two would be all that is left of them. Live, digital
+/// captions are throttled too; for files their decoder waits by itself. Everything else, pop-on
+/// captions, teletext and pictures, passes as it is. Not thread-safe.
 class GrowingRows final : public encoding::subtitling::IDisplayListener {
  public:
   using MediaTime = encoding::subtitling::MediaTime;
@@ -45,6 +46,11 @@ class GrowingRows final : public encoding::subtitling::IDisplayListener {
   /// Live, the stream has come to `now`: letters that have waited for long enough are told.
   void advance(MediaTime now);
 
+  /// Tells what waits from before `until`.
+  void settle(MediaTime until) {
+    if (held_ && held_->time < until) finish();
+  }
+
   /// Tells what waits. To be called at the end, and where everything must be out.
   void finish();
 
@@ -64,7 +70,7 @@ class GrowingRows final : public encoding::subtitling::IDisplayListener {
   const Output output_;
   std::optional<Display> held_;
   MediaTime lastTime_ = 0;                              // of the last display told
-  Subtitle told_{encoding::subtitling::CaptionText{}};  // it, if captions
+  Subtitle told_{encoding::subtitling::CaptionText{}};  // it, if captions of either kind
 };
 
 }  // namespace korr::txsub

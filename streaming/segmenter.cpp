@@ -65,16 +65,15 @@ void Segmenter::onPicture(const ClockPoint& point, bool isRandomAccess) {
 }
 
 void Segmenter::onClock(const ClockPoint& point) {
-  if (!firstClock_) firstClock_ = point.time;
+  if (!firstClock_) firstClock_ = point;
   lastClock_ = point.time;
   const bool hasPictures = lastPicture_ && *lastPicture_ + kPictureWait > point.time;
   const bool waits = settings_.align == SegmentAlign::Video &&
-                     (firstPicture_ || point.time < *firstClock_ + kPictureWait);
+                     (firstPicture_ || point.time < firstClock_->time + kPictureWait);
   if (!start_) {
     if (waits) return;
-    const MediaTime waited = point.time - *firstClock_;
-    const std::uint64_t stamp = point.stamp - toStreamTicks(waited);
-    start({.time = *firstClock_, .stamp = stamp});
+    const StreamTicks waited = toStreamTicks(point.time - firstClock_->time);
+    start({.time = firstClock_->time, .stamp = point.stamp - waited});
   }
   if (!hasPictures) {
     followLine(point);
@@ -89,12 +88,17 @@ void Segmenter::onWallTime(MediaTime time, WallTime wallTime) {
 }
 
 void Segmenter::finish(MediaTime end) {
+  // Too short for a decision.
+  if (!start_ && firstPicture_) start(*firstPicture_);
+  if (!start_ && firstClock_) start(*firstClock_);
   if (!start_) return;
   // A boundary that was announced and not reached is none.
   while (!pending_.empty() && pending_.back().time >= end) pending_.pop_back();
   while (!pending_.empty()) handOut(pending_.front());
   if (end > start_->time) handOut({.time = end, .ticks = ticksOf(end)});
   start_.reset();
+  firstPicture_.reset();
+  firstClock_.reset();
 }
 
 void Segmenter::start(const ClockPoint& point) {

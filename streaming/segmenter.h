@@ -92,7 +92,7 @@ class Segmenter {
   std::optional<Boundary> start_;  // of the segment that is open
   std::deque<Boundary> pending_;   // found, but not passed yet
   MediaTime origin_ = 0;           // what multiples of the target count from
-  std::optional<MediaTime> firstClock_;
+  std::optional<ClockPoint> firstClock_;
   std::optional<ClockPoint> firstPicture_;
   std::optional<MediaTime> lastPicture_;
   std::optional<MediaTime> lastClock_;

@@ -57,6 +57,7 @@ StreamPublisher::StreamPublisher(IStreamStore& store, PublisherSettings settings
 void StreamPublisher::restore() {
   const auto state = store_.get(kState);
   if (!state) return;
+  hasState_ = true;
   try {
     const auto json = Json::parse(*state);
     history_.restore(json.at("history").dump());
@@ -82,8 +83,10 @@ void StreamPublisher::offer(const StreamService& service) {
 }
 
 void StreamPublisher::publish(const Segment& segment, WallTime wallTime, const CuesOf& cuesOf) {
+  checkState();
   for (const auto& service : services_) putSegment(service, segment, cuesOf(service));
   history_.add(segment, wallTime);
+  checkState();
   putState();
   putManifests();
   removeOld();
@@ -91,6 +94,7 @@ void StreamPublisher::publish(const Segment& segment, WallTime wallTime, const C
 
 void StreamPublisher::end() {
   isEnded_ = true;
+  checkState();
   putManifests();
 }
 
@@ -129,11 +133,19 @@ void StreamPublisher::putSegment(const StreamService& service, const Segment& se
   }
 }
 
+// Playlists would go on naming what somebody has removed.
+void StreamPublisher::checkState() {
+  if (!hasState_ || store_.has(kState)) return;
+  throw OutputError(std::string("the output has lost its '") + kState +
+                    "': it was removed while the stream runs; a new run starts from the beginning");
+}
+
 void StreamPublisher::putState() {
   Json services = Json::array();
   for (const auto& service : services_) services.push_back(toJsonValue(service));
   const Json json{{"services", std::move(services)}, {"history", Json::parse(history_.toJson())}};
   store_.put(kState, json.dump() + '\n');
+  hasState_ = true;
 }
 
 void StreamPublisher::putManifests() {

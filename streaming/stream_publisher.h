@@ -74,6 +74,7 @@ class StreamPublisher {
   void putInitialisation(const StreamService& service);
   void putSegment(const StreamService& service, const Segment& segment,
                   const std::vector<SegmentCue>& cues);
+  void checkState();
   void putState();
   void putManifests();
   void putMediaLines();
@@ -87,6 +88,7 @@ class StreamPublisher {
   PublisherSettings settings_;
   StreamHistory history_;
   std::vector<StreamService> services_;
+  bool hasState_ = false;  // the store does
   bool isEnded_ = false;
 };
 

@@ -66,6 +66,11 @@ std::optional<std::string> DirectoryStore::get(const std::string& name) {
   return content.str();
 }
 
+bool DirectoryStore::has(const std::string& name) {
+  std::error_code ignored;
+  return fs::exists(pathFromUtf8(path_ + '/' + name), ignored);
+}
+
 void DirectoryStore::remove(const std::string& name) {
   std::error_code ignored;
   fs::remove(pathFromUtf8(path_ + '/' + name), ignored);

@@ -23,6 +23,9 @@ class IStreamStore {
   /// What a file holds; nothing when there is none.
   virtual std::optional<std::string> get(const std::string& name) = 0;
 
+  /// Whether a file is still there, as far as that costs nothing to know.
+  virtual bool has(const std::string& name) = 0;
+
   /// A file that need not be there.
   virtual void remove(const std::string& name) = 0;
 };
@@ -35,6 +38,7 @@ class DirectoryStore final : public IStreamStore {
 
   void put(const std::string& name, std::string_view content) override;
   std::optional<std::string> get(const std::string& name) override;
+  bool has(const std::string& name) override;
   void remove(const std::string& name) override;
 
  private:

@@ -44,6 +44,7 @@ class CheckedStore final : public IStreamStore {
 
   void put(const std::string& name, std::string_view content) override;
   std::optional<std::string> get(const std::string& name) override;
+  bool has(const std::string& name) override { return files.contains(name); }
   void remove(const std::string& name) override;
 
   /// Each playlist and manifest as it stands now.
