@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What tells a program's time, beside its subtitles.
 #pragma once
 

@@ -39,10 +39,20 @@ void ChainHost::noteTime(const InputSample& sample) {
   holdsUnit_ = true;
 }
 
-void ChainHost::finish(MediaTime end) {
+void ChainHost::completeUnit() {
   if (!chain_) return;
   if (holdsUnit_) reporter_.setTime(unitTime_);
+  holdsUnit_ = false;
   guarded([&] { chain_->framer().endOfStream(); });
+}
+
+void ChainHost::settle(MediaTime until) {
+  if (chain_) guarded([&] { chain_->settle(until); });
+}
+
+void ChainHost::finish(MediaTime end) {
+  if (!chain_) return;
+  completeUnit();
   guarded([&] { chain_->finish(end); });
 }
 

@@ -52,6 +52,12 @@ class ChainHost {
 
   void push(const InputSample& sample, const SharedSample& shared);
 
+  /// The samples so far are whole units: the one in the framer does not wait for the next.
+  void completeUnit();
+
+  /// Live, `until` has passed: what began before it is shown as far as it has come.
+  void settle(MediaTime until);
+
   /// The input has ended at `end`: completes the unit in the framer, then the chain.
   void finish(MediaTime end);
 

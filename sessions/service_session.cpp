@@ -69,24 +69,31 @@ CueSession::CueSession(const Service& service, const Settings& settings,
     : ServiceSession(service),
       output_(std::move(output)),
       recorder_(*output_, settings.configuration.durationMs * encoding::subtitling::kMillisecond),
-      host_(
-          settings.configuration, service.type, settings.format,
-          {.makeChain =
-               [this, rules = settings.rules, isAskedFor = settings.isAskedFor](
-                   const ChainHost::ChainSettings& chain, log::ILogger* logger) {
-                 return std::make_unique<DisplayChain>(
-                     display(rules),
-                     DisplayChain::Settings{.rules = rules,
-                                            .inputType = chain.inputType,
-                                            .page = chain.page,
-                                            .pageOption = chain.pageOption,
-                                            .isAskedFor = isAskedFor || this->service().isDeclared,
-                                            .dvbPages = this->service().dvbPages,
-                                            .durationMs = chain.durationMs},
-                     logger);
-               },
-           .monitor = monitor,
-           .pid = service.pid}) {
+      host_(settings.configuration, service.type, settings.format,
+            {.makeChain =
+                 [this, settings](const ChainHost::ChainSettings& chain, log::ILogger* logger) {
+                   return makeDisplayChain(display(settings.rules), this->service(), settings,
+                                           chain, logger);
+                 },
+             .monitor = monitor,
+             .pid = service.pid}) {
+}
+
+std::unique_ptr<DisplayChain> makeDisplayChain(encoding::subtitling::IDisplayListener& listener,
+                                               const Service& service,
+                                               const CueSession::Settings& settings,
+                                               const ChainHost::ChainSettings& chain,
+                                               log::ILogger* logger) {
+  return std::make_unique<DisplayChain>(
+      listener,
+      DisplayChain::Settings{.rules = settings.rules,
+                             .inputType = chain.inputType,
+                             .page = chain.page,
+                             .pageOption = chain.pageOption,
+                             .isAskedFor = settings.isAskedFor || service.isDeclared,
+                             .dvbPages = service.dvbPages,
+                             .durationMs = chain.durationMs},
+      logger);
 }
 
 // By the filter's rules captions are shown row by row; there is nothing that grows.

@@ -105,6 +105,12 @@ class CueSession final : public ServiceSession {
   ChainHost host_;
 };
 
+/// The chain that tells `listener` what a service shows. Neither `listener` nor `logger` is owned.
+std::unique_ptr<encoding::subtitling::DisplayChain> makeDisplayChain(
+    encoding::subtitling::IDisplayListener& listener, const Service& service,
+    const CueSession::Settings& settings, const ChainHost::ChainSettings& chain,
+    log::ILogger* logger);
+
 /// What the filter would deliver, to the letter: nothing is flushed at the end. `isCertain`: wanted
 /// even when it shows nothing.
 class SampleSession final : public ServiceSession {

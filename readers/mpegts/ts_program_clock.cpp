@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "readers/mpegts/ts_program_clock.h"
 
 #include <algorithm>

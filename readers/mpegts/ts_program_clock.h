@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Tells a listener the clocks of all programs.
 #pragma once
 

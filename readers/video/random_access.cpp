@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "readers/video/random_access.h"
 
 #include "readers/video/start_code.h"

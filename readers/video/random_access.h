@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where decoding of video can begin.
 #pragma once
 

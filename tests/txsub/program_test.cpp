@@ -286,7 +286,7 @@ TEST_F(ProgramTest, DocumentsEveryOptionInTheManual) {
   std::string manual(std::istreambuf_iterator<char>(file), {});
   std::erase(manual, '\\');  // "\-\-page" reads as "--page"
   ASSERT_FALSE(manual.empty());
-  for (const char* command : {"convert", "probe", "extract", "render", "batch"}) {
+  for (const char* command : {"convert", "probe", "extract", "render", "batch", "stream"}) {
     const std::string help = outputOf({command, "--help"});
     EXPECT_THAT(help, HasSubstr("Examples:"));
     EXPECT_THAT(help, HasSubstr("Exit codes:"));

@@ -19,6 +19,7 @@ ExitCode run(const ExtractOptions& options, Console& console);
 ExitCode run(const RenderOptions& options, Console& console);
 ExitCode run(const PreviewOptions& options, Console& console);
 ExitCode run(const BatchOptions& options, Console& console);
+ExitCode run(const StreamOptions& options, Console& console);
 
 /// How the cues of a service of an input of this format are made. Where `rules` says nothing,
 /// recorded samples are shown as the filter would show them. `isAskedFor`: --page names the

@@ -41,7 +41,8 @@ std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>
   program.require_subcommand(1);
   program.footer(std::string(kProgramExamples) + "\n\n" + std::string(exitCodes()));
   std::vector<std::unique_ptr<ISubcommand>> subcommands;
-  for (const auto add : {addConvert, addProbe, addExtract, addRender, addPreview, addBatch}) {
+  for (const auto add :
+       {addConvert, addProbe, addExtract, addRender, addPreview, addBatch, addStream}) {
     subcommands.push_back(add(program));
   }
 

@@ -167,12 +167,7 @@ Command ConvertSubcommand::settle() {
   if (options_.all && output_.empty()) {
     throw usageError("--all", "name the directory for the files with -o DIR");
   }
-  if (!statistics_.empty()) {
-    if (statistics_ != "text" && statistics_ != "json") {
-      throw usageError("--stats", "'" + statistics_ + "' is not text or json");
-    }
-    options_.statistics = statistics_ == "json" ? StatisticsFormat::Json : StatisticsFormat::Text;
-  }
+  options_.statistics = parseStatistics(statistics_);
   options_.ocr = ocr_.settle();
   checkTemplate();
   settleOutput();

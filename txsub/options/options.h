@@ -14,6 +14,7 @@
 #include "files/playable_file.h"
 #include "model/modes.h"
 #include "services/service.h"
+#include "streaming/segmenter.h"
 #include "txsub/console.h"
 #include "util/exception.h"
 
@@ -131,8 +132,23 @@ struct BatchOptions {
   std::vector<std::string> options;  ///< of `convert`, for the lines without any
 };
 
+struct StreamOptions {
+  InputOptions input;
+  std::string output;  ///< UTF-8; a directory
+  ServiceQuery query;
+  std::optional<std::uint32_t> program;
+  MediaTime segment = 6 * encoding::subtitling::kSecond;
+  SegmentAlign align = SegmentAlign::Video;
+  std::optional<MediaTime> window;  ///< nothing: everything is kept
+  std::string master;               ///< UTF-8; the video's playlist, empty for none
+  bool isPaced = false;
+  std::optional<MediaTime> follow;  ///< how long a file need not have grown to be at its end
+  bool isLeftOpen = false;
+  StatisticsFormat statistics = StatisticsFormat::None;
+};
+
 using Command = std::variant<ConvertOptions, ProbeOptions, ExtractOptions, RenderOptions,
-                             PreviewOptions, BatchOptions>;
+                             PreviewOptions, BatchOptions, StreamOptions>;
 
 /// The options do not fit together or do not fit the input: ends the program with kUsage.
 class UsageError final : public util::TessaryException {

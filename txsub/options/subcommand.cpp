@@ -162,6 +162,13 @@ CLI::ValidationError usageError(const std::string& option, const std::string& me
   return CLI::ValidationError(option, message);
 }
 
+StatisticsFormat parseStatistics(const std::string& text) {
+  if (text.empty()) return StatisticsFormat::None;
+  if (text == "text") return StatisticsFormat::Text;
+  if (text == "json") return StatisticsFormat::Json;
+  throw usageError("--stats", "'" + text + "' is not text or json");
+}
+
 std::optional<std::uint32_t> parseNumber(std::string_view text, int base) {
   std::uint32_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);

@@ -34,12 +34,16 @@ std::unique_ptr<ISubcommand> addExtract(CLI::App& program);
 std::unique_ptr<ISubcommand> addRender(CLI::App& program);
 std::unique_ptr<ISubcommand> addPreview(CLI::App& program);
 std::unique_ptr<ISubcommand> addBatch(CLI::App& program);
+std::unique_ptr<ISubcommand> addStream(CLI::App& program);
 
 /// Gives a program its --version, and its name to what it says of wrong usage.
 void introduce(CLI::App& program);
 
 /// A wrong value or combination, in the words that the user reads.
 CLI::ValidationError usageError(const std::string& option, const std::string& message);
+
+/// What --stats takes: nothing, "text" or "json".
+StatisticsFormat parseStatistics(const std::string& text);
 
 /// A whole number of a base, with nothing after it.
 std::optional<std::uint32_t> parseNumber(std::string_view text, int base);

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What whoever follows the clock of a program is told.
 #include "readers/mpegts/ts_program_clock.h"
 
