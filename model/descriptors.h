@@ -16,7 +16,9 @@ enum class DescriptorTag : std::uint8_t {
   Service = 0x48,         ///< service_descriptor
   Teletext = 0x56,        ///< teletext_descriptor
   Subtitling = 0x59,      ///< subtitling_descriptor
+  Extension = 0x7F,       ///< extension_descriptor
   CaptionService = 0x86,  ///< caption_service_descriptor
+  DataComponent = 0xFD,   ///< data_component_descriptor (ARIB STD-B10, 6.2.20)
 };
 
 /// Calls `onDescriptor(DescriptorTag tag, std::span<const std::uint8_t> body)` for each descriptor

@@ -220,6 +220,17 @@ void TsDemultiplexer::unselect(std::uint32_t streamId) {
   updateRoles();
 }
 
+std::vector<std::string> TsDemultiplexer::otherSubtitles() const {
+  std::vector<std::string> found;
+  for (const auto& [program, map] : tables_.programs()) {
+    for (const TsStreamEntry& entry : map.streams) {
+      std::string name = otherSubtitlesIn(entry);
+      if (!name.empty() && !pids_[entry.pid].stream) found.push_back(std::move(name));
+    }
+  }
+  return found;
+}
+
 void TsDemultiplexer::updateRoles() {
   for (Pid& pid : pids_) pid.roles = kNone;
   const auto add = [this](std::uint16_t pid, unsigned role) {

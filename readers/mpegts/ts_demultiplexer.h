@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "readers/media_reader.h"
@@ -51,6 +52,9 @@ class TsDemultiplexer {
   bool hasAskedPid() const {
     return !options_.pid || (*options_.pid < kPids && pids_[*options_.pid].isSeen);
   }
+
+  /// As ReaderFindings has them.
+  std::vector<std::string> otherSubtitles() const;
 
   /// Null where nothing of the program has been seen.
   const TsProgramTime* timeOf(std::uint32_t program) const { return times_.find(program); }

@@ -100,7 +100,8 @@ std::optional<MediaTime> TsReader::endTime(std::uint32_t program) const {
 }
 
 ReaderFindings TsReader::findings() const {
-  return {.hasAskedPid = demultiplexer_.hasAskedPid(), .otherSubtitles = {}};
+  return {.hasAskedPid = demultiplexer_.hasAskedPid(),
+          .otherSubtitles = demultiplexer_.otherSubtitles()};
 }
 
 }  // namespace korr::txsub

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "readers/media_reader.h"
 #include "readers/mpegts/ts_pes.h"
@@ -28,6 +29,9 @@ std::optional<TsStreamKind> kindOf(const TsStreamEntry& entry);
 
 /// By the first PES packet of a stream that no table describes.
 std::optional<TsStreamKind> kindOf(const PesHeader& header, std::span<const std::uint8_t> payload);
+
+/// What subtitles the table says these are, where `kindOf` has none; empty where it says nothing.
+std::string otherSubtitlesIn(const TsStreamEntry& entry);
 
 /// Whether only the content tells what this is, when no descriptor does.
 bool isPrivate(const TsStreamEntry& entry);

@@ -162,13 +162,15 @@ TEST(TsReader, DuplicatesCountOnceAndOtherPacketsOfTheSameNumberDoToo) {
 
 TEST(TsReader, ATornPictureIsLeftOut) {
   TsBuilder stream = beginning();
-  stream.pes(kDvbPid, dvbPes(1 * kTicks, dvbField(1000)));
-  Bytes torn = TsBuilder().pes(kDvbPid, dvbPes(2 * kTicks, dvbField(1000))).take();
-  torn.erase(torn.end() - 2 * TsBuilder::kPacketBytes, torn.end());
-  stream.raw(torn);
-  stream.pes(kDvbPid, dvbPes(3 * kTicks, dvbField(1000)));
-  const Reading reading(stream.bytes());
-  EXPECT_THAT(reading.secondsOf(kDvbPid), ElementsAre(1, 3));
+  for (std::uint64_t i = 1; i <= 2; ++i) stream.pes(kDvbPid, dvbPes(i * kTicks, dvbField(1000)));
+  const auto end = static_cast<std::ptrdiff_t>(stream.size());
+  for (std::uint64_t i = 3; i <= 4; ++i) stream.pes(kDvbPid, dvbPes(i * kTicks, dvbField(1000)));
+  Bytes torn = stream.take();
+  torn.erase(torn.begin() + end - 2 * TsBuilder::kPacketBytes, torn.begin() + end);
+  const Reading reading(torn);
+  EXPECT_THAT(reading.secondsOf(kDvbPid), ElementsAre(1, 3, 4));
+  const auto hasLoss = [](bool is) { return Field(&InputSample::discontinuity, is); };
+  EXPECT_THAT(reading.of(kDvbPid), ElementsAre(hasLoss(false), hasLoss(true), hasLoss(false)));
   EXPECT_THAT(reading.logger.lines, Not(IsEmpty()));
 }
 
@@ -338,6 +340,21 @@ TEST(TsReader, DamageIsReportedAFewTimesOnly) {
   const Reading reading(stream.bytes());
   EXPECT_THAT(reading.logger.lines, SizeIs(51));
   EXPECT_EQ(reading.logger.lines.back(), "further damage is not reported");
+}
+
+TEST(TsReader, NamesSubtitlesThatAreNotItsOwn) {
+  TsProgram disc = program();
+  const Bytes french{0x0A, 4, 'f', 'r', 'a', 0};
+  disc.streams = {{.pid = 0x1200, .type = 0x90, .descriptors = french},
+                  {.pid = 0x1100, .type = 0x0F, .descriptors = french},  // sound
+                  {.pid = 0x1300, .descriptors = {0xFD, 3, 0x00, 0x08, 0x3D}},
+                  {.pid = 0x1400, .descriptors = {0x7F, 1, 0x20}},
+                  {.pid = 0x1500, .descriptors = {0x7F, 1, 0x06}},  // more sound
+                  {.pid = kDvbPid, .descriptors = kSubtitlingDescriptor}};
+  const Reading reading(TsBuilder().tables(disc).bytes());
+  EXPECT_THAT(
+      reading.reader.findings().otherSubtitles,
+      ElementsAre("PID 0x1200 (PGS, fra)", "PID 0x1300 (ARIB captions)", "PID 0x1400 (TTML)"));
 }
 
 TEST(TsReader, APacketThatIsKnownToBeDamagedIsALostOne) {

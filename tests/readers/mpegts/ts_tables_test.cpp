@@ -132,6 +132,10 @@ TEST_F(TablesTest, DamageMakesNoMoreProgramsThanAMultiplexHas) {
     take(stream_.pat(programs, version).take());
   }
   EXPECT_THAT(tables_.pids(), SizeIs(1024 + 2));
+  for (std::uint16_t service = 1; service <= 1025; ++service) stream_.sdt(service, "name");
+  take(stream_.take());
+  EXPECT_EQ(tables_.serviceName(1024), "name");
+  EXPECT_EQ(tables_.serviceName(1025), "");
 }
 
 }  // namespace

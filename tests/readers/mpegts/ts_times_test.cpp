@@ -135,9 +135,9 @@ TEST(TsTimes, AStreamThatNoTableNamesBelongsToTheOnlyProgram) {
 }
 
 TEST(TsTimes, RivalClocksWithoutTablesAreNotBelieved) {
-  TsBuilder stream;
+  TsBuilder stream = TsBuilder().pcr(0x500, 0).pcr(0x501, 5000 * kTicks);
   for (std::uint64_t i = 1; i <= 5; ++i) {
-    stream.pcr(0x500, i * kTicks).pcr(0x501, (5000 + i) * kTicks);
+    stream.pcr(i % 2 == 0 ? 0x500 : 0x501, i * kTicks);
     stream.pes(kTeletextPid, teletextPes((90 + i) * kTicks));
   }
   EXPECT_THAT(Reading(stream.bytes()).secondsOf(kTeletextPid), ElementsAre(91, 92, 93, 94, 95));
