@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -29,14 +30,15 @@ fs::path temporaryBeside(const fs::path& target) {
   return target.parent_path() / pathFromUtf8(name + suffix);
 }
 
-/// The file that a link names, also where there is none yet.
-fs::path behindLinks(fs::path path) {
-  constexpr int kMostLinks = 40;  // links may form a ring
+/// The file that a link names, also where there is none yet; nothing when links form a ring.
+std::optional<fs::path> behindLinks(fs::path path) {
+  constexpr int kMostLinks = 40;
   std::error_code error;
-  for (int i = 0; i < kMostLinks && fs::is_symlink(path, error); ++i) {
+  for (int i = 0; i < kMostLinks; ++i) {
+    if (!fs::is_symlink(path, error)) return path;
     path = path.parent_path() / fs::read_symlink(path, error);
   }
-  return path;
+  return {};
 }
 
 }  // namespace
@@ -49,7 +51,7 @@ OutputFile::OutputFile(const std::string& path) : name_('\'' + path + '\'') {
     return;
   }
   std::error_code ignored;
-  fs::path target = pathFromUtf8(path);
+  const fs::path target = pathFromUtf8(path);
   const auto status = fs::status(target, ignored);
   if (fs::is_directory(status)) {
     throw OutputError("cannot write " + name_ + ": it is a directory");
@@ -60,9 +62,10 @@ OutputFile::OutputFile(const std::string& path) : name_('\'' + path + '\'') {
     return;
   }
   // A link stays a link: the file that it names is replaced.
-  target = behindLinks(target);
-  final_ = target;
-  temporary_ = temporaryBeside(target);
+  const auto file = behindLinks(target);
+  if (!file) throw OutputError("cannot write " + name_ + ": it is a ring of links");
+  final_ = *file;
+  temporary_ = temporaryBeside(final_);
   file_ = platform::openFile(temporary_, "wb");
   if (!file_) fail();
 }

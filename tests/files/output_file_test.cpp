@@ -58,7 +58,10 @@ TEST_F(OutputFileTest, ALinkStaysALinkAndItsFileIsReplaced) {
   ASSERT_TRUE(link("dangling", "made"));
   write("dangling", "new");
   EXPECT_EQ(directory_.read("made"), "new");
-  EXPECT_THAT(directory_.names(), ElementsAre("dangling", "link", "made", "target"));
+
+  ASSERT_TRUE(link("ring", "ring"));
+  EXPECT_THROW(write("ring", "new"), OutputError);
+  EXPECT_THAT(directory_.names(), ElementsAre("dangling", "link", "made", "ring", "target"));
 }
 
 TEST_F(OutputFileTest, SaysWhyItCannotWrite) {
