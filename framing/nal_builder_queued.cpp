@@ -35,7 +35,9 @@ void NALBuilderQueued::drop() {
   pendingBytes_ = 0;
   isDropping_ = true;
   throw std::length_error(
-      "No sample begins a new unit; what has piled up is dropped, up to the next that does");
+      "A subtitle unit that no sample ends has passed 4 MiB or 65,536 samples; it is dropped, up "
+      "to "
+      "the next sample with its start flag set");
 }
 
 void NALBuilderQueued::endOfStream() {
