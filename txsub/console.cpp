@@ -86,11 +86,8 @@ void Console::detail(const std::string& message) {
   report(log::Level::Information, {}, message);
 }
 
-// Never folded into a count: each stands for one sample.
 void Console::chainError(const Place& place, const char* message) {
-  forget(place.pid);
-  forget(0);
-  write({.level = log::Level::Error, .text = std::string("Error: ") + message}, place);
+  say({.level = log::Level::Error, .text = std::string("Error: ") + message}, place);
 }
 
 void Console::print(const std::string& line) {
@@ -152,7 +149,8 @@ void Console::flushRepeats(std::uint32_t pid) {
   auto& [last, repeats] = found->second;
   Message message = last;
   message.prefix = "txsub: ";
-  const std::string count = "the same " + std::to_string(std::exchange(repeats, 0)) + " more times";
+  const std::string count = "the same " + std::to_string(repeats) + (repeats == 1 ? " more time" : " more times");
+  repeats = 0;
   message.text = pid == 0 ? '(' + count + ')' : count + ": " + last.text;
   write(message, {.pid = pid});
 }

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <sstream>
 
 #include "platform/png_decoder.h"
@@ -72,14 +73,21 @@ void expectSameDocuments(const std::string& delivered, const std::string& refere
     ASSERT_TRUE(ours[i] == theirs[i]) << ours[i].c_str() << "\nis not\n" << theirs[i].c_str();
 }
 
-// The program says where in the recording a message comes from; the filter leaves that to its host.
-std::vector<std::string> errorsWithoutPlaces(const std::string& errors) {
-  auto lines = linesOf(errors);
-  for (auto& line : lines) {
+// The program says where in the recording a message comes from, and counts equal ones; the filter
+// leaves both to its host.
+std::vector<std::string> errorsOneByOne(const std::string& errors) {
+  static const std::regex kRepeats("the same ([0-9]+) more time");
+  std::vector<std::string> all;
+  for (const auto& line : linesOf(errors)) {
     const auto begin = line.find("Error: ");
-    line = "0 " + line.substr(begin == std::string::npos ? 0 : begin);
+    std::smatch repeats;
+    if (std::regex_search(line, repeats, kRepeats)) {
+      all.insert(all.end(), std::stoul(repeats[1]), std::string(all.back()));
+    } else {
+      all.push_back("0 " + line.substr(begin == std::string::npos ? 0 : begin));
+    }
   }
-  return lines;
+  return all;
 }
 
 /// What comes out of the filter, as the native program writes it.
@@ -120,7 +128,7 @@ TEST(Replay, DeliversWhatTheNativeProgramMakes) {
 
     const auto recording = readRecording((folder / name).string(), nullptr);
     const auto reference = contentOf(folder / (number + ".jsonl"));
-    const auto errors = errorsWithoutPlaces(contentOf(folder / (number + ".errors")));
+    const auto errors = errorsOneByOne(contentOf(folder / (number + ".errors")));
     for (const auto sink : {SinkKind::Collecting, SinkKind::Grabber}) {
       SCOPED_TRACE(sink == SinkKind::Grabber ? "Grabber" : "Collecting");
       RecordingLogger logger;
@@ -135,6 +143,30 @@ TEST(Replay, DeliversWhatTheNativeProgramMakes) {
       EXPECT_EQ(said, errors);
     }
   }
+  CoUninitialize();
+}
+
+TEST(Replay, EndsWithTheReasonWhenTheGraphIsAborted) {
+  CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+  RecordingLogger logger;
+  Recording recording{.type = txsub::SubtitleInputType::ClosedCaption, .format = {}, .samples = {}};
+  for (std::uint64_t second = 1; second < 9; ++second) {
+    recording.samples.push_back({.data = {0xFC, 0x80, 0x80},
+                                 .times = txsub::InputSample::Times{second * 10'000'000, 0},
+                                 .sync = true,
+                                 .format = {}});
+  }
+  const ReplaySettings settings = {
+      .module = (fs::path(_pgmptr).parent_path() / "TXSubtitleConverter.ax").string(),
+      .configuration = {.page = 1},
+      .logger = &logger};
+  std::string reason;
+  try {
+    replay(recording, settings, [](const ReceivedSample&) { throw std::bad_alloc(); });
+  } catch (const util::TessaryException& error) {
+    reason = error.what();
+  }
+  EXPECT_THAT(reason, testing::StartsWith("cannot replay to the end (0x8007000e): "));
   CoUninitialize();
 }
 

@@ -12,6 +12,7 @@ namespace korr::txsub {
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -173,16 +174,17 @@ TEST_F(ProgramTest, TellsOfAnInterruptionInEveryCommand) {
   const std::vector<std::vector<std::string>> commands{
       {"probe", "-"},
       {"convert", "-", "-o", output + ".vtt"},
+      {"convert", "-", "-o", output + ".scc"},
       {"extract", "-", "-o", output},
       {"preview", "-", "-o", output},
       {"render", "-", "--at", "1", "-o", output + ".png"}};
   for (const auto& command : commands) {
     const auto result = runAndInterrupt({.arguments = command, .input = kCaptions}, SIGHUP);
     EXPECT_EQ(result.exitCode, 0) << command[0] << result.errors;
-    EXPECT_THAT(result.errors, HasSubstr("interrupted; the output is complete up to here"))
+    EXPECT_THAT(result.errors, EndsWith("txsub: interrupted; the output is complete up to here\n"))
         << command[0];
   }
-  EXPECT_THAT(directory_.names(), ElementsAre("out", "out.png", "out.vtt"));
+  EXPECT_THAT(directory_.names(), ElementsAre("out", "out.png", "out.scc", "out.vtt"));
 }
 
 TEST_F(ProgramTest, NamesAPidThatIsNotThere) {
@@ -195,6 +197,14 @@ TEST_F(ProgramTest, NamesAPidThatIsNotThere) {
     EXPECT_THAT(errorsOf(1, command), HasSubstr("there is no PID 0x0999 in '" + stream + "'"))
         << command[0];
   }
+}
+
+TEST_F(ProgramTest, CountsAnErrorThatEverySampleBrings) {
+  const auto result = run({"convert", "samples/teletext.ts", "--as", "samples", "--mode", "srt",
+                           "-o", directory_.file("out.jsonl")});
+  EXPECT_EQ(result.errors,
+            "txsub: PID 0x0200, 10.000 s: Error: Unexpected input subtitle type\n"
+            "txsub: PID 0x0200: the same 28 more times: Error: Unexpected input subtitle type\n");
 }
 
 TEST_F(ProgramTest, SaysThatNobodyReadsItsOutput) {
