@@ -4,6 +4,7 @@
 #include <qedit.h>
 #include <wrl/client.h>
 
+#include "filter/com_boundary.h"
 #include "filter/media_types.h"
 #include "txgraph/converter_module.h"
 #include "txgraph/push_source.h"
@@ -17,7 +18,7 @@ namespace {
 
 // More than the filter asks for, so that neither thread waits for the other at every sample.
 constexpr long kInputBuffers = 128;
-constexpr long kForever = -1;  // milliseconds
+constexpr long kLookOut = 100;  // milliseconds between two looks at what else the graph tells
 
 // qedit.dll; mingw's headers have the interfaces only.
 constexpr CLSID kSampleGrabber = {
@@ -87,11 +88,8 @@ class Replay {
          const std::function<void(const ReceivedSample&)>& onSample)
       : recording_(recording),
         settings_(settings),
-        onSample_([this, &onSample](const ReceivedSample& sample) {
-          if (settings_.statistics) settings_.statistics->noteDelivered(sample.stop);
-          onSample(sample);
-          return S_OK;
-        }),
+        onSample_(
+            [this, &onSample](const ReceivedSample& sample) { return take(sample, onSample); }),
         grabberCallback_(onSample_) {
     require(
         CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&graph_)),
@@ -118,10 +116,7 @@ class Replay {
     require(control_->Run(), "run the graph");
     pushAll();
     require(source_->endOfStream(), "end the stream");
-    ComPtr<IMediaEvent> events;
-    require(graph_->QueryInterface(IID_IMediaEvent, &events), "reach the graph's events");
-    long event = 0;
-    require(events->WaitForCompletion(kForever, &event), "wait for the end of the stream");
+    waitForEnd();
     if (settings_.statistics) settings_.statistics->noteEnd();
     require(control_->Stop(), "stop the graph");
   }
@@ -190,6 +185,46 @@ class Replay {
       } else {
         deliver();
       }
+    }
+  }
+
+  // What the host throws at a sample ends the graph.
+  HRESULT take(const ReceivedSample& sample,
+               const std::function<void(const ReceivedSample&)>& onSample) {
+    if (settings_.statistics) settings_.statistics->noteDelivered(sample.stop);
+    log::DiscardingLogger nobody;  // `waitForEnd` tells
+    const HRESULT result = atComBoundary(nobody, [&] {
+      onSample(sample);
+      return S_OK;
+    });
+    ComPtr<IMediaEventSink> events;
+    if (FAILED(result) && SUCCEEDED(graph_.As(&events))) events->Notify(EC_ERRORABORT, result, 0);
+    return result;
+  }
+
+  void waitForEnd() {
+    ComPtr<IMediaEvent> events;
+    require(graph_->QueryInterface(IID_IMediaEvent, &events), "reach the graph's events");
+    long end = 0;
+    HRESULT waited = E_ABORT;  // not over yet
+    while (waited == E_ABORT) {
+      waited = events->WaitForCompletion(kLookOut, &end);
+      // Where the platform waits for complete streams only, an end before that is among these.
+      requireNoAbort(*events.Get());
+    }
+    require(waited, "wait for the end of the stream");
+    if (end != EC_COMPLETE) require(E_ABORT, "replay to the end");
+  }
+
+  static void requireNoAbort(IMediaEvent& events) {
+    long event = 0;
+    LONG_PTR first = 0;
+    LONG_PTR second = 0;
+    while (SUCCEEDED(events.GetEvent(&event, &first, &second, 0))) {
+      events.FreeEventParams(event, first, second);
+      const auto reason = static_cast<HRESULT>(first);
+      if (event == EC_ERRORABORT) require(FAILED(reason) ? reason : E_FAIL, "replay to the end");
+      if (event == EC_USERABORT) require(E_ABORT, "replay to the end");
     }
   }
 

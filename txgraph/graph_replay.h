@@ -29,8 +29,9 @@ struct ReplaySettings {
 };
 
 /// Builds source, converter and sink, runs the graph and pushes the recording through it; returns
-/// when the end of the stream has come out. `onSample` is called on the converter's thread. Throws
-/// util::TessaryException.
+/// when the end of the stream has come out. `onSample` is called on the converter's thread; what it
+/// throws ends the graph. Throws util::TessaryException, also when the graph ends before the stream
+/// does: what has come out then is not all of it.
 void replay(const Recording& recording, const ReplaySettings& settings,
             const std::function<void(const ReceivedSample&)>& onSample);
 

@@ -111,7 +111,9 @@ void run(const Arguments& arguments) {
                                          .logger = &logger,
                                          .statistics = arguments.stats ? &statistics : nullptr};
 
-  // Written afterwards: a full disk is no reason to throw into the graph.
+  // Opened first, so that nobody waits for what cannot be written; written afterwards: a full disk
+  // is no reason to throw into the graph. What is not complete gets no name.
+  txsub::OutputFile output(arguments.convert.output);
   std::string lines;
   host::replay(recording, settings, [&lines](const host::ReceivedSample& sample) {
     lines += txsub::formatDelivered({.start = sample.start,
@@ -122,7 +124,6 @@ void run(const Arguments& arguments) {
   });
   lines += txsub::formatEndOfStream();
   if (arguments.stats) std::fprintf(stderr, "txgraph: %s\n", statistics.summary().c_str());
-  txsub::OutputFile output(arguments.convert.output);
   output.write(lines);
   output.commit();
 }
