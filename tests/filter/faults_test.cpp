@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "tests/filter/graph_test_bench.h"
+#include "tests/filter/hooked_allocator.h"
 
 namespace {
 
@@ -62,17 +63,17 @@ void pushCaptions(GraphTestBench& bench, Until until) {
 // A sink that keeps every buffer, under a worker that waits for one more.
 class BuffersAllHeld {
  public:
-  explicit BuffersAllHeld(GraphTestBench& bench) {
+  /// The bench's output is connected to `allocator`.
+  BuffersAllHeld(GraphTestBench& bench, const HookedAllocator& allocator) {
     bench.onReceive = [this](IMediaSample& sample) {
       kept_.emplace_back(&sample);
-      count_ = kept_.size();
       return S_OK;
     };
     upstream_ = std::jthread([&bench](const std::stop_token& token) {
       pushCaptions(bench, [&] { return token.stop_requested(); });
     });
-    while (count_ < 128) std::this_thread::sleep_for(1ms);
-    std::this_thread::sleep_for(20ms);  // and now the worker waits for the 129th
+    constexpr int kBuffers = 128;
+    while (allocator.asked <= kBuffers) std::this_thread::sleep_for(1ms);
   }
 
   /// Ends what comes from upstream, and gives the buffers back.
@@ -84,14 +85,15 @@ class BuffersAllHeld {
 
  private:
   std::vector<ComPtr<IMediaSample>> kept_;
-  std::atomic<std::size_t> count_ = 0;
   std::jthread upstream_;
 };
 
 TEST(Faults, StopsWhileTheSinkHoldsEveryBuffer) {
+  HookedAllocator allocator;
   GraphTestBench bench({.mode = ConversionMode::Ttml});
+  bench.reconnectOutput(allocator);
   ASSERT_GE(bench.run(), 0);
-  BuffersAllHeld held(bench);
+  BuffersAllHeld held(bench, allocator);
   EXPECT_EQ(bench.filter->Stop(), S_OK);
   bench.stop();
   held.letGo();
@@ -136,9 +138,11 @@ TEST(Faults, FlushesWhileTheSinkBlocks) {
 }
 
 TEST(Faults, FlushesWhileTheSinkHoldsEveryBuffer) {
+  HookedAllocator allocator;
   GraphTestBench bench({.mode = ConversionMode::Ttml});
+  bench.reconnectOutput(allocator);
   ASSERT_GE(bench.run(), 0);
-  BuffersAllHeld held(bench);
+  BuffersAllHeld held(bench, allocator);
   EXPECT_EQ(bench.source->beginFlush(), S_OK);
   held.letGo();
   EXPECT_EQ(bench.source->endOfStream(), S_OK);  // late, so it is of before the flush

@@ -6,6 +6,8 @@
 #include <streams.h>
 #include <wrl/client.h>
 
+#include <atomic>
+
 namespace korr::streaming::direct_show::filters::mqs_subtitle_converter::inline v2_1 {
 
 /// Passes everything on to one that works. Outlives its users.
@@ -14,6 +16,7 @@ class HookedAllocator final : public IMemAllocator {
   HookedAllocator() { CMemAllocator::create(&inner_); }
 
   HRESULT decommitAnswer = S_OK;  ///< it decommits all the same
+  std::atomic<int> asked = 0;     ///< how many buffers it has been asked for
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
   ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
@@ -33,6 +36,7 @@ class HookedAllocator final : public IMemAllocator {
   }
   HRESULT STDMETHODCALLTYPE GetBuffer(IMediaSample** sample, REFERENCE_TIME* start,
                                       REFERENCE_TIME* stop, DWORD flags) override {
+    ++asked;
     return inner_->GetBuffer(sample, start, stop, flags);
   }
   HRESULT STDMETHODCALLTYPE ReleaseBuffer(IMediaSample* sample) override {
