@@ -100,6 +100,7 @@ class ShortRuns {
       const std::array bytes{static_cast<std::uint8_t>(index >> 4),
                              static_cast<std::uint8_t>(index << 4 & 0xF0)};
       util::BitReader reader(bytes);
+      reader.allowZeros();
       const auto run = readRunByFields<Depth>(reader);
       const bool isShort = run && run->length != 0 && reader.position() <= kBits;
       const auto bits = static_cast<unsigned>(isShort ? reader.position() : kBits);

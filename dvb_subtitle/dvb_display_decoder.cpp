@@ -63,6 +63,7 @@ void DvbDisplayDecoder::finish(MediaTime end) {
 void DvbDisplayDecoder::takeSegment(std::span<const std::uint8_t> segment) {
   BitReader reader(segment);
   const SegmentHeader header = readSegmentHeader(reader);
+  if (reader.failed()) throw SegmentError("Segment header cut off");
   if (isFollowed(header)) execute(header.type, reader);
 }
 

@@ -32,6 +32,7 @@ std::optional<SubtitleBitmap> DVBSubtitleRenderer::decode(std::span<const std::u
 std::optional<SubtitleBitmap> DVBSubtitleRenderer::tryDecode(std::span<const std::uint8_t> segment,
                                                              MediaTime time) {
   BitReader reader(segment);
+  reader.allowZeros();  // deliberately: what a segment lacks has always been 0 here
   const SegmentHeader header = readSegmentHeader(reader);
   if (!isFollowed(header)) return {};
   execute(header.type, reader, time);

@@ -62,6 +62,7 @@ class ObjectPainter {
     x_ = 0;
     line_ = firstLine;
     BitReader reader(field);
+    reader.allowZeros();  // which end any code string and are no data_type
     while (!reader.exhausted()) paintSubBlock(reader);
     budget_.spendOnPixels(surface_.pixelsWritten() - before);
     budget_.spendOnCodeStrings(field.size());

@@ -124,6 +124,7 @@ void PageMemory::takeClut(BitReader& reader) {
 
 void PageMemory::takeObject(BitReader& reader) {
   DVBObject object = readObjectData(reader);
+  if (reader.failed()) throw SegmentError("Object data segment cut off");
   const auto id = static_cast<int>(object.id);
   Object& known = objects_[id];
   objectBytes_ -= known.object.bytes();

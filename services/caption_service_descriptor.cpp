@@ -36,7 +36,9 @@ std::vector<AnnouncedCaptions> readCaptionServices(std::span<const std::uint8_t>
     if (tag != DescriptorTag::CaptionService) return;
     util::BitReader bits(body);
     bits.skip(3);  // reserved
-    for (std::uint32_t left = bits.read(5); left > 0 && bits.bitsLeft() >= kServiceBits; --left) {
+    std::uint32_t left = bits.read(5);
+    if (bits.failed()) return;  // it is empty
+    for (; left > 0 && bits.bitsLeft() >= kServiceBits; --left) {
       services.push_back(readService(bits));
     }
   };

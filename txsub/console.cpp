@@ -149,7 +149,8 @@ void Console::flushRepeats(std::uint32_t pid) {
   auto& [last, repeats] = found->second;
   Message message = last;
   message.prefix = "txsub: ";
-  const std::string count = "the same " + std::to_string(repeats) + (repeats == 1 ? " more time" : " more times");
+  const std::string count =
+      "the same " + std::to_string(repeats) + (repeats == 1 ? " more time" : " more times");
   repeats = 0;
   message.text = pid == 0 ? '(' + count + ')' : count + ": " + last.text;
   write(message, {.pid = pid});

@@ -27,6 +27,7 @@ template <PixelDepth Depth>
 std::string decode(std::string_view fields) {
   const auto bytes = bytesOf(fields);
   BitReader reader(bytes);
+  reader.allowZeros();
   std::string decoded;
   while (const auto run = readRun<Depth>(reader)) {
     decoded += std::to_string(run->code) + '*' + std::to_string(run->length) + ' ';
@@ -69,6 +70,7 @@ void expectReadAlike(std::uint32_t first24Bits, std::size_t offset) {
   const auto byte = [&](int shift) { return static_cast<std::uint8_t>(first24Bits >> shift); };
   const std::array<std::uint8_t, 12> bytes{byte(16), byte(8), byte(0), 0x10, 0x02, 0xFF};
   BitReader byFields(bytes);
+  byFields.allowZeros();
   byFields.skip(offset);
   BitReader atOnce = byFields;
   BitReader single = byFields;
@@ -80,6 +82,7 @@ void expectReadAlike(std::uint32_t first24Bits, std::size_t offset) {
   }
   const auto pixels = readSinglePixels<Depth>(single);
   BitReader expected(bytes);
+  expected.allowZeros();
   expected.skip(offset);
   for (std::uint32_t i = 0; i < pixels.count; ++i) {
     const auto code = static_cast<std::uint8_t>(pixels.codes >> (56 - 8 * i));

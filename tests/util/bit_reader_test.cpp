@@ -27,7 +27,7 @@ TEST(BitReader, ReadsFieldsAcrossBytes) {
 TEST(BitReader, ReadsEveryWidthAtEveryPlace) {
   std::array<std::uint8_t, 14> bytes{};
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(37 * i + 11);
-  const auto bitAt = [&](std::size_t i) { return bytes[i / 8] >> (7 - i % 8) & 1U; };
+  const auto bitAt = [&](std::size_t i) { return std::uint32_t{bytes[i / 8]} >> (7 - i % 8) & 1U; };
   for (unsigned width = 0; width <= 32; ++width) {
     for (std::size_t at = 0; at + width <= bytes.size() * 8; ++at) {
       std::uint32_t expected = 0;
@@ -54,7 +54,12 @@ TEST(BitReader, GivesZeroPastTheEndAndRemembersIt) {
   EXPECT_TRUE(reader.failed());
   BitReader empty({});
   EXPECT_TRUE(empty.exhausted());
+  empty.allowZeros();
   EXPECT_EQ(empty.read(1), 0u);
+}
+
+TEST(BitReader, HasItsFailureLookedAt) {
+  EXPECT_DEBUG_DEATH(static_cast<void>(BitReader({}).readFlag()), "isFailureKnown_");
 }
 
 }  // namespace
