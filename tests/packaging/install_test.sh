@@ -23,7 +23,12 @@ for file in bin/txsub lib/txsub/txsub-avformat.so lib/txsub/txsub-pango.so \
 done
 txsub=$scratch/usr/bin/txsub
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
-[ "$("$txsub" --version)" = "txsub $version" ] || fail "--version says '$("$txsub" --version)'"
+commit=$(git -C "$root" describe --always --dirty --abbrev=10 '--exclude=*' 2>/dev/null || true)
+[ "$("$txsub" --version)" = "txsub $version${commit:+ ($commit)}" ] || fail "--version says '$("$txsub" --version)'"
+
+words=$(bash -c ". $scratch/usr/share/bash-completion/completions/txsub
+  COMP_WORDS=(txsub convert news.ts --non); COMP_CWORD=3; _txsub; echo \"\${COMPREPLY[*]}\"")
+[ "$words" = --non-drop ] || fail "bash completes --non with '$words'"
 
 cd "$scratch"
 "$txsub" render -q --at 2 "$root/samples/captions.ts" -o frame.png || fail "it cannot draw"

@@ -2,14 +2,14 @@
 #include <CLI/CLI.hpp>
 #include <sstream>
 
+#include "txsub/options/completions.h"
 #include "txsub/options/options.h"
 #include "txsub/options/subcommand.h"
+#include "txsub/version.h"
 
 namespace korr::txsub {
 
 namespace {
-
-constexpr const char* kVersion = TESSARY_VERSION;
 
 constexpr const char* kProgramExamples =
     "Examples:\n"
@@ -28,7 +28,7 @@ NoCommand explain(const CLI::App& program, const CLI::ParseError& error) {
 }  // namespace
 
 void introduce(CLI::App& program) {
-  program.set_version_flag("--version", program.get_name() + ' ' + kVersion);
+  program.set_version_flag("--version", program.get_name() + ' ' + version());
   program.failure_message([](const CLI::App* app, const CLI::Error& error) {
     return app->get_name() + ": " + error.what() + "\nSee '" + app->get_name() + " --help'.\n";
   });
@@ -46,12 +46,22 @@ std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>
     subcommands.push_back(add(program));
   }
 
+  // For packagers; users of a package need not know of it.
+  std::optional<Shell> shell;
+  auto* completions = program.add_subcommand("completions", "Print what a shell completes with");
+  completions->group("");
+  addChoice(*completions, "SHELL", shell,
+            {{"bash", Shell::Bash}, {"zsh", Shell::Zsh}, {"fish", Shell::Fish}},
+            "bash, zsh or fish")
+      ->required();
+
   try {
     // CLI11 takes the arguments last first, without the program's name.
     program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
     for (const auto& subcommand : subcommands) {
       if (subcommand->isCalled()) return subcommand->settle();
     }
+    if (shell) return NoCommand{.text = completionScript(program, *shell), .exitCode = kDone};
     throw CLI::CallForHelp();
   } catch (const CLI::ParseError& error) {
     return explain(program, error);
