@@ -38,7 +38,7 @@ std::string inOneAlphabet(const std::string& word);
 /// Hebrew and Arabic letters and marks.
 bool isRightToLeftLetter(char32_t letter);
 
-/// Whether a language (ISO 639-2, or several as in "ara+eng") is written in joined letters.
+/// Whether the letters of a language (ISO 639-2, or several as in "ara+eng") are joined.
 bool isJoinedLanguage(const std::string& languages);
 
 /// Whose letters are joined: Arabic.

@@ -22,6 +22,7 @@ struct EngineSymbol {
   double right = 0;       ///< pixels of the image
   double confidence = 0;  ///< 0 to 1
   bool startsWord = false;
+  bool isOfDictionary = false;  ///< of a word that the engine knows
 };
 
 /// An engine that reads lines. Not thread-safe.

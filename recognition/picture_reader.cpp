@@ -51,6 +51,10 @@ void unifyAlphabets(std::vector<EngineSymbol>& symbols) {
 
 }  // namespace
 
+Script scriptOf(const std::string& languages) {
+  return isJoinedLanguage(languages) ? Script::Joined : Script::Separate;
+}
+
 PictureReader::PictureReader(ReaderSetup setup) : setup_(setup) {
 }
 

@@ -18,12 +18,18 @@
 
 namespace korr::recognition {
 
+/// Of a language (ISO 639-2), or of several as in "ara+eng".
+Script scriptOf(const std::string& languages);
+
+/// About half an hour of an engine's time.
+inline constexpr std::size_t kMostEngineLines = 20'000;
+
 struct ReaderSetup {
   ILineEngine* engine = nullptr;  ///< may be null: then only known shapes are read; not owned
   IWordList* words = nullptr;     ///< may be null; not owned
   ShapeBook* book = nullptr;      ///< never null; not owned
   Script script = Script::Separate;
-  std::size_t mostEngineLines = 20'000;  ///< after these the engine is not asked any more
+  std::size_t mostEngineLines = kMostEngineLines;  ///< then the engine is not asked any more
 };
 
 /// How the pictures of a reader were read.

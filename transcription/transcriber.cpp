@@ -14,9 +14,6 @@ namespace korr::txsub {
 
 namespace {
 
-// What is read where nothing says which language it is.
-constexpr const char* kUsualLanguage = "eng";
-
 // Codes that are withdrawn or that the engine has under another name.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 9> kEngineNames = {{
     {"mol", "ron"},
@@ -75,15 +72,19 @@ Transcriber::Transcriber(TranscriberSetup setup, log::ILogger& logger)
   if (!setup_.reportPath.empty()) report_.emplace();
 }
 
+// Empty where nothing says it.
 std::string Transcriber::languageOf(const Service& service) const {
-  if (!setup_.languages.empty()) return setup_.languages;
-  const auto language = engineLanguages(service.language);
-  return language.empty() ? kUsualLanguage : language;
+  return setup_.languages.empty() ? engineLanguages(service.language) : setup_.languages;
 }
 
 std::string Transcriber::problemOf(const Service& service) {
   const auto language = languageOf(service);
-  auto problem = recognition::engineProblem(language);
+  std::string problem;
+  if (!language.empty()) {
+    problem = recognition::engineProblem(language);
+  } else if (recognition::engineLanguagesHere().empty()) {
+    problem = recognition::engineProblem("eng");
+  }
   if (problem.empty() || !shapesOf(language)->isKnown()) return problem;
   log::write(&logger_, log::Level::Warning, "%s; only the letters of '%s' are read",
              problem.c_str(), setup_.shapesPath.c_str());
@@ -94,23 +95,15 @@ std::unique_ptr<Transcript> Transcriber::transcribe(const Service& service,
                                                     std::unique_ptr<ICueOutput> output,
                                                     std::function<MediaTime()> origin,
                                                     std::optional<MediaTime> delay) {
-  const auto language = languageOf(service);
-  if (setup_.languages.empty() && engineLanguages(service.language).empty()) {
-    log::write(
-        &logger_, log::Level::Warning,
-        "nothing says which language %s are in; they are read as '%s', or name it with --ocr",
-        describe(service).c_str(), language.c_str());
-  }
-  return std::make_unique<Transcript>(
-      TranscriptWiring{.service = service,
-                       .language = language,
-                       .output = std::move(output),
-                       .shapes = shapesOf(language),
-                       .hasEngine = recognition::engineProblem(language).empty(),
-                       .origin = std::move(origin),
-                       .delay = delay,
-                       .report = report_ ? &*report_ : nullptr,
-                       .logger = &logger_});
+  return std::make_unique<Transcript>(TranscriptWiring{
+      .service = service,
+      .language = languageOf(service),
+      .output = std::move(output),
+      .shapesOf = [this](const std::string& language) { return shapesOf(language); },
+      .origin = std::move(origin),
+      .delay = delay,
+      .report = report_ ? &*report_ : nullptr,
+      .logger = &logger_});
 }
 
 // Without a file each service has a book of its own: what looks alike in two alphabets is not one

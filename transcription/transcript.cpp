@@ -3,8 +3,8 @@
 
 #include <utility>
 
-#include "recognition/letters.h"
 #include "recognition/tesseract/engine_module.h"
+#include "transcription/language_finder.h"
 #include "transcription/placed_text_of.h"
 
 namespace korr::txsub {
@@ -12,24 +12,57 @@ namespace korr::txsub {
 using encoding::subtitling::PlacedText;
 using encoding::subtitling::Subtitle;
 
-Transcript::Transcript(TranscriptWiring wiring)
-    : wiring_(std::move(wiring)),
-      engine_(wiring_.language, *wiring_.logger),
-      reader_({.engine = wiring_.hasEngine ? &engine_ : nullptr,
-               .words = nullptr,
-               .book = &wiring_.shapes->book(),
-               .script = recognition::isJoinedLanguage(wiring_.language)
-                             ? recognition::Script::Joined
-                             : recognition::Script::Separate}) {
-  statistics_.language = wiring_.language;
-  if (wiring_.shapes->wordGap() > 0) reader_.setWordGap(wiring_.shapes->wordGap());
+namespace {
+
+// They are kept whole until the language is known: as few as tell it.
+constexpr std::size_t kTrialPictures = 4;
+
+// What is read where no language reads anything.
+constexpr const char* kUsualLanguage = "eng";
+
+}  // namespace
+
+Transcript::Reading::Reading(const std::string& language, std::shared_ptr<ShapesStore> store,
+                             log::ILogger& logger)
+    : shapes(std::move(store)),
+      engine(language, logger),
+      reader({.engine = recognition::engineProblem(language).empty() ? &engine : nullptr,
+              .book = &shapes->book(),
+              .script = recognition::scriptOf(language)}) {
+  if (shapes->wordGap() > 0) reader.setWordGap(shapes->wordGap());
+}
+
+Transcript::Transcript(TranscriptWiring wiring) : wiring_(std::move(wiring)) {
+  if (!wiring_.language.empty()) begin(wiring_.language);
+}
+
+void Transcript::begin(const std::string& language) {
+  statistics_.language = language;
+  reading_ = std::make_unique<Reading>(language, wiring_.shapesOf(language), *wiring_.logger);
+  for (const auto& bitmap : std::exchange(waiting_, {})) reading_->reader.add(bitmap);
+}
+
+// By trial.
+void Transcript::findOut() {
+  const auto found = findLanguage(waiting_, recognition::engineLanguagesHere());
+  const std::string language = found.empty() ? kUsualLanguage : found;
+  log::write(wiring_.logger, log::Level::Warning,
+             "nothing says which language %s are in; %s '%s' (name it with --ocr if it is not)",
+             describe(wiring_.service).c_str(),
+             found.empty() ? "they are read as" : "by trial they are in", language.c_str());
+  begin(language);
 }
 
 void Transcript::onCue(const Cue& cue) {
-  if (const auto* bitmap = cue.subtitle->bitmap()) {
-    reader_.add(*bitmap);
-    intervals_.push_back({.start = cue.start, .stop = cue.stop});
+  const auto* bitmap = cue.subtitle->bitmap();
+  if (!bitmap) return;
+  intervals_.push_back({.start = cue.start, .stop = cue.stop});
+  if (reading_) {
+    reading_->reader.add(*bitmap);
+    return;
   }
+  waiting_.push_back(*bitmap);
+  if (waiting_.size() == kTrialPictures) findOut();
 }
 
 void Transcript::open() {
@@ -38,7 +71,7 @@ void Transcript::open() {
 
 // Whoever reads along gets text that is some pictures old.
 void Transcript::flush() {
-  if (wiring_.delay && !intervals_.empty()) {
+  if (wiring_.delay && reading_ && !intervals_.empty()) {
     const MediaTime now = intervals_.back().stop;
     while (written_ < intervals_.size() && intervals_[written_].stop + *wiring_.delay <= now) {
       write(written_++);
@@ -48,26 +81,42 @@ void Transcript::flush() {
 }
 
 void Transcript::commit() {
+  if (!reading_) findOut();
   while (written_ < intervals_.size()) write(written_++);
   giveOut();
   wiring_.output->commit();
-  wiring_.shapes->save(reader_.wordGap());
+  reading_->shapes->save(reading_->reader.wordGap());
+  warnOfLimits();
 }
 
 // Half a second for some languages: only when text is asked for.
 void Transcript::openWords() {
   if (std::exchange(areWordsOpened_, true)) return;
   try {
-    words_ = recognition::loadWordList(wiring_.language);
+    words_ = recognition::loadWordList(statistics_.language);
   } catch (const util::TessaryException&) {
     // Without the module there are no words either; the engine has said so.
   }
-  reader_.setWords(words_.get());
+  reading_->reader.setWords(words_.get());
+}
+
+void Transcript::warnOfLimits() const {
+  const auto service = describe(wiring_.service);
+  if (reading_->reader.counters().engineLines >= recognition::kMostEngineLines) {
+    log::write(wiring_.logger, log::Level::Warning,
+               "the engine has read %zu lines of %s; those after them have known letters only",
+               recognition::kMostEngineLines, service.c_str());
+  }
+  if (reading_->shapes->book().shapeCount() >= recognition::kMostShapes) {
+    log::write(wiring_.logger, log::Level::Warning,
+               "%s have more than %zu shapes; those after them are not learnt", service.c_str(),
+               recognition::kMostShapes);
+  }
 }
 
 void Transcript::write(std::size_t picture) {
   openWords();
-  const auto read = reader_.text(picture);
+  const auto read = reading_->reader.text(picture);
   if (!read.lines.empty()) {
     const auto& interval = intervals_[picture];
     if (read.confidence < recognition::kDoubtful) report(picture, read);
@@ -80,7 +129,7 @@ void Transcript::write(std::size_t picture) {
       open_ = {.interval = interval, .text = std::move(text)};
     }
   }
-  reader_.forget(picture);
+  reading_->reader.forget(picture);
 }
 
 void Transcript::report(std::size_t picture, const recognition::RecognisedPicture& text) {
@@ -92,7 +141,7 @@ void Transcript::report(std::size_t picture, const recognition::RecognisedPictur
   wiring_.report->add({.service = describe(wiring_.service),
                        .start = since(interval.start),
                        .stop = since(interval.stop),
-                       .picture = reader_.draw(picture),
+                       .picture = reading_->reader.draw(picture),
                        .text = text});
 }
 
@@ -107,8 +156,9 @@ void Transcript::giveOut() {
 
 TranscriptStatistics Transcript::statistics() const {
   auto statistics = statistics_;
-  statistics.reader = reader_.counters();
-  statistics.shapes = wiring_.shapes->book().shapeCount();
+  if (!reading_) return statistics;
+  statistics.reader = reading_->reader.counters();
+  statistics.shapes = reading_->shapes->book().shapeCount();
   return statistics;
 }
 

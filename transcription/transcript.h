@@ -35,10 +35,11 @@ struct TranscriptStatistics {
 /// What a transcript works with.
 struct TranscriptWiring {
   Service service;
-  std::string language;                    ///< as the engine names it
-  std::unique_ptr<ICueOutput> output;      ///< where the text goes
-  std::shared_ptr<ShapesStore> shapes;     ///< may be shared with other transcripts
-  bool hasEngine = true;                   ///< else only known shapes are read
+  /// As the engine names it; empty: found by trial on the first pictures.
+  std::string language;
+  std::unique_ptr<ICueOutput> output;  ///< where the text goes
+  /// The shapes of a language, which other transcripts may share.
+  std::function<std::shared_ptr<ShapesStore>(const std::string& language)> shapesOf;
   std::function<MediaTime()> origin = {};  ///< the time that counts as 0 in the report
   /// Cues that ended so long ago (100 ns) are written when the output is flushed; nothing: all at
   /// the end, when everything is known.
@@ -47,9 +48,10 @@ struct TranscriptWiring {
   log::ILogger* logger = nullptr;  ///< never null; not owned
 };
 
-/// Reads each picture when it comes, keeps what it saw but not the picture, and hands the text on
-/// when later pictures cannot change it any more. Equal text over adjoining intervals is one cue. A
-/// picture in which there is nothing to read makes no cue. Not thread-safe.
+/// Reads each picture when it comes, the first few when the language is known, keeps what it saw
+/// but not the picture, and hands the text on when later pictures cannot change it any more. Equal
+/// text over adjoining intervals is one cue. A picture in which there is nothing to read makes no
+/// cue. Not thread-safe.
 class Transcript final : public ICueOutput {
  public:
   /// After so long a reader of a pipe gets what is known by then.
@@ -71,18 +73,30 @@ class Transcript final : public ICueOutput {
     MediaTime stop = 0;
   };
 
+  /// What reads a language.
+  struct Reading {
+    Reading(const std::string& language, std::shared_ptr<ShapesStore> store, log::ILogger& logger);
+
+    std::shared_ptr<ShapesStore> shapes;
+    LateEngine engine;
+    recognition::PictureReader reader;
+  };
+
+  void findOut();
+  void begin(const std::string& language);
   void openWords();
   void write(std::size_t picture);
   void report(std::size_t picture, const recognition::RecognisedPicture& text);
   void giveOut();
+  void warnOfLimits() const;
 
   TranscriptWiring wiring_;
-  LateEngine engine_;
   std::unique_ptr<recognition::IWordList> words_;  // null where there are none
   bool areWordsOpened_ = false;
-  recognition::PictureReader reader_;
-  std::vector<Interval> intervals_;  // of the pictures
-  std::size_t written_ = 0;          // pictures whose text has been handed on
+  std::vector<encoding::subtitling::SubtitleBitmap> waiting_;  // for the language
+  std::unique_ptr<Reading> reading_;  // nothing until the language is known
+  std::vector<Interval> intervals_;   // of the pictures
+  std::size_t written_ = 0;           // pictures whose text has been handed on
   struct Open {
     Interval interval;
     encoding::subtitling::PlacedText text;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "files/preview/preview_document.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "cues/cue_time.h"
@@ -105,6 +106,15 @@ void PreviewTrack::onCue(const Cue& cue) {
     if (timed.content["lines"].empty()) return;
   }
   cues_.push_back(std::move(timed));
+}
+
+void PreviewTrack::addText(MediaTime start, MediaTime stop, const Subtitle& text,
+                           double confidence) {
+  auto cue = std::ranges::lower_bound(cues_, start, {}, &TimedContent::start);
+  for (; cue != cues_.end() && cue->start < stop; ++cue) {
+    cue->content.update(contentOf(layOut(text)));
+    cue->content["sure"] = confidence;
+  }
 }
 
 Json PreviewTrack::takeCues(MediaTime origin) {

@@ -29,6 +29,10 @@ class PreviewTrack final : public ICueOutput {
   void flush() override {}
   void commit() override {}
 
+  /// What the pictures that come into view from `start` (100 ns) to before `stop` were read as, and
+  /// how sure that is, 0 to 1.
+  void addText(MediaTime start, MediaTime stop, const Subtitle& text, double confidence);
+
   bool isEmpty() const { return cues_.empty(); }
 
   /// The cues, with times that count from `origin`; once.

@@ -19,6 +19,18 @@ std::string engineProblem(const std::string& language) {
   return problem;
 }
 
+std::vector<std::string> engineLanguagesHere() {
+  std::vector<std::string> languages;
+  try {
+    auto* const list =
+        reinterpret_cast<ListLanguages*>(platform::moduleFunction(kEngineModule, kListLanguages));
+    list(languages);
+  } catch (const util::TessaryException&) {
+    // No module, no language.
+  }
+  return languages;
+}
+
 std::unique_ptr<ILineEngine> loadEngine(const std::string& language) {
   // Read once, when the library is loaded.
   setenv("OMP_THREAD_LIMIT", "1", 0);

@@ -18,6 +18,11 @@ extern "C" __attribute__((visibility("default"))) void txsubExplainTesseract(
   problem += missingData(language);
 }
 
+extern "C" __attribute__((visibility("default"))) void txsubListTesseract(
+    std::vector<std::string>& languages) {
+  for (auto& language : installedLanguages()) languages.push_back(std::move(language));
+}
+
 extern "C" __attribute__((visibility("default"))) IWordList* txsubOpenWordList(
     const std::string& language) {
   return openHunspell(language).release();
@@ -25,4 +30,5 @@ extern "C" __attribute__((visibility("default"))) IWordList* txsubOpenWordList(
 
 static_assert(std::is_same_v<decltype(txsubOpenTesseract), OpenEngine>);
 static_assert(std::is_same_v<decltype(txsubExplainTesseract), ExplainEngine>);
+static_assert(std::is_same_v<decltype(txsubListTesseract), ListLanguages>);
 static_assert(std::is_same_v<decltype(txsubOpenWordList), OpenWordList>);

@@ -16,6 +16,10 @@ std::string engineProblem(const std::string&) {
   return kNoEngine;
 }
 
+std::vector<std::string> engineLanguagesHere() {
+  return {};
+}
+
 std::unique_ptr<ILineEngine> loadEngine(const std::string&) {
   throw util::TessaryException(kNoEngine);
 }

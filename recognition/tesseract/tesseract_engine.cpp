@@ -65,7 +65,8 @@ class TesseractEngine final : public ILineEngine {
                      .left = double(left),
                      .right = double(right),
                      .confidence = it->Confidence(tesseract::RIL_SYMBOL) / 100,
-                     .startsWord = it->IsAtBeginningOf(tesseract::RIL_WORD)});
+                     .startsWord = it->IsAtBeginningOf(tesseract::RIL_WORD),
+                     .isOfDictionary = it->WordIsFromDictionary()});
     } while (it->Next(tesseract::RIL_SYMBOL));
     return out;
   }
@@ -79,6 +80,19 @@ class TesseractEngine final : public ILineEngine {
 };
 
 }  // namespace
+
+std::vector<std::string> installedLanguages() {
+  std::vector<std::string> languages;
+  std::error_code none;
+  for (const auto& entry : std::filesystem::directory_iterator(dataFolder(), none)) {
+    const auto name = entry.path().stem().string();
+    const bool isLanguage =
+        entry.path().extension() == ".traineddata" && name != "osd" && name != "equ";
+    if (isLanguage) languages.push_back(name);
+  }
+  std::sort(languages.begin(), languages.end());
+  return languages;
+}
 
 std::string missingData(const std::string& language) {
   std::string packages;

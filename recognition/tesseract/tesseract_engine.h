@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "recognition/line_engine.h"
 
@@ -13,6 +14,9 @@ namespace korr::recognition {
 /// Opens Tesseract's data of a language such as "fra" or "deu+eng". Throws util::TessaryException
 /// that names the package to install when the data is missing, or says that it is damaged.
 std::unique_ptr<ILineEngine> openTesseract(const std::string& language);
+
+/// Languages whose data is there, in order of their names.
+std::vector<std::string> installedLanguages();
 
 /// "no data to read letters of 'fra': install tesseract-ocr-fra"; empty when all of it is there.
 std::string missingData(const std::string& language);

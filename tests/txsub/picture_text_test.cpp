@@ -176,6 +176,23 @@ TEST_F(PictureText, NamesThePackageThatIsMissing) {
   EXPECT_THAT(outputOf({"convert", recording, "--ocr", "eng"}), HasSubstr("\nNOCH\n"));
 }
 
+TEST_F(PictureText, IsFoundByTrialWhereNothingNamesItsLanguage) {
+  const std::string recording = PictureRecording("und")
+                                    .page({{"WHAT DO YOU WANT TO KNOW", 460}})
+                                    .page({{"HE WENT AWAY THIS MORNING", 460}})
+                                    .page({{"AND WHERE SHOULD THAT BE", 460}})
+                                    .page({{"THERE IS NOTHING LEFT", 460}})
+                                    .page({{"THANK YOU", 460}})
+                                    .write(directory_, "und.ts");
+  const auto result = run({"convert", recording, "--mode", "srt"});
+  EXPECT_THAT(result.errors,
+              HasSubstr("nothing says which language DVB subtitles of PID 0x0200 are "
+                        "in; by trial they are in 'eng' (name it with --ocr"));
+  for (const char* text : {"\nWHAT DO YOU WANT TO KNOW\n", "\nTHANK YOU\n"}) {
+    EXPECT_THAT(result.output, HasSubstr(text));
+  }
+}
+
 TEST_F(PictureText, TellsWhatIsDoubtful) {
   const std::string recording =
       PictureRecording().page({{"TODAY", 460}}).page({{"ODD", 460}}).write(directory_, "odd.ts");

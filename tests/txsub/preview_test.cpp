@@ -24,9 +24,12 @@ class PreviewTest : public testing::Test {
   }
 
   // What a browser shows of a sample's preview at an address within it.
-  std::string shown(const std::string& sample, const std::string& address) {
+  std::string shown(const std::string& sample, const std::string& address,
+                    const std::vector<std::string>& options = {}) {
     const std::string page = directory_.file("preview.html");
-    outputOf({"preview", "--quiet", "samples/" + sample, "-o", page});
+    std::vector<std::string> arguments{"preview", "--quiet", "samples/" + sample, "-o", page};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    outputOf(arguments);
     std::string document = documentOf("file://" + page + "#" + address, directory_);
     // The data and the script would answer every question; only what they have made counts.
     const auto data = document.find("<script");
@@ -86,6 +89,16 @@ TEST_F(PreviewTest, ShowsPicturesWhereTheyLie) {
   EXPECT_THAT(document, HasSubstr(">0:00:12.000 – 0:00:16.000<"));
   EXPECT_THAT(document, HasSubstr(">dvb.ts</h1>"));
   EXPECT_THAT(shown("dvb.ts", "q=ferry"), HasSubstr("there is no text to search"));
+}
+
+TEST_F(PreviewTest, ShowsPicturesBesideWhatTheyAreReadAs) {
+  const std::string document = shown("dvb.ts", "t=5&q=port", {"--pid", "0x200", "--ocr", "eng"});
+  EXPECT_THAT(part(document, "stage"), HasSubstr("<img"));
+  const std::string reading = part(document, "reading");
+  EXPECT_THAT(reading, HasSubstr("color: yellow"));
+  EXPECT_THAT(reading, HasSubstr(">- ANY NEWS FROM PORT?<"));
+  EXPECT_THAT(part(document, "count"), HasSubstr("1 of 5 subtitles"));
+  EXPECT_THAT(document, testing::ContainsRegex("[0-9]+ % sure<"));
 }
 
 TEST(Preview, SaysThatThereIsNothingToShow) {

@@ -111,6 +111,7 @@ struct RenderOptions {
 struct PreviewOptions {
   InputOptions input;
   RulesOption rules;
+  OcrOptions ocr;
   std::string output;  ///< UTF-8
   bool scan = false;
 };
