@@ -29,9 +29,9 @@ CaptionDisplayDecoder::CaptionDisplayDecoder(std::uint32_t service, IDisplayList
       intake_(service_) {
 }
 
-bool CaptionDisplayDecoder::execute(FieldIntake::Content content) {
-  if (content == FieldIntake::Content::Text) return receiver_.executeText(intake_.pair());
-  return content == FieldIntake::Content::Control && receiver_.executeControl(intake_.pair());
+bool CaptionDisplayDecoder::execute(const FieldIntake::Taken& taken) {
+  if (taken.content == FieldIntake::Content::Text) return receiver_.executeText(taken.pair);
+  return taken.content == FieldIntake::Content::Control && receiver_.executeControl(taken.pair);
 }
 
 void CaptionDisplayDecoder::decode(std::span<const std::uint8_t> unit, MediaTime time) {
@@ -40,9 +40,9 @@ void CaptionDisplayDecoder::decode(std::span<const std::uint8_t> unit, MediaTime
   for (; unit.size() >= kTripletBytes; unit = unit.subspan(kTripletBytes)) {
     const auto sent = line21Pair(unit.first<kTripletBytes>(), service_.field);
     if (!sent) continue;
-    const auto content = intake_.take(*sent, time_);
-    if (intake_.wasDamaged()) reportDamage(time_);
-    if (execute(content)) lastData_ = time_;
+    const auto taken = intake_.take(*sent, time_);
+    if (taken.wasDamaged) reportDamage(time_);
+    if (execute(taken)) lastData_ = time_;
   }
   tell(time_);
 }

@@ -32,7 +32,7 @@ class CaptionDisplayDecoder final : public IDisplayDecoder {
   void finish(MediaTime end) override;
 
  private:
-  bool execute(FieldIntake::Content content);
+  bool execute(const FieldIntake::Taken& taken);
   void eraseIfIdle(MediaTime time);
   void tell(MediaTime time);
   void reportDamage(MediaTime time);

@@ -6,8 +6,8 @@
 
 namespace korr::encoding::subtitling::closed_caption::inline v2 {
 
-CaptionStyle CaptionScreen::write(Place place, const GlyphText& glyph, const CaptionStyle& pen,
-                                  CaptionMode mode) {
+CaptionStyle CaptionScreen::write(const Place& place, const GlyphText& glyph,
+                                  const CaptionStyle& pen, CaptionMode mode) {
   auto& cells = row(place.row).cells;
   const CaptionStyle* before = styleBefore(place);
   const CaptionStyle style = before ? *before : pen;
@@ -21,11 +21,12 @@ CaptionStyle CaptionScreen::write(Place place, const GlyphText& glyph, const Cap
   return style;
 }
 
-void CaptionScreen::writeAttribute(Place place, const CaptionStyle& style, CaptionMode mode) {
+void CaptionScreen::writeAttribute(const Place& place, const CaptionStyle& style,
+                                   CaptionMode mode) {
   put(place, {.glyph = GlyphText(' '), .style = style, .isAttribute = true}, mode);
 }
 
-void CaptionScreen::put(Place place, const Cell& cell, CaptionMode mode) {
+void CaptionScreen::put(const Place& place, const Cell& cell, CaptionMode mode) {
   Row& target = row(place.row);
   auto& cells = target.cells;
   if (cells.empty()) {
@@ -50,14 +51,14 @@ void CaptionScreen::put(Place place, const Cell& cell, CaptionMode mode) {
   }
 }
 
-void CaptionScreen::erase(Place place) {
+void CaptionScreen::erase(const Place& place) {
   auto& cells = row(place.row).cells;
   if (place.column >= cells.size()) return;
   cells[place.column] = Cell{};
   trim(row(place.row));
 }
 
-void CaptionScreen::eraseToEndOfRow(Place place) {
+void CaptionScreen::eraseToEndOfRow(const Place& place) {
   auto& cells = row(place.row).cells;
   if (place.column >= cells.size()) return;
   cells.resize(place.column);
@@ -97,7 +98,7 @@ void CaptionScreen::moveWindow(std::int32_t from, std::int32_t to, std::int32_t 
   }
 }
 
-const CaptionStyle* CaptionScreen::styleOnRow(Place place) const {
+const CaptionStyle* CaptionScreen::styleOnRow(const Place& place) const {
   const auto& cells = row(place.row).cells;
   for (auto column = std::min<std::size_t>(place.column, cells.size()); column > 0; --column) {
     if (!cells[column - 1].isEmpty()) return &cells[column - 1].style;
@@ -123,6 +124,7 @@ CaptionText CaptionScreen::toText() const {
 std::vector<CaptionText::TextRun> CaptionScreen::runsOf(const Row& row) {
   std::vector<CaptionText::TextRun> runs;
   const auto& cells = row.cells;
+  runs.reserve(1);  // as most rows have
   for (std::size_t first = 0; first < cells.size();) {
     if (cells[first].isEmpty()) {
       ++first;
@@ -140,8 +142,8 @@ std::vector<CaptionText::TextRun> CaptionScreen::runsOf(const Row& row) {
     run.backgroundOpacity = style.backgroundOpacity;
     run.underline = style.underline;
     run.italic = style.italic;
-    run.glyphs.reserve(end - first);
-    for (; first < end; ++first) run.glyphs.push_back(cells[first].glyph);
+    run.glyphs.resize(end - first);
+    for (auto& glyph : run.glyphs) glyph = cells[first++].glyph;
   }
   return runs;
 }

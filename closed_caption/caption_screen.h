@@ -34,7 +34,8 @@ class CaptionScreen {
   static constexpr std::uint32_t kColumns = 128;        ///< that a row can hold
   static constexpr std::uint32_t kVisibleColumns = 32;  ///< that codes can address
 
-  /// Rows are 1 to `kRows`, columns 0 to `kColumns` - 1.
+  /// Rows are 1 to `kRows`, columns 0 to `kColumns` - 1. Passed by reference: the column has often
+  /// just been written, and a copy of both would wait for it.
   struct Place {
     std::int32_t row = kRows;
     std::uint32_t column = 0;
@@ -42,14 +43,14 @@ class CaptionScreen {
 
   /// Writes a character with the attributes of the one before it, else with those of `pen`
   /// (CEA-608, C.7), and returns which. `mode` becomes that of a row that was empty.
-  CaptionStyle write(Place place, const GlyphText& glyph, const CaptionStyle& pen,
+  CaptionStyle write(const Place& place, const GlyphText& glyph, const CaptionStyle& pen,
                      CaptionMode mode);
 
   /// Writes the space that a spacing attribute is shown as (CEA-608, 6.2; 47 CFR 79.101 (h)).
-  void writeAttribute(Place place, const CaptionStyle& style, CaptionMode mode);
+  void writeAttribute(const Place& place, const CaptionStyle& style, CaptionMode mode);
 
-  void erase(Place place);
-  void eraseToEndOfRow(Place place);
+  void erase(const Place& place);
+  void eraseToEndOfRow(const Place& place);
   void clear();
 
   /// Empties every row but `count` of them that end at `base`.
@@ -62,7 +63,7 @@ class CaptionScreen {
   void moveWindow(std::int32_t from, std::int32_t to, std::int32_t count);
 
   /// The style of the character just before `place`, or null when that cell is empty.
-  const CaptionStyle* styleBefore(Place place) const {
+  const CaptionStyle* styleBefore(const Place& place) const {
     const auto& cells = row(place.row).cells;
     if (place.column == 0 || place.column > cells.size()) return nullptr;
     const Cell& before = cells[place.column - 1];
@@ -70,7 +71,7 @@ class CaptionScreen {
   }
 
   /// The style of the last character of the row before `place`, or null when there is none.
-  const CaptionStyle* styleOnRow(Place place) const;
+  const CaptionStyle* styleOnRow(const Place& place) const;
 
   /// Rows that hold nothing but spaces are left out. Runs part where the style changes or cells are
   /// empty, each with its true column.
@@ -92,7 +93,7 @@ class CaptionScreen {
 
   Row& row(std::int32_t number) { return rows_[static_cast<std::size_t>(number - 1)]; }
   const Row& row(std::int32_t number) const { return rows_[static_cast<std::size_t>(number - 1)]; }
-  void put(Place place, const Cell& cell, CaptionMode mode);
+  void put(const Place& place, const Cell& cell, CaptionMode mode);
   static void trim(Row& row);
   static std::vector<CaptionText::TextRun> runsOf(const Row& row);
 

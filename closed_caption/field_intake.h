@@ -20,16 +20,17 @@ class FieldIntake {
 
   enum class Content { Nothing, Text, Control };
 
+  struct Taken {
+    Content content = Content::Nothing;
+    /// A control code in the form of data channel 1 and field 1, or two characters: 0x00 is none,
+    /// and one of wrong parity is a solid block.
+    BytePair pair;
+    bool wasDamaged = false;  ///< had wrong parity
+  };
+
   /// What `sent`, a pair of the field with its parity bits, shown at `time` (100 ns), holds for the
-  /// service; `pair` has its bytes.
-  Content take(BytePair sent, MediaTime time);
-
-  /// A control code in the form of data channel 1 and field 1, or two characters: 0x00 is none,
-  /// and one of wrong parity is a solid block.
-  BytePair pair() const { return pair_; }
-
-  /// Whether the last pair had wrong parity.
-  bool wasDamaged() const { return wasDamaged_; }
+  /// service.
+  Taken take(BytePair sent, MediaTime time);
 
  private:
   struct SentControl {
@@ -37,20 +38,19 @@ class FieldIntake {
     MediaTime time = 0;
   };
 
-  Content takeControl(MediaTime time);
-  Content takeText(bool isFirstRight, bool isSecondRight);
-  void takeExtendedData();
-  bool isDamagedControl(bool isSecondRight) const;
-  bool isRepetition(MediaTime time);
-  void bringIntoFirstChannelForm();
+  Taken takeControl(BytePair pair, MediaTime time);
+  Taken takeDamagedOrText(BytePair pair, bool isFirstRight, bool isSecondRight);
+  bool isForService() const { return !isExtendedData_ && channel_ == service_.channel; }
+  void takeExtendedData(std::uint8_t b1);
+  bool isDamagedControl(BytePair pair, bool isSecondRight) const;
+  bool isRepetition(BytePair pair, MediaTime time);
+  BytePair inFirstChannelForm(BytePair pair) const;
 
   const CaptionService service_;
   ParityCheck parity_;
-  BytePair pair_;
   std::uint32_t channel_ = 0;               // of the last control code; 0 before the first
   std::optional<SentControl> lastControl_;  // the last pair, if its repetition may follow
   bool isExtendedData_ = false;             // characters belong to XDS
-  bool wasDamaged_ = false;
 };
 
 }  // namespace korr::encoding::subtitling::closed_caption::inline v2

@@ -2,6 +2,8 @@
 #include "cues/growing_rows.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <span>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -15,7 +17,7 @@ using encoding::subtitling::GlyphText;
 using encoding::subtitling::Subtitle;
 using encoding::subtitling::WindowText;
 
-// Walks the characters of a row that has some.
+// Walks the characters of a row, those of one style at a time.
 class RowWalk {
  public:
   explicit RowWalk(const CaptionText::TextRow& row) : run_(row.runs.begin()), end_(row.runs.end()) {
@@ -24,21 +26,26 @@ class RowWalk {
 
   bool isAtEnd() const { return run_ == end_; }
 
-  void advance() {
-    if (++glyph_ == run_->glyphs.size()) {
-      ++run_;
-      glyph_ = 0;
-      skipEmptyRuns();
-    }
+  /// The characters up to the next change of style.
+  std::span<const GlyphText> glyphs() const { return std::span(run_->glyphs).subspan(glyph_); }
+
+  /// By `count` of them.
+  void advance(std::size_t count) {
+    glyph_ += count;
+    if (glyph_ < run_->glyphs.size()) return;
+    ++run_;
+    glyph_ = 0;
+    skipEmptyRuns();
   }
 
-  bool looksLike(const RowWalk& other) const {
-    const auto looks = [](const RowWalk& walk) {
+  /// Whether what comes next begins in the same place in the same style.
+  bool standsLike(const RowWalk& other) const {
+    const auto look = [](const RowWalk& walk) {
       const auto& run = *walk.run_;
-      return std::tuple(run.column + walk.glyph_, run.glyphs[walk.glyph_], run.foreground,
-                        run.background, run.backgroundOpacity, run.underline, run.italic);
+      return std::tuple(run.column + walk.glyph_, run.foreground, run.background,
+                        run.backgroundOpacity, run.underline, run.italic);
     };
-    return looks(*this) == looks(other);
+    return look(*this) == look(other);
   }
 
  private:
@@ -61,9 +68,19 @@ std::size_t sizeOf(const CaptionText::TextRow& row) {
 std::size_t commonStart(const CaptionText::TextRow& left, const CaptionText::TextRow& right) {
   std::size_t count = 0;
   RowWalk other(right);
-  for (RowWalk walk(left); !walk.isAtEnd() && !other.isAtEnd() && walk.looksLike(other); ++count) {
-    walk.advance();
-    other.advance();
+  for (RowWalk walk(left); !walk.isAtEnd() && !other.isAtEnd() && walk.standsLike(other);) {
+    const auto ours = walk.glyphs();
+    const auto theirs = other.glyphs();
+    const std::size_t most = std::min(ours.size(), theirs.size());
+    const auto same = static_cast<std::size_t>(
+        std::mismatch(ours.begin(), ours.begin() + static_cast<std::ptrdiff_t>(most),
+                      theirs.begin())
+            .first -
+        ours.begin());
+    count += same;
+    if (same < most) break;
+    walk.advance(same);
+    other.advance(same);
   }
   return count;
 }

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <array>
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -29,7 +31,11 @@ class GlyphText {
 
   constexpr std::string_view view() const { return {bytes_.data(), size_}; }
 
-  friend constexpr bool operator==(const GlyphText&, const GlyphText&) = default;
+  // Bytes behind the last one are 0.
+  friend constexpr bool operator==(const GlyphText& left, const GlyphText& right) {
+    return left.size_ == right.size_ &&
+           std::bit_cast<std::uint32_t>(left.bytes_) == std::bit_cast<std::uint32_t>(right.bytes_);
+  }
 
  private:
   std::array<char, kMaxBytes> bytes_{};
