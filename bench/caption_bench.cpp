@@ -12,7 +12,9 @@
 #include "closed_caption/caption_display_decoder.h"
 #include "closed_caption/closed_caption_parser.h"
 #include "cues/growing_rows.h"
+#include "dtvcc/dtvcc_display_decoder.h"
 #include "testkit/encoders/caption_builder.h"
+#include "testkit/encoders/dtvcc_encoder.h"
 
 namespace korr::encoding::subtitling {
 namespace {
@@ -102,6 +104,43 @@ void decodeAsReceiver(benchmark::State& state, const std::vector<std::uint8_t>& 
 BENCHMARK_CAPTURE(decodeAsReceiver, popOn, popOnCaption());
 BENCHMARK_CAPTURE(decodeAsReceiver, rollUp, rollUpRow());
 BENCHMARK_CAPTURE(decodeAsReceiver, padding, padding());
+
+/// The same captions as CEA-708 has them; `items` are pairs of line 21, so that rates compare.
+void decodeDigital(benchmark::State& state, bool isRollUp) {
+  constexpr std::size_t kPopOnPairs = 38;
+  constexpr std::size_t kRollUpPairs = 21;
+  encoders::DtvccChannel channel;
+  const auto caption = [&](const char* upper, const char* lower) {
+    encoders::DtvccCodes codes;
+    if (isRollUp) {
+      codes.define(0, {.rows = 3, .columns = 32}).carriageReturn().text(upper);
+    } else {
+      codes.define(0, {.visible = false, .rows = 2, .columns = 32}).clear(1);
+      codes.text(upper).carriageReturn().text(lower).display(1);
+    }
+    return channel.add(1, codes).take();
+  };
+  std::vector<std::vector<std::uint8_t>> units;
+  for (int i = 0; i < 8; ++i) {  // a round of sequence numbers
+    const bool isOther = i % 2 != 0;
+    units.push_back(isRollUp ? caption(">> THE TIDE WILL TURN AT NINE.", "")
+                    : isOther
+                        ? caption("The wide will wurn at half", "past nine, and we go home.")
+                        : caption("The tide will turn at half", "past nine, and we go home."));
+  }
+  Viewer viewer;
+  dtvcc::DtvccDisplayDecoder decoder({}, viewer, nullptr);
+  MediaTime time = 0;
+  std::size_t next = 0;
+  for (auto _ : state) {
+    decoder.decode(units[next], time += kSecond);
+    next = (next + 1) % units.size();
+  }
+  state.SetItemsProcessed(state.iterations() *
+                          static_cast<std::int64_t>(isRollUp ? kRollUpPairs : kPopOnPairs));
+}
+BENCHMARK_CAPTURE(decodeDigital, popOn, false);
+BENCHMARK_CAPTURE(decodeDigital, rollUp, true);
 
 /// The one pair of a picture.
 class PictureItem final : public packaging::lib_parse_es::IMediaItem {
