@@ -17,3 +17,20 @@ function(tessary_install_notices folder)
     install(FILES ${copyright} DESTINATION ${folder} RENAME ${package}.txt)
   endforeach()
 endfunction()
+
+# tessary_install_sbom(FOLDER NAME): what is in the package, as NAME; nothing where `reuse` is not
+# installed.
+function(tessary_install_sbom folder name)
+  find_program(TESSARY_REUSE reuse)
+  if(NOT TESSARY_REUSE)
+    message(STATUS "No software bill of materials: reuse is not installed")
+    return()
+  endif()
+  set(sbom ${CMAKE_BINARY_DIR}/${name})
+  install(CODE "execute_process(
+    COMMAND ${CMAKE_COMMAND} -D REUSE=${TESSARY_REUSE} -D SOURCE=${CMAKE_SOURCE_DIR}
+            -D VERSION=${PROJECT_VERSION} \"-DPACKAGES=${TESSARY_NOTICES}\" -D OUTPUT=${sbom}
+            -P ${CMAKE_SOURCE_DIR}/packaging/sbom.cmake
+    COMMAND_ERROR_IS_FATAL ANY)")
+  install(FILES ${sbom} DESTINATION ${folder})
+endfunction()

@@ -16,7 +16,7 @@ packages="
 if [ "$for_what" != build ]; then
   packages="$packages
     clang clang-format-14 clang-tidy-14 libclang-rt-14-dev ccache
-    g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev debhelper lintian nsis zip unzip
+    g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev debhelper lintian nsis reuse zip unzip
     chromium ffmpeg hunspell-en-us
     slurmctld slurmd slurm-client munge parallel snakemake
   "

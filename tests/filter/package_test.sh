@@ -23,6 +23,8 @@ fail() {
 cd "$scratch"
 unzip -q "$zip"
 cd TessarySubtitleConverter-*
+grep -q "^PackageName: libtinyxml-dev$" TXSubtitleConverter.spdx || fail "no bill of materials"
+[ -s notices/mingw-w64-common.txt ] || fail "no notices of what is linked in"
 cp "$root/samples/captions.scc" .
 wine txsub.exe extract -q captions.scc -o report.jsonl
 wine cmd /c register.cmd >/dev/null 2>&1
@@ -47,5 +49,5 @@ for _ in $(seq 60); do
   sleep 0.5
 done
 isRegistered && fail "the uninstaller did not unregister"
-[ -e "$folder/TXSubtitleConverter.ax" ] && fail "the uninstaller left the module behind"
+[ -e "$folder" ] && fail "the uninstaller left behind: $(ls "$folder")"
 exit 0

@@ -21,6 +21,10 @@ for file in bin/txsub lib/txsub/txsub-avformat.so lib/txsub/txsub-pango.so \
   share/man/man1/txsub.1 share/doc/*/rules.md share/doc/*/notices/libcli11-dev.txt; do
   ls "$scratch"/usr/$file >/dev/null || fail "$file is not installed"
 done
+grep -q "^FileName: ./txsub/main.cpp$" "$scratch"/usr/share/doc/*/txsub.spdx ||
+  fail "the bill of materials lacks our files"
+grep -q "^PackageName: libcli11-dev$" "$scratch"/usr/share/doc/*/txsub.spdx ||
+  fail "the bill of materials lacks what is built in"
 txsub=$scratch/usr/bin/txsub
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
 commit=$(git -C "$root" describe --always --dirty --abbrev=10 '--exclude=*' 2>/dev/null || true)
