@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sessions/session_statistics.h"
 
+#include <nlohmann/json.hpp>
+
 namespace korr::txsub {
 
 namespace {

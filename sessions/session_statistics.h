@@ -3,7 +3,7 @@
 // What passed through a session, for whoever asks with --stats.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "model/modes.h"

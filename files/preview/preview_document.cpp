@@ -2,6 +2,7 @@
 #include "files/preview/preview_document.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <string_view>
 
 #include "cues/cue_time.h"
@@ -93,6 +94,22 @@ std::string scriptText(const Json& json) {
 
 }  // namespace
 
+struct PreviewTrack::TimedContent {
+  MediaTime start = 0;
+  MediaTime stop = 0;
+  Json content;
+};
+
+PreviewTrack::PreviewTrack(std::vector<std::string>& pictures, PictureSet& pictureSet)
+    : pictures_(pictures), pictureSet_(pictureSet) {
+}
+
+PreviewTrack::~PreviewTrack() = default;
+
+bool PreviewTrack::isEmpty() const {
+  return cues_.empty();
+}
+
 void PreviewTrack::onCue(const Cue& cue) {
   TimedContent timed{.start = cue.start, .stop = cue.stop, .content = {}};
   if (const auto* bitmap = cue.subtitle->bitmap()) {
@@ -132,6 +149,9 @@ Json PreviewTrack::takeCues(MediaTime origin) {
 std::string pageTitle(const std::string& input) {
   return input == "-" ? "standard input" : utf8FromPath(pathFromUtf8(input).filename());
 }
+
+PreviewDocument::PreviewDocument() = default;
+PreviewDocument::~PreviewDocument() = default;
 
 std::unique_ptr<PreviewTrack> PreviewDocument::makeTrack() {
   return std::make_unique<PreviewTrack>(pictures_, pictureSet_);

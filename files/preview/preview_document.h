@@ -5,7 +5,7 @@
 
 #include <cstddef>
 #include <memory>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -21,8 +21,8 @@ class PreviewTrack final : public ICueOutput {
  public:
   /// `pictures` takes the Base64 PNG of each different picture, `pictureSet` tells them apart; both
   /// are shared by all tracks of a page and not owned.
-  PreviewTrack(std::vector<std::string>& pictures, PictureSet& pictureSet)
-      : pictures_(pictures), pictureSet_(pictureSet) {}
+  PreviewTrack(std::vector<std::string>& pictures, PictureSet& pictureSet);
+  ~PreviewTrack() override;
 
   void onCue(const Cue& cue) override;
   void open() override {}
@@ -33,17 +33,13 @@ class PreviewTrack final : public ICueOutput {
   /// how sure that is, 0 to 1.
   void addText(MediaTime start, MediaTime stop, const Subtitle& text, double confidence);
 
-  bool isEmpty() const { return cues_.empty(); }
+  bool isEmpty() const;
 
   /// The cues, with times that count from `origin`; once.
   nlohmann::ordered_json takeCues(MediaTime origin);
 
  private:
-  struct TimedContent {
-    MediaTime start = 0;
-    MediaTime stop = 0;
-    nlohmann::ordered_json content;
-  };
+  struct TimedContent;
 
   std::vector<std::string>& pictures_;
   PictureSet& pictureSet_;
@@ -56,7 +52,8 @@ std::string pageTitle(const std::string& input);
 /// Tracks and their pictures on the way into one self-contained HTML file.
 class PreviewDocument {
  public:
-  PreviewDocument() = default;
+  PreviewDocument();
+  ~PreviewDocument();
   PreviewDocument(const PreviewDocument&) = delete;
   PreviewDocument& operator=(const PreviewDocument&) = delete;
 
@@ -71,7 +68,7 @@ class PreviewDocument {
  private:
   std::vector<std::string> pictures_;
   PictureSet pictureSet_;
-  nlohmann::ordered_json services_ = nlohmann::ordered_json::array();
+  std::vector<nlohmann::ordered_json> services_;
 };
 
 }  // namespace korr::txsub

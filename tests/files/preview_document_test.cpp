@@ -2,6 +2,7 @@
 #include "files/preview/preview_document.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "testkit/cue_builder.h"
 

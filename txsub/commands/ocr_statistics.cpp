@@ -2,6 +2,7 @@
 #include "txsub/commands/ocr_statistics.h"
 
 #include <cmath>
+#include <nlohmann/json.hpp>
 
 #include "cues/cue_time.h"
 

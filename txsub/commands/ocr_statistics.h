@@ -3,7 +3,7 @@
 // What --stats says of pictures that were read.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "transcription/transcript.h"
