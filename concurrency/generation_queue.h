@@ -36,7 +36,7 @@ class GenerationQueue {
 
   /// The front entry; nothing when the queue has been drained in the meantime. Called once per
   /// count taken off the semaphore.
-  std::optional<Entry> take() {
+  [[nodiscard]] std::optional<Entry> take() {
     const auto lock = lockSoon(mutex_);
     return takeFront();
   }

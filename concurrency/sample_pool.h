@@ -52,13 +52,13 @@ class SamplePool {
   std::uint64_t out() const { return taken_ - back_; }
 
   /// A node; null when all are out, or closed.
-  Node* tryTake() {
+  [[nodiscard]] Node* tryTake() {
     const auto lock = lockSoon(mutex_);
     return isOpen_ ? takeFree() : nullptr;
   }
 
   /// Waits until a node is there; null when closed meanwhile.
-  Node* take() {
+  [[nodiscard]] Node* take() {
     if (Node* const node = tryTake()) return node;
     // Not for the first one back: who takes each at once disturbs who gives back.
     spinUntil([this] { return out() <= fewOut_ || !isOpen_; });

@@ -21,7 +21,7 @@ class IByteFile {
   /// Reads what is there, at least one byte unless the end is reached: then 0. A pipe with nothing
   /// in it is waited for until the user interrupts, which reads as the end. Throws
   /// std::system_error.
-  virtual std::size_t read(std::span<std::uint8_t> buffer) = 0;
+  [[nodiscard]] virtual std::size_t read(std::span<std::uint8_t> buffer) = 0;
 
   /// Bytes in all; nothing for a pipe or a device.
   virtual std::optional<std::uint64_t> size() const = 0;

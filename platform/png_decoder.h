@@ -20,6 +20,6 @@ struct DecodedPng {
 inline constexpr std::uint64_t kMaximumPngPixels = 64'000'000;
 
 /// Nothing for bytes that are no PNG file, a damaged one or one that is too large.
-std::optional<DecodedPng> decodePng(std::span<const std::uint8_t> png);
+[[nodiscard]] std::optional<DecodedPng> decodePng(std::span<const std::uint8_t> png);
 
 }  // namespace korr::platform::inline v2_1

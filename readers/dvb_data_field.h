@@ -20,7 +20,7 @@ struct DvbSegment {
 };
 
 /// Takes the next segment off `rest`; nothing, and `rest` as it was, where no whole one stands.
-std::optional<DvbSegment> takeDvbSegment(std::span<const std::uint8_t>& rest);
+[[nodiscard]] std::optional<DvbSegment> takeDvbSegment(std::span<const std::uint8_t>& rest);
 
 /// Whether end_of_PES_data_field_marker comes next.
 bool isAtEndMarker(std::span<const std::uint8_t> rest);

@@ -32,7 +32,7 @@ class LineReader {
   bool fill();
 
   /// The next line that has come whole; nothing until `fill` has read more of it.
-  std::optional<Line> take();
+  [[nodiscard]] std::optional<Line> take();
 
   ReadProgress progress() const {
     return {.bytesRead = input_.offset() + input_.bytes().size(), .bytesTotal = input_.size()};

@@ -19,7 +19,7 @@ std::span<const std::uint8_t> mccLetter(char letter);
 
 /// The bytes of a line of data, hexadecimal digits and letters. Nothing when anything else stands
 /// there, or half a byte.
-std::optional<std::vector<std::uint8_t>> expandMcc(std::string_view data);
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> expandMcc(std::string_view data);
 
 /// The shortest writing of these bytes.
 std::string compressMcc(std::span<const std::uint8_t> bytes);
@@ -33,7 +33,8 @@ struct AncillaryCaptions {
 /// Reads an ancillary data packet from its DID on: a caption distribution packet (SMPTE ST 334-2)
 /// or a pair of line 21 (SMPTE ST 334-1). No triplets for packets of other kinds; nothing for one
 /// that is damaged.
-std::optional<AncillaryCaptions> readAncillaryPacket(std::span<const std::uint8_t> packet);
+[[nodiscard]] std::optional<AncillaryCaptions> readAncillaryPacket(
+    std::span<const std::uint8_t> packet);
 
 /// An ancillary data packet that carries `triplets`, 31 at most, in a caption distribution packet
 /// with this sequence number.

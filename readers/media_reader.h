@@ -91,7 +91,7 @@ class IMediaReader {
 
   /// Reads on a little (about a megabyte) and reports what it finds. False at the end, after
   /// everything held back has been reported.
-  virtual bool read(IReaderListener& listener) = 0;
+  [[nodiscard]] virtual bool read(IReaderListener& listener) = 0;
 
   /// Samples of this stream are no longer wanted: from now on the reader spends next to nothing on
   /// it. Also called from within `onStream` and `onSample`.
@@ -117,7 +117,7 @@ class IByteSource {
  public:
   virtual ~IByteSource() = default;
 
-  virtual std::size_t read(std::uint8_t* buffer, std::size_t size) = 0;
+  [[nodiscard]] virtual std::size_t read(std::uint8_t* buffer, std::size_t size) = 0;
   virtual std::optional<std::uint64_t> size() const = 0;  ///< nothing for a pipe
 };
 

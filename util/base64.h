@@ -17,6 +17,6 @@ namespace korr::util::inline v2_1 {
 std::string encodeBase64(std::span<const std::uint8_t> bytes, std::string_view separator = {});
 
 /// Nothing unless `text` is base64 to the letter: whole groups of four, padding only at the end.
-std::optional<std::vector<std::uint8_t>> decodeBase64(std::string_view text);
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> decodeBase64(std::string_view text);
 
 }  // namespace korr::util::inline v2_1

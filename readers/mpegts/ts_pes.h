@@ -24,7 +24,7 @@ struct PesHeader {
 std::size_t pesHeaderSize(std::span<const std::uint8_t> packet);
 
 /// Nothing when these bytes begin no PES packet, one without payload, or have not all come yet.
-std::optional<PesHeader> parsePesHeader(std::span<const std::uint8_t> packet);
+[[nodiscard]] std::optional<PesHeader> parsePesHeader(std::span<const std::uint8_t> packet);
 
 constexpr bool isVideoStreamId(std::uint8_t id) {
   return id >= 0xE0 && id <= 0xEF;

@@ -25,7 +25,7 @@ struct Av1Unit {
 
 /// Takes the next unit off `rest`, the remainder of a temporal unit in the low-overhead format
 /// (5.2). Nothing at the end, or where no unit can be.
-std::optional<Av1Unit> takeAv1Unit(std::span<const std::uint8_t>& rest);
+[[nodiscard]] std::optional<Av1Unit> takeAv1Unit(std::span<const std::uint8_t>& rest);
 
 /// Finds the cc_data triplets in AV1 video: ATSC A/53 user data "GA94" in metadata units of type
 /// METADATA_TYPE_ITUT_T35 (5.8.2). A temporal unit shows one frame, so they come in the order in

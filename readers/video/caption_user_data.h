@@ -38,7 +38,7 @@ struct SeiMessage {
 
 /// Takes the next message off `rest`, the remainder of an SEI unit without emulation prevention
 /// bytes. Nothing when only trailing bits are left.
-std::optional<SeiMessage> takeSeiMessage(std::span<const std::uint8_t>& rest);
+[[nodiscard]] std::optional<SeiMessage> takeSeiMessage(std::span<const std::uint8_t>& rest);
 
 /// Removes the emulation prevention bytes of a NAL unit (H.264, 7.4.1.1), in place.
 void removeEmulationPrevention(std::vector<std::uint8_t>& unit);

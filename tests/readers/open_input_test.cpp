@@ -85,7 +85,7 @@ TEST_F(OpenInputTest, APipeStartsWithItsFirstPackets) {
   test_support::RecordingListener listener;
   auto reading = std::async(std::launch::async, [&] {
     const OpenedInput input = openInput(path, {});
-    input.reader->read(listener);
+    static_cast<void>(input.reader->read(listener));
   });
   const bool isDone = reading.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
   ::close(pipe);  // the end of the pipe, should it still be waited for

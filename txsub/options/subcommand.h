@@ -46,7 +46,7 @@ CLI::ValidationError usageError(const std::string& option, const std::string& me
 StatisticsFormat parseStatistics(const std::string& text);
 
 /// A whole number of a base, with nothing after it.
-std::optional<std::uint32_t> parseNumber(std::string_view text, int base);
+[[nodiscard]] std::optional<std::uint32_t> parseNumber(std::string_view text, int base);
 
 /// Only A to Z change.
 std::string lowerCase(std::string text);

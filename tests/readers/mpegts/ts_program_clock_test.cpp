@@ -141,7 +141,7 @@ TEST(TsLiveClock, GivesCaptionsOutWhenTheyAreDue) {
   test_support::RecordingListener listener;
   // A pipe that stays open: nothing is flushed.
   TsReader reader(std::make_unique<MemorySource>(due), {.pid = {}, .clock = &recorder});
-  reader.read(listener);
+  static_cast<void>(reader.read(listener));
   std::vector<MediaTime> times;
   for (const auto& [id, sample] : listener.samples) times.push_back(sample.times->start);
   EXPECT_THAT(times, ElementsAre(fromTicks90k(3600), fromTicks90k(7200)));
