@@ -7,6 +7,8 @@ namespace korr::txsub {
 
 namespace {
 
+constexpr std::size_t kMostSamplesBefore = 128;  // two packets with one pair a picture
+
 ServiceSession* firstShown(const std::vector<ServiceSession*>& sessions) {
   const auto found =
       std::find_if(sessions.begin(), sessions.end(),
@@ -54,9 +56,7 @@ void ServicePass::onSample(const StreamInfo& info, const InputSample& sample) {
   const auto found = streams_.find(info.id);
   if (found == streams_.end()) return;
   Stream& stream = found->second;
-  if (stream.finder && stream.finder->isSearching()) {
-    addServices(stream, stream.finder->inspect(sample));
-  }
+  if (stream.finder && stream.finder->isSearching()) search(stream, sample);
   if (stream.sessions.empty()) return;
   const SharedSample shared = share(sample);
   for (const auto& session : stream.sessions) {
@@ -64,6 +64,21 @@ void ServicePass::onSample(const StreamInfo& info, const InputSample& sample) {
     if (wanted_ == Wanted::All && session->hasShown()) session->open();
   }
   if (wanted_ == Wanted::Best && !chosen_ && sample.times) settle(sample.times->start);
+}
+
+// A service of captions shows itself when a packet is whole, or a few are, each of which takes many
+// pictures: what it began with belongs to it too.
+void ServicePass::search(Stream& stream, const InputSample& sample) {
+  const std::size_t known = stream.sessions.size();
+  addServices(stream, stream.finder->inspect(sample));
+  for (const InputSample& before : stream.before) {
+    for (std::size_t i = known; i < stream.sessions.size(); ++i) {
+      stream.sessions[i]->push(before, share(before));
+    }
+  }
+  if (stream.info.type != SubtitleInputType::ClosedCaption) return;
+  if (stream.before.size() == kMostSamplesBefore) stream.before.pop_front();
+  stream.before.push_back(sample);
 }
 
 std::vector<ServiceSession*> ServicePass::sessions() const {

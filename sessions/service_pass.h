@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -61,8 +62,10 @@ class ServicePass final : public IReaderListener {
     StreamInfo info;
     std::unique_ptr<IServiceFinder> finder;
     std::vector<std::unique_ptr<ServiceSession>> sessions;
+    std::deque<InputSample> before;  // the latest ones that were searched
   };
 
+  void search(Stream& stream, const InputSample& sample);
   void addServices(Stream& stream, const std::vector<Service>& services);
   void settle(MediaTime now);
   void choose(ServiceSession* chosen);
