@@ -2,8 +2,11 @@
 # What is in a package, for machines (SPDX 2.1): our own files as `reuse` knows them, and the packages
 # that they are built with, in the versions of this build. A script that installing runs:
 #   cmake -D REUSE=program -D SOURCE=folder -D VERSION=x.y.z -D PACKAGES=a;b -D OUTPUT=file -P sbom.cmake
-execute_process(COMMAND ${REUSE} --root ${SOURCE} spdx --creator-organization "The Tessary developers"
+execute_process(COMMAND ${REUSE} --root ${SOURCE} spdx
                 OUTPUT_VARIABLE document COMMAND_ERROR_IS_FATAL ANY)
+string(REPLACE "Creator: Person: Anonymous ()\n" "" document "${document}")
+string(REPLACE "Organization: Anonymous ()" "Organization: The Tessary developers" document
+       "${document}")
 string(REGEX REPLACE "DocumentName: [^\n]*" "DocumentName: tessary-subtitle-converter-${VERSION}"
        document "${document}")
 foreach(package IN LISTS PACKAGES)
