@@ -27,4 +27,12 @@ enum class SubtitleInputType : std::uint32_t {
   ClosedCaption = 16,
 };
 
+/// Whose pictures a stream of the type DvbSubtitle holds: those of DVB, or of discs, which the
+/// chain does not convert.
+enum class PictureSystem : std::uint32_t {
+  Dvb = 0,
+  Pgs = 1,  ///< presentation graphics of Blu-ray
+  Dvd = 2,  ///< sub-pictures
+};
+
 }  // namespace korr::encoding::subtitling::inline v2_1

@@ -19,6 +19,7 @@
 namespace korr::txsub {
 
 using encoding::subtitling::MediaTime;
+using encoding::subtitling::PictureSystem;
 using encoding::subtitling::SubtitleInputType;
 
 /// One input sample, exactly as the filter's input pin would receive it.
@@ -47,6 +48,9 @@ struct StreamInfo {
   std::uint32_t pid = 0;      ///< PID in a transport stream, track number elsewhere
   std::uint32_t program = 0;  ///< program_number; 0 when there is none
   SubtitleInputType type = SubtitleInputType::Teletext;
+  PictureSystem pictures = PictureSystem::Dvb;  ///< of DvbSubtitle
+  /// Of DVD subtitles: the size and the palette, as a VobSub index has them.
+  std::string pictureSetup;
   bool isVideo = false;  ///< captions travel in its pictures, and may be absent
   /// The elementary stream's descriptors as the PMT carries them (tag, length, body), concatenated;
   /// empty when there are none.
@@ -65,6 +69,7 @@ class IReaderListener {
   virtual bool onStream(const StreamInfo& stream) = 0;
 
   /// One sample of a wanted stream. Teletext and DVB: a PES data field from its data_identifier on.
+  /// PGS: segments. DVD: a sub-picture unit, or pieces of it that follow one another.
   /// Captions: the cc_data triplets of one picture, in presentation order.
   virtual void onSample(const StreamInfo& stream, const InputSample& sample) = 0;
 };

@@ -52,6 +52,8 @@ class DvbServiceFinder final : public IServiceFinder {
     service.pid = stream.pid;
     service.program = stream.program;
     service.type = stream.type;
+    service.pictures = stream.pictures;
+    service.pictureSetup = stream.pictureSetup;
     service.language = stream.language;
     service.isDeclared = true;
     const auto entries = readSubtitling(stream.descriptors);

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "readers/record_format.h"
 #include "services/caption_services.h"
 #include "services/dvb_services.h"
 #include "services/teletext_services.h"
@@ -65,8 +66,22 @@ std::string displayName(const Service& service) {
     case SubtitleInputType::DvbSubtitle:
       break;
   }
+  if (service.pictures == PictureSystem::Pgs) return "PGS subtitles";
+  if (service.pictures == PictureSystem::Dvd) return "DVD subtitles";
   const auto& pages = service.dvbPages;
   return pages ? "DVB subtitles page " + std::to_string(pages->composition) : "DVB subtitles";
+}
+
+std::string_view kindOf(const Service& service) {
+  switch (service.pictures) {
+    case PictureSystem::Dvb:
+      break;
+    case PictureSystem::Pgs:
+      return "pgs";
+    case PictureSystem::Dvd:
+      return "dvd";
+  }
+  return streamName(service.type);
 }
 
 std::string describe(const Service& service) {

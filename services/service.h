@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "dtvcc/character_sets.h"
@@ -17,6 +18,7 @@
 namespace korr::txsub {
 
 using encoding::subtitling::DvbPages;
+using encoding::subtitling::PictureSystem;
 
 /// One subtitle service: a caption channel, a teletext page, a DVB subtitle stream.
 struct Service {
@@ -33,6 +35,9 @@ struct Service {
   /// Where the PID carries, or may carry, other pages too; else the first page on the PID is shown.
   std::optional<DvbPages> dvbPages = {};
   bool isDeclared = false;  ///< named by the recording's tables, not only found in its samples
+  // Of pictures:
+  PictureSystem pictures = PictureSystem::Dvb;
+  std::string pictureSetup = {};  ///< as StreamInfo has it
   // Of digital captions:
   encoding::subtitling::dtvcc::Charset charset = encoding::subtitling::dtvcc::Charset::Automatic;
   bool isWide = true;         ///< laid out for 16:9, else for 4:3
@@ -92,8 +97,11 @@ std::unique_ptr<IServiceFinder> createServiceFinder(const StreamInfo& stream,
 bool canHavePage(SubtitleInputType type, std::uint32_t page);
 
 /// "CC1", "708 service 1", "page 888", "DVB subtitles", "DVB subtitles page 2" where the PID has
-/// several pages.
+/// several pages; "PGS subtitles", "DVD subtitles".
 std::string displayName(const Service& service);
+
+/// How a list names the system: "teletext", "dvb", "pgs", "dvd", "captions".
+std::string_view kindOf(const Service& service);
 
 /// With where it is: "CC1 of PID 0x0100", "page 888 of PID 0x0034".
 std::string describe(const Service& service);

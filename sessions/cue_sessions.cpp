@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sessions/cue_sessions.h"
 
-#include "sessions/dtvcc_session.h"
+#include "sessions/decoder_session.h"
 
 namespace korr::txsub {
 
@@ -9,11 +9,11 @@ std::unique_ptr<ServiceSession> createCueSession(const Service& service,
                                                  const CueSession::Settings& settings,
                                                  std::unique_ptr<ICueOutput> output,
                                                  ISessionMonitor& monitor) {
-  if (!digitalService(service)) {
+  if (!hasDecoderOfItsOwn(service)) {
     return std::make_unique<CueSession>(service, settings, std::move(output), monitor);
   }
   const MediaTime segment = settings.configuration.durationMs * encoding::subtitling::kMillisecond;
-  return std::make_unique<DtvccSession>(service, segment, std::move(output), monitor);
+  return std::make_unique<DecoderSession>(service, segment, std::move(output), monitor);
 }
 
 }  // namespace korr::txsub

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "sessions/decoder_session.h"
+
 namespace korr::txsub {
 
 namespace {
@@ -37,31 +39,30 @@ class ChainStreamSession final : public StreamSession {
   ChainHost host_;
 };
 
-/// Digital captions.
-class DtvccStreamSession final : public StreamSession {
+/// Digital captions and the subtitles of discs.
+class DecoderStreamSession final : public StreamSession {
  public:
-  DtvccStreamSession(const Service& service, log::ILogger& logger)
+  DecoderStreamSession(const Service& service, ISessionMonitor& monitor)
       : StreamSession(service),
-        decoder_({.service = digitalService(service).value_or(1),
-                  .charset = service.charset,
-                  .isWide = service.isWide,
-                  .wholeRows = false},
-                 display(), &logger) {}
+        logger_(monitor, service.pid),
+        decoder_(createDecoder(service, false, display(), logger_)) {}
 
   void push(const InputSample& sample, const SharedSample&) override {
     if (!sample.times) return;
-    decoder_.decode(sample.data, sample.times->start);
+    logger_.setTime(sample.times->start);
+    decoder_->decode(sample.data, sample.times->start);
     advance(sample.times->start);
     ++counters_.samples;
   }
 
-  void endInput(MediaTime end) override { decoder_.finish(end); }
+  void endInput(MediaTime end) override { decoder_->finish(end); }
   HostCounters counters() const override { return counters_; }
 
  private:
-  void settle(MediaTime) override {}
+  void settle(MediaTime until) override { decoder_->settle(until); }
 
-  encoding::subtitling::dtvcc::DtvccDisplayDecoder decoder_;
+  PlacedLogger logger_;
+  std::unique_ptr<encoding::subtitling::IDisplayDecoder> decoder_;
   HostCounters counters_;
 };
 
@@ -81,7 +82,9 @@ std::vector<SegmentCue> StreamSession::cut(const Segment& segment) {
 std::unique_ptr<StreamSession> createStreamSession(const Service& service,
                                                    const CueSession::Settings& settings,
                                                    ISessionMonitor& monitor) {
-  if (digitalService(service)) return std::make_unique<DtvccStreamSession>(service, monitor);
+  if (hasDecoderOfItsOwn(service)) {
+    return std::make_unique<DecoderStreamSession>(service, monitor);
+  }
   return std::make_unique<ChainStreamSession>(service, settings, monitor);
 }
 

@@ -161,7 +161,7 @@ void PreviewDocument::add(const Service& service, PreviewTrack& track, MediaTime
   services_.push_back(
       {{"name", displayName(service)},
        {"pid", pidText(service.pid)},
-       {"kind", streamName(service.type)},
+       {"kind", kindOf(service)},
        {"language", service.language + (service.hearingImpaired ? " (hearing impaired)" : "")},
        {"cues", track.takeCues(origin)}});
 }

@@ -137,6 +137,14 @@ std::optional<StreamInfo> describe(const AVStream& stream) {
   } else if (parameters.codec_id == AV_CODEC_ID_DVB_SUBTITLE) {
     info.type = SubtitleInputType::DvbSubtitle;
     info.descriptors = subtitlingDescriptor(language, privateData(parameters));
+  } else if (parameters.codec_id == AV_CODEC_ID_HDMV_PGS_SUBTITLE) {
+    info.type = SubtitleInputType::DvbSubtitle;
+    info.pictures = PictureSystem::Pgs;
+  } else if (parameters.codec_id == AV_CODEC_ID_DVD_SUBTITLE) {
+    info.type = SubtitleInputType::DvbSubtitle;
+    info.pictures = PictureSystem::Dvd;
+    const auto setup = privateData(parameters);
+    info.pictureSetup.assign(setup.begin(), setup.end());
   } else if (parameters.codec_id == AV_CODEC_ID_DVB_TELETEXT) {
     info.type = SubtitleInputType::Teletext;
     info.descriptors = teletextDescriptor(language, privateData(parameters));
@@ -282,6 +290,9 @@ void AvReader::Recording::readPacket(const AVPacket& packet) {
     case SubtitleInputType::ClosedCaption:  // libavformat makes triplets of the track's atoms
       return report(track, {data.begin(), data.end()}, time, duration);
     case SubtitleInputType::DvbSubtitle:
+      if (track.info.pictures != PictureSystem::Dvb) {
+        return report(track, {data.begin(), data.end()}, time, duration);
+      }
       return report(track, dvbSubtitleDataField(data), time, duration);
     case SubtitleInputType::Teletext:
       return report(track, teletextDataField(data), time, duration);

@@ -140,6 +140,7 @@ void TsDemultiplexer::applyEntry(std::uint16_t program, const TsStreamEntry& ent
   info.pid = entry.pid;
   info.program = program;
   info.descriptors = entry.descriptors;
+  if (kind->pictures == PictureSystem::Pgs) info.language = languageOf(entry);
   info.serviceName = tables_.serviceName(program);
   if (!pid.stream || pid.stream->kind != *kind) return addStream(std::move(info), *kind);
   updateStream(*pid.stream, std::move(info));
@@ -154,6 +155,7 @@ void TsDemultiplexer::updateStream(Stream& stream, StreamInfo info) {
     return;
   }
   known.descriptors = std::move(info.descriptors);
+  known.language = std::move(info.language);
   known.serviceName = std::move(info.serviceName);
   announce(stream);
 }
@@ -164,6 +166,7 @@ void TsDemultiplexer::addStream(StreamInfo info, const TsStreamKind& kind) {
   removeStream(pid);
   info.id = idOf(static_cast<std::uint16_t>(info.pid), kind);
   info.type = kind.type;
+  info.pictures = kind.pictures;
   info.isVideo = kind.isVideo;
   pid.stream = std::make_unique<Stream>(Stream{.info = std::move(info), .kind = kind});
   ++streams_;
@@ -188,7 +191,7 @@ std::unique_ptr<ITsStream> TsDemultiplexer::makeDecoder(Stream& stream) {
     }
     return std::make_unique<TsVideoStream>(stream.kind.codec, std::move(context));
   }
-  return std::make_unique<TsSubtitleStream>(stream.kind.type, std::move(context));
+  return std::make_unique<TsSubtitleStream>(stream.kind, std::move(context));
 }
 
 // Streams keep their names when they come back, but not as something else.

@@ -67,7 +67,7 @@ void TsSubtitleStream::finish() {
          (isTeletext ? "used as far as it goes" : "left out"));
     if (!isTeletext) return;
   }
-  deliver(type_ == SubtitleInputType::DvbSubtitle ? upToEndMarker(payload) : payload, header->pts);
+  deliver(hasEndMarker_ ? upToEndMarker(payload) : payload, header->pts);
 }
 
 void TsSubtitleStream::deliver(Bytes payload, std::optional<std::uint64_t> pts) {

@@ -16,6 +16,7 @@
 #include "readers/mpegts/ts_program_clock.h"
 #include "readers/mpegts/ts_program_times.h"
 #include "readers/mpegts/ts_report.h"
+#include "readers/mpegts/ts_stream_kind.h"
 #include "readers/video/video_captions.h"
 
 namespace korr::txsub {
@@ -52,8 +53,11 @@ class ITsStream {
 /// Teletext and DVB subtitles: a PES payload is a sample.
 class TsSubtitleStream final : public ITsStream {
  public:
-  TsSubtitleStream(SubtitleInputType type, TsStreamContext context)
-      : type_(type), context_(std::move(context)) {}
+  TsSubtitleStream(const TsStreamKind& kind, TsStreamContext context)
+      : type_(kind.type),
+        hasEndMarker_(kind.type == SubtitleInputType::DvbSubtitle &&
+                      kind.pictures == PictureSystem::Dvb),
+        context_(std::move(context)) {}
 
   void take(const TsPacket& packet, unsigned lost) override;
   void release(MediaTime) override {}
@@ -68,6 +72,7 @@ class TsSubtitleStream final : public ITsStream {
   void warn(const std::string& what);
 
   SubtitleInputType type_;
+  bool hasEndMarker_;
   TsStreamContext context_;
   PesAssembler pes_;
   TsStreamClock clock_;

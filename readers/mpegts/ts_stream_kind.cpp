@@ -26,7 +26,11 @@ constexpr std::uint8_t kPgs = 0x90;     // presentation graphics of Blu-ray Disc
 constexpr std::uint8_t kTextSt = 0x92;  // text subtitles of Blu-ray Disc
 
 constexpr TsStreamKind video(VideoCodec codec) {
-  return {.type = SubtitleInputType::ClosedCaption, .isVideo = true, .codec = codec};
+  TsStreamKind kind;
+  kind.type = SubtitleInputType::ClosedCaption;
+  kind.isVideo = true;
+  kind.codec = codec;
+  return kind;
 }
 
 std::optional<TsStreamKind> kindOfPrivateData(const TsStreamEntry& entry) {
@@ -65,14 +69,14 @@ std::string otherKind(const TsStreamEntry& entry) {
       return "MPEG-4 timed text";
     case kScte27:
       return "SCTE 27";
-    case kPgs:
-      return "PGS";
     case kTextSt:
       return "TextST";
     default:
       return {};
   }
 }
+
+}  // namespace
 
 std::string languageOf(const TsStreamEntry& entry) {
   std::string language;
@@ -85,8 +89,6 @@ std::string languageOf(const TsStreamEntry& entry) {
       });
   return language;
 }
-
-}  // namespace
 
 std::string otherSubtitlesIn(const TsStreamEntry& entry) {
   const std::string kind = otherKind(entry);
@@ -104,6 +106,8 @@ std::optional<TsStreamKind> kindOf(const TsStreamEntry& entry) {
       return video(VideoCodec::H264);
     case kHevcVideo:
       return video(VideoCodec::Hevc);
+    case kPgs:
+      return TsStreamKind{.type = SubtitleInputType::DvbSubtitle, .pictures = PictureSystem::Pgs};
     case kPrivateData:
       return kindOfPrivateData(entry);
     default:

@@ -18,6 +18,7 @@ namespace korr::txsub {
 /// What a stream holds for us.
 struct TsStreamKind {
   SubtitleInputType type = SubtitleInputType::Teletext;
+  PictureSystem pictures = PictureSystem::Dvb;  ///< of DvbSubtitle
   bool isVideo = false;
   VideoCodec codec = VideoCodec::Mpeg2;  ///< of video
 
@@ -29,6 +30,9 @@ std::optional<TsStreamKind> kindOf(const TsStreamEntry& entry);
 
 /// By the first PES packet of a stream that no table describes.
 std::optional<TsStreamKind> kindOf(const PesHeader& header, std::span<const std::uint8_t> payload);
+
+/// The language that an ISO_639_language_descriptor names (ISO/IEC 13818-1, 2.6.18); empty without.
+std::string languageOf(const TsStreamEntry& entry);
 
 /// What subtitles the table says these are, where `kindOf` has none; empty where it says nothing.
 std::string otherSubtitlesIn(const TsStreamEntry& entry);

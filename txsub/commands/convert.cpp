@@ -13,6 +13,7 @@
 #include "readers/byte_source.h"
 #include "readers/open_input.h"
 #include "sessions/cue_sessions.h"
+#include "sessions/decoder_session.h"
 #include "sessions/service_pass.h"
 #include "sessions/service_session.h"
 #include "sessions/session_statistics.h"
@@ -183,7 +184,7 @@ std::unique_ptr<ServiceSession> Conversion::makeSession(const Service& service,
   if (options_.kind != OutputKind::Samples) {
     return makeCueSession(service, stream, configuration);
   }
-  if (digitalService(service)) return nullptr;  // the filter has none
+  if (hasDecoderOfItsOwn(service)) return nullptr;  // the filter has none
   if (service.dvbPages && !sampled_.insert(service.streamId).second) return nullptr;
   const bool isCertain = isReplay() || options_.query.page.has_value();
   return std::make_unique<SampleSession>(service, configuration, formatBlockOf(stream),

@@ -20,6 +20,10 @@ class Extraction final : public IReaderListener {
   Extraction(IMediaReader& reader, const std::string& path) : reader_(reader), file_(path) {}
 
   bool onStream(const StreamInfo& stream) override {
+    if (stream.pictures != PictureSystem::Dvb) {
+      hasOfDiscs_ = true;  // the filter has none
+      return false;
+    }
     streams_[stream.id] = stream;
     return !chosen_ || *chosen_ == stream.id;
   }
@@ -35,6 +39,7 @@ class Extraction final : public IReaderListener {
   void commit() { file_.commit(); }
 
   std::size_t samples() const { return samples_; }
+  bool hasOfDiscs() const { return hasOfDiscs_; }
   const StreamInfo* chosen() const { return chosen_ ? &streams_.at(*chosen_) : nullptr; }
   const std::map<std::uint32_t, StreamInfo>& streams() const { return streams_; }
 
@@ -56,6 +61,7 @@ class Extraction final : public IReaderListener {
   std::map<std::uint32_t, StreamInfo> streams_;  // by id
   std::optional<std::uint32_t> chosen_;
   std::size_t samples_ = 0;
+  bool hasOfDiscs_ = false;
 };
 
 std::string streamText(const StreamInfo& stream) {
@@ -86,8 +92,11 @@ ExitCode run(const ExtractOptions& options, Console& console) {
   if (!extraction.chosen()) {
     const auto why = explainInput(*input.reader, options.input);
     console.error(!why.empty() ? why
-                               : "there is no sample of a subtitle stream in " +
-                                     inputName(options.input.path));
+                  : extraction.hasOfDiscs()
+                      ? "PGS and DVD subtitles, which " + inputName(options.input.path) +
+                            " holds, are none that the filter converts: there is nothing to record"
+                      : "there is no sample of a subtitle stream in " +
+                            inputName(options.input.path));
     return kFailed;
   }
   extraction.commit();

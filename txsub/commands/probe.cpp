@@ -135,7 +135,7 @@ Row tableRow(const Finding& finding) {
   const auto& tally = finding.tally;
   const bool hasCues = tally.cues != 0;
   return {pidText(service.pid),
-          std::string(streamName(service.type)),
+          std::string(kindOf(service)),
           hasName(service) ? displayName(service) : "-",
           (service.language.empty() ? "-" : service.language) +
               std::string(service.hearingImpaired ? " (hearing impaired)" : "") +
@@ -165,7 +165,7 @@ void printTable(const Findings& findings) {
 nlohmann::ordered_json jsonOf(const Finding& finding) {
   const auto& service = finding.service;
   const auto& tally = finding.tally;
-  nlohmann::ordered_json json{{"kind", streamName(service.type)}, {"pid", service.pid}};
+  nlohmann::ordered_json json{{"kind", kindOf(service)}, {"pid", service.pid}};
   if (service.program != 0) json["program"] = service.program;
   if (hasName(service)) json["service"] = displayName(service);
   if (!service.language.empty()) json["language"] = service.language;

@@ -23,6 +23,7 @@ constexpr const char* kExamples =
     "  txsub convert film.ts --page 888 -o film.vtt   teletext page 888\n"
     "  txsub convert film.ts -o film.ttml             DVB pictures in one TTML document\n"
     "  txsub convert film.ts -o film.srt              the same, read: DVB pictures as text\n"
+    "  txsub convert film.sup -o film.srt             subtitles of a Blu-ray, or .idx of a DVD\n"
     "  txsub convert film.ts -o pictures/             DVB pictures as PNG files with a page\n"
     "  txsub convert mux.ts --all -o subtitles        every service, one file each\n"
     "  txsub convert mux.ts --all -o 'subs/${serviceName}-${feedIndex}.vtt'\n"

@@ -22,7 +22,7 @@ constexpr const char* kInputs =
     "204-byte\n"
     "packets), an .scc or .mcc file, recorded samples (.jsonl), or any other recording that "
     "libavformat\n"
-    "opens (MP4, MOV, MKV, MXF ...). '-' reads standard input.";
+    "opens (MP4, MOV, MKV, MXF, .sup, VobSub .idx ...). '-' reads standard input.";
 
 const std::vector<std::pair<std::string, log::Level>> kLevels = {{"error", log::Level::Error},
                                                                  {"warning", log::Level::Warning},

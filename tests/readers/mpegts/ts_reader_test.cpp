@@ -352,9 +352,8 @@ TEST(TsReader, NamesSubtitlesThatAreNotItsOwn) {
                   {.pid = 0x1500, .descriptors = {0x7F, 1, 0x06}},  // more sound
                   {.pid = kDvbPid, .descriptors = kSubtitlingDescriptor}};
   const Reading reading(TsBuilder().tables(disc).bytes());
-  EXPECT_THAT(
-      reading.reader.findings().otherSubtitles,
-      ElementsAre("PID 0x1200 (PGS, fra)", "PID 0x1300 (ARIB captions)", "PID 0x1400 (TTML)"));
+  EXPECT_THAT(reading.reader.findings().otherSubtitles,
+              ElementsAre("PID 0x1300 (ARIB captions)", "PID 0x1400 (TTML)"));
 }
 
 TEST(TsReader, APacketThatIsKnownToBeDamagedIsALostOne) {
