@@ -51,16 +51,6 @@ const char* familyOf(WindowText::Font font) {
   return "Lucida Console";
 }
 
-double sizeOf(const WindowText::Pen& pen) {
-  constexpr double kSmall = 0.75;
-  constexpr double kLarge = 1.25;
-  constexpr double kScript = 0.65;
-  double size = 1;
-  if (pen.size == WindowText::PenSize::Small) size = kSmall;
-  if (pen.size == WindowText::PenSize::Large) size = kLarge;
-  return pen.offset == WindowText::Offset::Normal ? size : size * kScript;
-}
-
 // Korean, Chinese and Japanese letters are as wide as they are high; a cell is not.
 bool isWide(char16_t unit) {
   return (unit >= 0x1100 && unit <= 0x115F) || (unit >= 0x2E80 && unit <= 0xA4CF) ||
@@ -68,7 +58,7 @@ bool isWide(char16_t unit) {
          (unit >= 0xFF01 && unit <= 0xFF60);
 }
 
-// Columns by which justification moves a row (CEA-708-E, 8.4.9.1).
+// Columns by which justification moves a row (CEA-708-E, 8.10.5.8).
 double shiftOf(const WindowText::Window& window, const WindowText::Row& row) {
   const auto& last = row.runs.back();
   const double begin = row.runs.front().column;
@@ -81,7 +71,7 @@ double shiftOf(const WindowText::Window& window, const WindowText::Row& row) {
   return 0;
 }
 
-// Where copies of the letters in the edge's colour stand (CEA-708-E, 8.5.8).
+// Where copies of the letters in the edge's colour stand (CEA-708-E, 8.10.5.9).
 std::vector<Offset> edgeOffsets(WindowText::Edge edge, std::int64_t width) {
   switch (edge) {
     case WindowText::Edge::None:
@@ -137,7 +127,7 @@ WindowRenderer::Grid WindowRenderer::gridOf(const FrameBuffer& frame, const Wind
   return grid;
 }
 
-// CEA-708-E, 8.4.11: around the window, or behind it and to a side.
+// CEA-708-E, 8.10.5.8: around the window, or behind it and to a side.
 void WindowRenderer::paintBorder(FrameBuffer& frame, const WindowText::Window& window,
                                  const Grid& grid) {
   if (window.border == WindowText::Edge::None) return;
@@ -188,7 +178,7 @@ void WindowRenderer::paintRun(FrameBuffer& frame, const WindowText::Pen& pen,
   frame.fill(box, argbOf(pen.background, pen.backgroundOpacity));
   if (pen.foregroundOpacity == WindowText::Opacity::Transparent || text.empty()) return;
 
-  const double size = sizeOf(pen);
+  const double size = letterSize(pen);
   const auto height = static_cast<double>(cells.cellHeight);
   TextStyle style;
   style.family = familyOf(pen.font);

@@ -50,6 +50,8 @@ struct TextScreen {
   /// Where a window says how its lines are aligned; else their columns tell.
   std::optional<TextAlign> align = {};
   std::optional<TextFill> fill = {};
+  std::optional<TextOutline> border = {};  ///< around a window
+  double rowCount = 0;                     ///< of a window
 };
 
 /// Lays out a text subtitle: one screen, or one for each window with text, in the order of reading;

@@ -26,20 +26,37 @@ const char* colourName(TextColour colour);
 /// "#RRGGBB"
 std::string colourHex(TextColour colour);
 
+/// How letters or windows stand out from what is behind them; shadows fall to the side named.
+enum class TextEdge { Raised, Depressed, Uniform, LeftDropShadow, RightDropShadow };
+
+struct TextOutline {
+  TextColour colour = TextColour::Black;
+  TextEdge edge = TextEdge::Uniform;
+
+  friend bool operator==(const TextOutline&, const TextOutline&) = default;
+};
+
+enum class TextOffset { Normal, Subscript, Superscript };
+
 /// Characters of one style.
 struct TextSpan {
   std::string text;  ///< UTF-8
   TextColour foreground = TextColour::White;
   TextColour background = TextColour::Black;
   std::uint8_t backgroundAlpha = 0xFF;  ///< 0xFF opaque; 0x99 behind teletext
+  bool showsFill = false;               ///< the background is the fill of the window
   bool italic = false;
   bool underline = false;
-  std::optional<TextColour> outline = {};  ///< around the letters
+  std::optional<TextOutline> outline = {};  ///< around the letters
+  std::uint8_t foregroundAlpha = 0xFF;
+  double size = 1;  ///< of the letters, 1 as high as their row has them
+  TextOffset offset = TextOffset::Normal;
 
   bool hasStyleOf(const TextSpan& other) const {
     return foreground == other.foreground && background == other.background &&
-           backgroundAlpha == other.backgroundAlpha && italic == other.italic &&
-           underline == other.underline && outline == other.outline;
+           backgroundAlpha == other.backgroundAlpha && showsFill == other.showsFill &&
+           italic == other.italic && underline == other.underline && outline == other.outline &&
+           foregroundAlpha == other.foregroundAlpha && size == other.size && offset == other.offset;
   }
 };
 

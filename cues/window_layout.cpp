@@ -37,19 +37,44 @@ std::uint8_t alphaOf(WindowText::Opacity opacity) {
   return 0xFF;
 }
 
+TextColour colourOf(const WindowText::Colour& colour) {
+  return textColourOf(colour.red, colour.green, colour.blue);
+}
+
+std::optional<TextOutline> outlineOf(WindowText::Edge edge, const WindowText::Colour& colour) {
+  switch (edge) {
+    case WindowText::Edge::None:
+      break;
+    case WindowText::Edge::Raised:
+      return TextOutline{colourOf(colour), TextEdge::Raised};
+    case WindowText::Edge::Depressed:
+      return TextOutline{colourOf(colour), TextEdge::Depressed};
+    case WindowText::Edge::Uniform:
+      return TextOutline{colourOf(colour), TextEdge::Uniform};
+    case WindowText::Edge::LeftDropShadow:
+      return TextOutline{colourOf(colour), TextEdge::LeftDropShadow};
+    case WindowText::Edge::RightDropShadow:
+      return TextOutline{colourOf(colour), TextEdge::RightDropShadow};
+  }
+  return {};
+}
+
 // Where the pen has no background of its own the window's fill is behind the text.
 TextSpan styleOf(const WindowText::Window& window, const WindowText::Pen& pen) {
   const bool showsFill = pen.backgroundOpacity == WindowText::Opacity::Transparent;
   const auto& background = showsFill ? window.fill : pen.background;
   TextSpan span;
-  span.foreground = textColourOf(pen.foreground.red, pen.foreground.green, pen.foreground.blue);
-  span.background = textColourOf(background.red, background.green, background.blue);
+  span.foreground = colourOf(pen.foreground);
+  span.background = colourOf(background);
   span.backgroundAlpha = alphaOf(showsFill ? window.fillOpacity : pen.backgroundOpacity);
+  span.showsFill = showsFill;
   span.italic = pen.italic;
   span.underline = pen.underline;
-  if (pen.edge != WindowText::Edge::None) {
-    span.outline = textColourOf(pen.edgeColour.red, pen.edgeColour.green, pen.edgeColour.blue);
-  }
+  span.outline = outlineOf(pen.edge, pen.edgeColour);
+  span.foregroundAlpha = alphaOf(pen.foregroundOpacity);
+  span.size = letterSize(pen);
+  if (pen.offset == WindowText::Offset::Subscript) span.offset = TextOffset::Subscript;
+  if (pen.offset == WindowText::Offset::Superscript) span.offset = TextOffset::Superscript;
   return span;
 }
 
@@ -127,9 +152,10 @@ TextScreen screenOf(const WindowText& text, const WindowText::Window& window) {
   screen.align = isVertical(window) ? TextAlign::Start : alignOf(window.justify);
   const auto alpha = alphaOf(window.fillOpacity);
   if (alpha != 0) {
-    screen.fill =
-        TextFill{textColourOf(window.fill.red, window.fill.green, window.fill.blue), alpha};
+    screen.fill = TextFill{colourOf(window.fill), alpha};
   }
+  screen.border = outlineOf(window.border, window.borderColour);
+  screen.rowCount = window.rowCount;
   const auto lines = linesOf(window);
   std::int32_t count = 0;
   for (const auto& [number, cells] : lines) {

@@ -50,7 +50,7 @@ void ServiceInput::run(MediaTime time) {
 }
 
 // Looks for what ends the delay. RST takes back what waits before it, DLC lets it happen now
-// (8.9.4).
+// (8.10.5.12).
 void ServiceInput::scan(MediaTime time) {
   const std::span<const std::uint8_t> bytes = bytes_;
   while (scanned_ < bytes.size()) {

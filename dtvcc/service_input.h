@@ -20,7 +20,7 @@ namespace korr::encoding::subtitling::dtvcc {
 /// codes that wait.
 class ServiceInput {
  public:
-  static constexpr std::size_t kCapacity = 128;  ///< bytes that wait, at most (8.9.1)
+  static constexpr std::size_t kCapacity = 128;  ///< bytes that wait, at most (8.9)
 
   /// Executes one whole code and says what became of it.
   using Execute = std::function<CodeResult(std::span<const std::uint8_t>)>;

@@ -10,7 +10,7 @@ namespace {
 
 using Style = std::array<std::uint8_t, 4>;
 
-// Predefined window styles 1 to 7 (CEA-708-E, 8.4.12) as the parameters of SWA that give them.
+// Predefined window styles 1 to 7 (CEA-708-E, table 26) as the parameters of SWA that give them.
 constexpr std::array<Style, 7> kWindowStyles = {{
     {0b00'000000, 0b00'000000, 0b0'0'00'11'00, 0},  // 1: pop-up captions as in line 21
     {0b11'000000, 0b00'000000, 0b0'0'00'11'00, 0},  // 2: the same without black behind
@@ -24,7 +24,7 @@ constexpr std::array<Style, 7> kWindowStyles = {{
 constexpr std::uint32_t kWhiteOnBlack = 0x3F'00'00;
 constexpr std::uint32_t kWhiteOnNothing = 0x3F'C0'00;
 
-// Predefined pen styles 1 to 7 (CEA-708-E, 8.5.5) as the parameters of SPA and SPC.
+// Predefined pen styles 1 to 7 (CEA-708-E, table 27) as the parameters of SPA and SPC.
 constexpr std::array<PackedPen, 7> kPenStyles = {{
     {0b0000'01'01'0'0'000'000, kWhiteOnBlack},    // 1: as in line 21
     {0b0000'01'01'0'0'000'001, kWhiteOnBlack},    // 2: monospaced with serifs

@@ -26,12 +26,16 @@ std::string colourWithAlpha(TextColour colour, std::uint8_t alpha) {
 }
 
 Attributes spanStyle(const TextSpan& span, bool isEbuTtD) {
+  // A window's fill is that of its region, which EBU-TT-D does not show; nor has it outlines.
+  const bool isOnFill = span.showsFill && !isEbuTtD;
+  const std::uint8_t backgroundAlpha = isOnFill ? 0 : span.backgroundAlpha;
+  const bool isSolid = span.foregroundAlpha == 0xFF;
   Attributes style = {
-      {"tts:color", colourHex(span.foreground)},
-      {"tts:backgroundColor", colourWithAlpha(span.background, span.backgroundAlpha)}};
-  // EBU-TT-D has no outlines.
+      {"tts:color", isSolid ? colourHex(span.foreground)
+                            : colourWithAlpha(span.foreground, span.foregroundAlpha)},
+      {"tts:backgroundColor", colourWithAlpha(span.background, backgroundAlpha)}};
   if (span.outline && !isEbuTtD) {
-    style.emplace_back("tts:textOutline", colourHex(*span.outline) + " 5%");
+    style.emplace_back("tts:textOutline", colourHex(span.outline->colour) + " 5%");
   }
   if (span.italic) style.emplace_back("tts:fontStyle", "italic");
   if (span.underline) style.emplace_back("tts:textDecoration", "underline");

@@ -18,6 +18,16 @@ double startOf(double anchorPercent, double size, unsigned halves) {
 
 }  // namespace
 
+double letterSize(const WindowText::Pen& pen) {
+  constexpr double kSmall = 0.75;
+  constexpr double kLarge = 1.25;
+  constexpr double kScript = 0.65;
+  double size = 1;
+  if (pen.size == WindowText::PenSize::Small) size = kSmall;
+  if (pen.size == WindowText::PenSize::Large) size = kLarge;
+  return pen.offset == WindowText::Offset::Normal ? size : size * kScript;
+}
+
 WindowArea areaOf(const WindowText& text, const WindowText::Window& window) {
   const auto anchor = static_cast<unsigned>(window.anchor);
   const double width = window.columnCount * kSafeArea / text.columnsAcross;

@@ -24,7 +24,7 @@ struct WindowText {
     friend bool operator==(const Colour&, const Colour&) = default;
   };
 
-  /// Of characters (CEA-708-E, 8.5.8) and of windows (8.4.11); shadows fall to the side named.
+  /// Of characters (CEA-708-E, 8.10.5.9) and of windows (8.10.5.8); shadows fall to the side named.
   enum class Edge : std::uint8_t {
     None = 0,
     Raised = 1,
@@ -132,6 +132,9 @@ struct WindowText {
 
   friend bool operator==(const WindowText&, const WindowText&) = default;
 };
+
+/// How large a pen's letters are beside those of the standard size and offset.
+double letterSize(const WindowText::Pen& pen);
 
 /// A rectangle in percent of the picture.
 struct WindowArea {

@@ -27,44 +27,96 @@ std::string colourOf(TextColour colour) {
   return colour <= TextColour::Black ? colourName(colour) : colourHex(colour);
 }
 
-// A colour as style sheets have it; "rgb(0 0 0 / 60%)" where the picture shows through.
-std::string background(const TextSpan& span) {
-  if (span.backgroundAlpha == 0) return "transparent";
-  const std::string name = colourOf(span.background);
-  if (span.backgroundAlpha == 0xFF) return name;
-  const int percent = span.backgroundAlpha * 100 / 0xFF;
+// A colour as style sheets have it; "color-mix(...)" where the picture shows through.
+std::string cssColour(TextColour colour, std::uint8_t alpha) {
+  if (alpha == 0) return "transparent";
+  const std::string name = colourOf(colour);
+  if (alpha == 0xFF) return name;
+  const int percent = alpha * 100 / 0xFF;
   return "color-mix(in srgb, " + name + " " + std::to_string(percent) + "%, transparent)";
 }
 
+const char* edgeName(TextEdge edge) {
+  switch (edge) {
+    case TextEdge::Raised:
+      return "raised";
+    case TextEdge::Depressed:
+      return "depressed";
+    case TextEdge::Uniform:
+      break;
+    case TextEdge::LeftDropShadow:
+      return "left";
+    case TextEdge::RightDropShadow:
+      return "right";
+  }
+  return "uniform";
+}
+
+Json jsonOf(const TextOutline& outline) {
+  return {{"colour", colourOf(outline.colour)}, {"edge", edgeName(outline.edge)}};
+}
+
 Json jsonOf(const TextSpan& span) {
-  Json json{
-      {"text", span.text}, {"colour", colourOf(span.foreground)}, {"background", background(span)}};
+  Json json{{"text", span.text},
+            {"colour", cssColour(span.foreground, span.foregroundAlpha)},
+            {"background",
+             span.showsFill ? "transparent" : cssColour(span.background, span.backgroundAlpha)}};
   if (span.italic) json["italic"] = true;
   if (span.underline) json["underline"] = true;
-  if (span.outline) json["outline"] = colourOf(*span.outline);
+  if (span.outline) json["outline"] = jsonOf(*span.outline);
+  if (span.size != 1) json["size"] = span.size;
+  if (span.offset == TextOffset::Subscript) json["offset"] = "sub";
+  if (span.offset == TextOffset::Superscript) json["offset"] = "super";
   return json;
+}
+
+// Where a window's justification puts a line.
+double columnOf(const TextScreen& screen, const TextLine& line) {
+  const double free = std::max(0.0, screen.columnCount - line.columnCount);
+  if (screen.align == TextAlign::End) return free;
+  if (screen.align == TextAlign::Center) return free / 2;
+  return line.column;
+}
+
+// Nothing to see where a window has neither fill nor border.
+void addWindow(Json& windows, const TextScreen& screen) {
+  if (!screen.fill && !screen.border) return;
+  windows.push_back({{"left", screen.firstColumnLeft},
+                     {"top", screen.firstRowTop},
+                     {"width", screen.columnCount * screen.columnWidth},
+                     {"height", screen.rowCount * screen.rowHeight},
+                     {"row", screen.rowHeight}});
+  if (screen.fill) windows.back()["fill"] = cssColour(screen.fill->colour, screen.fill->alpha);
+  if (screen.border) windows.back()["border"] = jsonOf(*screen.border);
 }
 
 void addLines(Json& lines, const TextScreen& screen) {
   for (const TextLine& line : screen.lines) {
     Json spans = Json::array();
     for (const TextSpan& span : line.spans) spans.push_back(jsonOf(span));
-    lines.push_back({{"left", screen.leftOf(line.column)},
+    const double column = columnOf(screen, line);
+    lines.push_back({{"left", screen.leftOf(column)},
                      {"top", screen.topOf(line.row)},
                      {"row", screen.rowHeight},
                      {"cell", screen.columnWidth},
                      {"height", line.height},
                      {"spans", std::move(spans)}});
     if (line.direction == TextDirection::RightToLeft) {
-      lines.back()["right"] = screen.leftOf(line.column + line.columnCount);
+      lines.back()["right"] = screen.leftOf(column + line.columnCount);
     }
   }
 }
 
 Json contentOf(const std::vector<TextScreen>& screens) {
   Json lines = Json::array();
-  for (const TextScreen& screen : screens) addLines(lines, screen);
-  return {{"lines", std::move(lines)}};
+  Json windows = Json::array();
+  for (const TextScreen& screen : screens) {
+    addLines(lines, screen);
+    addWindow(windows, screen);
+  }
+  Json content{{"lines", std::move(lines)}};
+  if (!windows.empty()) content["windows"] = std::move(windows);
+  return content;
 }
 
 // Where an area lies on the display, in percent.

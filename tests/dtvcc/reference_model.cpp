@@ -124,7 +124,7 @@ std::string describe(const WindowText& text) {
   return out;
 }
 
-// 8.9.1: while a delay runs what comes is queued, up to 128 bytes.
+// 8.9: while a delay runs what comes is queued, up to 128 bytes.
 void ReferenceModel::block(std::span<const std::uint8_t> bytes, std::uint64_t time) {
   queue_.insert(queue_.end(), bytes.begin(), bytes.end());
   runQueue(time);
@@ -149,7 +149,7 @@ void ReferenceModel::runQueue(std::uint64_t time) {
   }
 }
 
-// 8.9.4: DLC and RST are seen from behind what waits; RST takes that back.
+// 8.10.5.12: DLC and RST are seen from behind what waits; RST takes that back.
 bool ReferenceModel::endDelayEarly() {
   Bytes rest = queue_;
   while (!rest.empty()) {
@@ -187,7 +187,7 @@ void ReferenceModel::execute(const Bytes& code, std::uint64_t time) {
     return print(known == kKnown.end() ? "_" : known->second, code[1] == 0x20);
   }
 
-  // 8.10.5.13: DLY.
+  // 8.10.5.12: DLY.
   if (first == 0x8D && code[1] != 0) delayEnd_ = time + code[1] * std::uint64_t{1'000'000};
   if (first == 0x8F) {
     windows_.clear();
@@ -260,7 +260,7 @@ void ReferenceModel::eraseOutside(Window& window) {
                 [&](const auto& cell) { return !keeps && cell.first.second >= window.columns; });
 }
 
-// 8.10.5.2, with the styles of 8.4.12 and 8.5.5 as the commands that give them.
+// 8.10.5.2, with the styles of tables 26 and 27 as the commands that give them.
 void ReferenceModel::define(unsigned id, const Bytes& code) {
   const Bytes definition(code.begin() + 1, code.end());
   const bool isNew = windows_.count(id) == 0;
@@ -397,7 +397,7 @@ void ReferenceModel::wrap(Window& window) {
   }
 }
 
-// 7.1.4 and 8.4.9.3.
+// 7.1.4 and table 24.
 void ReferenceModel::carriageReturn(Window& window) {
   const bool horizontal = window.attributes[2] / 16 % 4 < 2;
   const unsigned scroll = window.attributes[2] / 4 % 4;

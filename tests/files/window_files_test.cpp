@@ -3,10 +3,12 @@
 // Digital captions in playable files.
 #include <gmock/gmock.h>
 
+#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "cues/text_layout.h"
 #include "dtvcc/dtvcc_display_decoder.h"
+#include "files/preview/preview_document.h"
 #include "files/srt_file.h"
 #include "files/ttml_text_document.h"
 #include "files/webvtt_file.h"
@@ -92,10 +94,45 @@ TEST(WindowFiles, GiveTtmlRegionsTheirFillAndSpansTheirColours) {
   EXPECT_THAT(document, HasSubstr("tts:origin=\"10% 10%\" tts:extent=\"40% 5.33%\""));
   EXPECT_THAT(document,
               HasSubstr("tts:backgroundColor=\"#55000080\" tts:showBackground=\"whenActive\""));
-  EXPECT_THAT(document, HasSubstr("tts:color=\"#AAAAAA\" tts:backgroundColor=\"#55000080\" "
+  EXPECT_THAT(document, HasSubstr("tts:color=\"#AAAAAA\" tts:backgroundColor=\"#55000000\" "
                                   "tts:textOutline=\"#0000FF 5%\" tts:fontStyle=\"italic\""));
   EXPECT_THAT(ttmlOf(codes, true), Not(HasSubstr("textOutline")));
+  EXPECT_THAT(ttmlOf(codes, true), HasSubstr("<style xml:id=\"Style2\" tts:color=\"#AAAAAA\" "
+                                             "tts:backgroundColor=\"#55000080\""));
   EXPECT_THAT(ebuTtDFaults(ttmlOf(kTwoWindows, true)), IsEmpty());
+}
+
+// The window's box, and in it letters of each size, edge and opacity.
+TEST(WindowFiles, DrawWindowsOnPreviewPages) {
+  const auto codes = DtvccCodes()
+                         .define(0, {.vertical = 0, .horizontal = 0, .rows = 2, .columns = 21})
+                         .attributes({.fillOpacity = 2,
+                                      .fill = 0b010000,
+                                      .border = 2,
+                                      .borderColour = 0b111111,
+                                      .justify = 1})
+                         .colour({.foregroundOpacity = 2, .backgroundOpacity = 3, .edge = 0b11})
+                         .pen({.offset = 2, .size = 0, .edge = 4})
+                         .text("ab")
+                         .colour({})
+                         .pen({})
+                         .text("c");
+  std::vector<std::string> pictures;
+  PictureSet pictureSet;
+  PreviewTrack track(pictures, pictureSet);
+  track.onCue(cueOf(codes));
+  const auto cue = track.takeCues(0).at(0);
+  EXPECT_EQ(cue.at("windows").dump(),
+            "[{\"left\":10.0,\"top\":10.0,\"width\":40.0,\"height\":10.666666666666666,"
+            "\"row\":5.333333333333333,\"fill\":\"color-mix(in srgb, #550000 50%, transparent)\","
+            "\"border\":{\"colour\":\"white\",\"edge\":\"depressed\"}}]");
+  EXPECT_EQ(cue.at("lines").at(0).at("spans").dump(),
+            "[{\"text\":\"ab\",\"colour\":\"color-mix(in srgb, white 50%, transparent)\","
+            "\"background\":\"transparent\","
+            "\"outline\":{\"colour\":\"blue\",\"edge\":\"left\"},"
+            "\"size\":0.48750000000000004,\"offset\":\"super\"},"
+            "{\"text\":\"c\",\"colour\":\"white\",\"background\":\"black\"}]");
+  EXPECT_DOUBLE_EQ(cue.at("lines").at(0).at("left"), 10 + 18 * 40.0 / 21) << "to the right";
 }
 
 TEST(WindowFiles, ReadTextInItsDirection) {
