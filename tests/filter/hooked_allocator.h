@@ -17,6 +17,7 @@ class HookedAllocator final : public IMemAllocator {
 
   HRESULT decommitAnswer = S_OK;  ///< it decommits all the same
   std::atomic<int> asked = 0;     ///< how many buffers it has been asked for
+  std::atomic<bool> isDecommitted = false;
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
   ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
@@ -29,9 +30,13 @@ class HookedAllocator final : public IMemAllocator {
   HRESULT STDMETHODCALLTYPE GetProperties(ALLOCATOR_PROPERTIES* properties) override {
     return inner_->GetProperties(properties);
   }
-  HRESULT STDMETHODCALLTYPE Commit() override { return inner_->Commit(); }
+  HRESULT STDMETHODCALLTYPE Commit() override {
+    isDecommitted = false;
+    return inner_->Commit();
+  }
   HRESULT STDMETHODCALLTYPE Decommit() override {
     inner_->Decommit();
+    isDecommitted = true;
     return decommitAnswer;
   }
   HRESULT STDMETHODCALLTYPE GetBuffer(IMediaSample** sample, REFERENCE_TIME* start,

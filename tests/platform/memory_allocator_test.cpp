@@ -132,6 +132,13 @@ TEST_F(MemoryAllocator, GivesSamplesWhosePropertiesAreReadAndSetAtOnce) {
   EXPECT_EQ(properties.pMediaType->majortype, MEDIATYPE_Text);
   EXPECT_EQ(properties.cbBuffer, kSize);
 
+  properties.cbData = 99;
+  properties.lActual = 99;
+  constexpr DWORD kFirstTwo = offsetof(AM_SAMPLE2_PROPERTIES, dwSampleFlags);
+  EXPECT_EQ(whole->GetProperties(kFirstTwo, bytes), S_OK);
+  EXPECT_EQ(properties.cbData, kFirstTwo);
+  EXPECT_EQ(properties.lActual, 99) << "past the size asked for";
+
   properties.dwSampleFlags = AM_SAMPLE_TIMEVALID | AM_SAMPLE_DATADISCONTINUITY;
   properties.lActual = 3;
   properties.tStart = 5;
@@ -144,16 +151,22 @@ TEST_F(MemoryAllocator, GivesSamplesWhosePropertiesAreReadAndSetAtOnce) {
   EXPECT_EQ(sample->GetActualDataLength(), 3);
   AM_MEDIA_TYPE* attached = nullptr;
   EXPECT_EQ(sample->GetMediaType(&attached), S_FALSE);
+  EXPECT_EQ(whole->GetProperties(sizeof properties, bytes), S_OK);
+  EXPECT_EQ(properties.dwStreamId, 1u);
 
-  properties.dwSampleFlags = AM_SAMPLE_PREROLL;
+  properties.dwSampleFlags = AM_SAMPLE_PREROLL | AM_SAMPLE_TYPECHANGED;  // and no type
   properties.lActual = 1;
   EXPECT_EQ(whole->SetProperties(offsetof(AM_SAMPLE2_PROPERTIES, lActual), bytes), S_OK);
   EXPECT_EQ(sample->IsPreroll(), S_OK);
+  EXPECT_EQ(sample->GetMediaType(&attached), S_FALSE);
   EXPECT_EQ(sample->GetActualDataLength(), 3) << "past the size given";
   properties.lActual = kSize + 1;
   EXPECT_EQ(whole->SetProperties(sizeof properties, bytes), VFW_E_BUFFER_OVERFLOW);
   properties.lActual = 1;
   ++properties.pbBuffer;
+  EXPECT_EQ(whole->SetProperties(sizeof properties, bytes), E_INVALIDARG);
+  --properties.pbBuffer;
+  ++properties.cbBuffer;
   EXPECT_EQ(whole->SetProperties(sizeof properties, bytes), E_INVALIDARG);
   EXPECT_EQ(sample->GetActualDataLength(), 3) << "all or nothing";
 }
