@@ -174,7 +174,11 @@ void ReferenceModel::execute(const Bytes& code, std::uint64_t time) {
   if ((first >= 0x20 && first <= 0x7F) || first >= 0xA0) {
     return print(basicCharacter(first), first == 0x20);
   }
-  if (first == 0x18) return print(utf8(code[1] * 256u + code[2]), false);
+  if (first == 0x18) {
+    const unsigned unit = code[1] * 256u + code[2];
+    const bool isControl = unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit >= 0xFFFE;
+    return print(isControl ? "_" : utf8(unit), false);
+  }
   if (first == 0x10) {
     if ((code[1] & 0x60) == 0) return;  // C2 and C3 define nothing
     static const std::map<unsigned, std::string> kKnown = {

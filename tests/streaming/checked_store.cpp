@@ -120,9 +120,7 @@ void CheckedStore::checkAll() {
 void CheckedStore::checkPlaylist(const std::string& name, const std::string& text) {
   try {
     const ReadPlaylist playlist = readPlaylist(text);
-    double length = 0;
     for (const auto& entry : playlist.entries) {
-      length += entry.duration;
       // RFC 8216, 4.3.3.1.
       if (std::lround(entry.duration) > static_cast<long>(playlist.targetDuration)) {
         fault(name + ": " + entry.uri + " is longer than the target duration");

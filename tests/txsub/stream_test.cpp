@@ -304,7 +304,7 @@ TEST_F(StreamTest, SaysWhyNothingComesOut) {
 }
 
 // A file that cannot be written to its end, as on a full disk, and a directory that somebody
-// empties.
+// empties while nothing is written.
 TEST_F(StreamTest, LeavesTruePlaylistsWhereItCannotWrite) {
   scratch_.write("silent.ts", silence(400));
   const std::string begin = "cd '" + scratch_.file("") + "' && ";
@@ -315,12 +315,12 @@ TEST_F(StreamTest, LeavesTruePlaylistsWhereItCannotWrite) {
   EXPECT_GE(playlist(published(), "0x0101-page-888-swe").entries.size(), 5U);
 
   const auto emptied = runShell(
-      begin +
-      "rm -r out; mkfifo pipe; '" TXSUB_PROGRAM
-      "' stream pipe -o out --segment 2 & exec 3>pipe; head -c 50000 silent.ts >&3; i=0; "
-      "until test -e out/0x0101-page-888-swe/webvtt-4.vtt || test $i = 200; do sleep "
-      "0.05; i=$((i+1)); done; sleep 0.5; rm -r out/*; tail -c +50001 silent.ts >&3; exec 3>&-; "
-      "wait $!");
+      begin + "rm -r out; mkfifo pipe; '" TXSUB_PROGRAM
+              "' stream pipe -o out --segment 2 & exec 3>pipe; head -c 50000 silent.ts >&3; i=0; "
+              "until test -e out/0x0101-page-888-swe/webvtt-4.vtt || test $i = 200; do sleep "
+              "0.05; i=$((i+1)); done; while find out -newermt '1 second ago' | grep -q .; do "
+              "sleep 0.1; done; rm -r out/*; tail -c +50001 silent.ts >&3; exec 3>&-; "
+              "wait $!");
   EXPECT_EQ(emptied.exitCode, 1);
   EXPECT_THAT(emptied.errors, HasSubstr("lost its 'stream.json'"));
   published();
