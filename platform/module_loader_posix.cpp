@@ -14,9 +14,23 @@
 namespace korr::platform {
 namespace {
 
+// Of the shared library that this code is in, else of the program.
+std::filesystem::path ownFolder() {
+  Dl_info info{};
+  const bool isKnown = dladdr(reinterpret_cast<void*>(&ownFolder), &info) != 0 && info.dli_fname;
+  const std::filesystem::path file = isKnown ? info.dli_fname : "";
+  std::error_code error;
+  if (file.string().find(".so") != std::string::npos) {
+    return std::filesystem::canonical(file, error).parent_path();
+  }
+  return programFile().parent_path();
+}
+
 std::filesystem::path findModule(const char* module) {
-  const auto folder = programFile().parent_path();
-  for (const auto& candidate : {folder / module, folder.parent_path() / "lib/txsub" / module}) {
+  const auto folder = ownFolder();
+  for (const auto& candidate :
+       {folder / module, folder.parent_path() / "lib/txsub" / module, folder / "txsub" / module,
+        folder.parent_path() / "txsub" / module}) {
     if (std::filesystem::exists(candidate)) return candidate;
   }
   throw util::TessaryException("the module " + std::string(module) + " is not installed beside " +

@@ -18,7 +18,7 @@ fail() {
 build() { # FOLDER
   mkdir -p "$output/$1/txsub"
   git archive HEAD | tar -x -C "$output/$1/txsub"
-  (cd "$output/$1/txsub" && dpkg-buildpackage --build=binary --no-sign --jobs="$(nproc)") \
+  (cd "$output/$1/txsub" && DEB_BUILD_OPTIONS=noautodbgsym dpkg-buildpackage --build=binary --no-sign --jobs="$(nproc)") \
     >"$output/$1/build.log" 2>&1 || {
     tail -n 30 "$output/$1/build.log" >&2
     fail "dpkg-buildpackage failed"
@@ -52,6 +52,9 @@ txsub=$root/usr/bin/txsub
 grep -q "the news from the harbour" "$output/captions.srt" || fail "the program does not convert"
 "$txsub" render -q samples/captions.ts --at 2 -o "$output/frame.png" || fail "the program does not draw"
 "$txsub" convert -q samples/dvb.ts -o "$output/dvb.srt" || fail "the program does not read pictures"
+PYTHONPATH=$root/usr/lib/python3/dist-packages LD_LIBRARY_PATH=$(dirname "$root"/usr/lib/*/libtxsub.so.1) \
+  /usr/bin/python3 -c 'import txsub; print(len(list(txsub.open("samples/captions.ts"))), "cues in Python")' ||
+  fail "Python does not find the library"
 into_root --remove $(dpkg --root="$root" --get-selections | cut -f 1)
 [ -z "$(find "$root/usr" -type f)" ] || fail "what is removed leaves files: $(find "$root/usr" -type f)"
 rm -rf "$root"

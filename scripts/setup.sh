@@ -16,8 +16,9 @@ packages="
 if [ "$for_what" != build ]; then
   packages="$packages
     clang clang-format-14 clang-tidy-14 libclang-rt-14-dev ccache
-    g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev debhelper lintian nsis reuse zip unzip
+    g++-mingw-w64-x86-64-posix wine64 fonts-dejavu-core dpkg-dev debhelper dh-python lintian nsis reuse zip unzip
     chromium ffmpeg hunspell-en-us
+    abigail-tools pybind11-dev python3-dev
     slurmctld slurmd slurm-client munge parallel snakemake
   "
   # Any Node.js will do; Debian's where there is none.

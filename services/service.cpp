@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "services/service.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
 
 #include "readers/record_format.h"
@@ -18,6 +20,13 @@ std::string hexadecimal(const char* format, std::uint32_t value) {
   char text[16];
   std::snprintf(text, sizeof text, format, value);
   return text;
+}
+
+std::optional<std::uint32_t> wholeNumber(std::string_view text, int base) {
+  std::uint32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
 }
 
 }  // namespace
@@ -40,6 +49,24 @@ std::unique_ptr<IServiceFinder> createServiceFinder(const StreamInfo& stream,
 std::optional<std::uint32_t> digitalService(const Service& service) {
   if (service.type != SubtitleInputType::ClosedCaption) return std::nullopt;
   return digitalService(service.page);
+}
+
+std::optional<std::uint32_t> pageFromText(std::string_view text) {
+  const auto startsWith = [&](std::string_view word) {
+    return std::equal(
+        word.begin(), word.end(), text.begin(),
+        text.begin() + static_cast<std::ptrdiff_t>(std::min(word.size(), text.size())),
+        [](char lower, char character) { return lower == (character | 0x20); });
+  };
+  if (startsWith("s")) {
+    const auto service = wholeNumber(text.substr(1), 10);
+    if (!service || *service < 1 || *service > 63) return std::nullopt;
+    return digitalPage(*service);
+  }
+  const bool isCaption = startsWith("cc");
+  const auto page = wholeNumber(isCaption ? text.substr(2) : text, 16);
+  if (isCaption && page && (*page < 1 || *page > 4)) return std::nullopt;
+  return page;
 }
 
 bool canHavePage(SubtitleInputType type, std::uint32_t page) {

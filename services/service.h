@@ -58,6 +58,11 @@ constexpr std::optional<std::uint32_t> digitalService(std::uint32_t page) {
 /// The digital caption service that this one is, if any.
 std::optional<std::uint32_t> digitalService(const Service& service);
 
+/// The page number that a user's text stands for: "CC3" and "3" are caption service 3, "S3" is
+/// digital caption service 3, "888" is teletext magazine 8, page 88. Nothing when it is none of
+/// them.
+std::optional<std::uint32_t> pageFromText(std::string_view text);
+
 /// What to look for.
 struct ServiceQuery {
   std::optional<std::uint32_t> page = {};  ///< as in Service

@@ -31,22 +31,11 @@ const std::vector<std::pair<std::string, log::Level>> kLevels = {{"error", log::
 const std::vector<std::pair<std::string, Charset>> kCharsets = {
     {"auto", Charset::Automatic}, {"utf-16", Charset::Utf16}, {"euc-kr", Charset::EucKr}};
 
-// "CC3" and "3" are caption service 3, "S3" is digital caption service 3; "888" is teletext
-// magazine 8, page 88.
 std::uint32_t parsePage(const std::string& text) {
-  const std::string lower = lowerCase(text);
-  if (lower.starts_with("s")) {
-    const auto service = parseNumber(std::string_view(lower).substr(1), 10);
-    if (service && *service >= 1 && *service <= 63) return digitalPage(*service);
-  }
-  const bool isCaption = lower.starts_with("cc");
-  const auto page = parseNumber(isCaption ? std::string_view(lower).substr(2) : lower, 16);
-  if (!page || (isCaption && (*page < 1 || *page > 4))) {
-    throw usageError("--page", "'" + text +
-                                   "' is neither a caption service (1 to 4, CC1 to CC4, or S1 to "
-                                   "S63 for digital captions) nor a teletext page (100 to 8ff)");
-  }
-  return *page;
+  if (const auto page = pageFromText(text)) return *page;
+  throw usageError("--page", "'" + text +
+                                 "' is neither a caption service (1 to 4, CC1 to CC4, or S1 to "
+                                 "S63 for digital captions) nor a teletext page (100 to 8ff)");
 }
 
 std::uint32_t parsePid(const std::string& text) {
