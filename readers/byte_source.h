@@ -23,6 +23,9 @@ class FileSource final : public IByteSource {
   /// `path` in UTF-8, "-" for standard input. Throws util::TessaryException.
   explicit FileSource(const std::string& path);
 
+  /// The bytes of `file`.
+  explicit FileSource(std::unique_ptr<platform::IByteFile> file) : file_(std::move(file)) {}
+
   std::size_t read(std::uint8_t* buffer, std::size_t size) override;
   std::optional<std::uint64_t> size() const override { return file_->size(); }
 

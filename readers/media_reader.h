@@ -138,6 +138,8 @@ struct ReaderOptions {
   IClockListener* clock = nullptr;
   /// How long the end of a file is waited at for more to be written there.
   std::chrono::milliseconds growthDue{0};
+  /// Whether an input from a network that has gone is waited for.
+  bool reconnects = false;
 };
 
 }  // namespace korr::txsub

@@ -10,6 +10,7 @@
 #include "readers/libav/av_module.h"
 #include "readers/mcc_reader.h"
 #include "readers/mpegts/ts_reader.h"
+#include "readers/network_source.h"
 #include "readers/samples_reader.h"
 #include "readers/scc_reader.h"
 #include "util/exception.h"
@@ -135,8 +136,10 @@ OpenedInput openSource(const std::string& path, std::unique_ptr<FileSource> sour
 }  // namespace
 
 OpenedInput openInput(const std::string& path, const ReaderOptions& options) {
-  auto source = std::make_unique<FileSource>(path);
+  const NetworkProtocol* const protocol = networkProtocol(path);
+  auto source = protocol ? nullptr : std::make_unique<FileSource>(path);
   try {
+    if (protocol) source = std::make_unique<FileSource>(openAddress(path, *protocol, options));
     return openSource(path, std::move(source), options);
   } catch (const util::TessaryException& error) {
     throw util::TessaryException("cannot read " + inputName(path) + ": " + error.what());

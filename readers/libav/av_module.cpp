@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "readers/libav/av_module.h"
 
+#include "readers/libav/av_address.h"
 #include "readers/libav/av_reader.h"
 
 using namespace korr::txsub;
@@ -11,4 +12,10 @@ extern "C" __attribute__((visibility("default"))) IMediaReader* txsubOpenWithAvf
   return new AvReader(path, options);
 }
 
+extern "C" __attribute__((visibility("default"))) IByteSource* txsubOpenAddressWithAvformat(
+    const AddressRequest& request) {
+  return new AvAddress(request);
+}
+
+static_assert(std::is_same_v<decltype(txsubOpenAddressWithAvformat), OpenAddressWithAvformat>);
 static_assert(std::is_same_v<decltype(txsubOpenWithAvformat), OpenWithAvformat>);

@@ -210,8 +210,10 @@ void AvReader::Recording::open(const std::string& url) {
   if (source_) format->pb = source_->context();
 
   AVDictionary* settings = nullptr;
-  av_dict_set(&settings, "protocol_whitelist", "file", 0);  // nothing that a file names is fetched
-  av_dict_set(&settings, "fix_teletext_pts", "0", 0);       // the stream's own times
+  // Nothing that a file names is fetched; what comes through a pipe or from a network names
+  // nothing.
+  av_dict_set(&settings, "protocol_whitelist", source_ ? "none" : "file", 0);
+  av_dict_set(&settings, "fix_teletext_pts", "0", 0);  // the stream's own times
   const int error = avformat_open_input(&format, url.c_str(), nullptr, &settings);
   av_dict_free(&settings);
   if (source_) source_->rethrow();

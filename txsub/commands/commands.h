@@ -21,6 +21,11 @@ ExitCode run(const PreviewOptions& options, Console& console);
 ExitCode run(const BatchOptions& options, Console& console);
 ExitCode run(const StreamOptions& options, Console& console);
 
+/// What a reader of the input is told.
+inline ReaderOptions readerOptions(const InputOptions& options, Console& console) {
+  return {.pid = options.pid, .logger = &console, .reconnects = options.reconnects};
+}
+
 /// How the cues of a service of an input of this format are made. Where `rules` says nothing,
 /// recorded samples are shown as the filter would show them. `isAskedFor`: --page names the
 /// service.

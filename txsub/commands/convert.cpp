@@ -80,7 +80,7 @@ class Conversion {
   Conversion(const ConvertOptions& options, Console& console)
       : options_(options),
         console_(console),
-        input_(openInput(options.input.path, {.pid = options.input.pid, .logger = &console})),
+        input_(openInput(options.input.path, readerOptions(options.input, console))),
         transcriber_({.languages = options.ocr.languages,
                       .shapesPath = options.ocr.shapes,
                       .hasFilePerLanguage = options.all,

@@ -81,7 +81,7 @@ std::string otherStreams(const Extraction& extraction) {
 }  // namespace
 
 ExitCode run(const ExtractOptions& options, Console& console) {
-  const auto input = openInput(options.input.path, {.pid = options.input.pid, .logger = &console});
+  const auto input = openInput(options.input.path, readerOptions(options.input, console));
   Extraction extraction(*input.reader, options.output);
   while (input.reader->read(extraction)) {
     console.showProgress(input.reader->progress());

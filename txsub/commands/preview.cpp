@@ -68,7 +68,7 @@ bool isToBeRead(const Service& service, const PreviewOptions& options, Transcrib
 }  // namespace
 
 ExitCode run(const PreviewOptions& options, Console& console) {
-  const auto input = openInput(options.input.path, {.pid = options.input.pid, .logger = &console});
+  const auto input = openInput(options.input.path, readerOptions(options.input, console));
   PreviewDocument document;
   Transcriber transcriber({.languages = options.ocr.languages,
                            .shapesPath = options.ocr.shapes,

@@ -75,7 +75,7 @@ void tellPagesWithText(const Surveys& surveys, const Findings& findings, Console
 }
 
 Findings probe(const ProbeOptions& options, Console& console) {
-  const auto input = openInput(options.input.path, {.pid = options.input.pid, .logger = &console});
+  const auto input = openInput(options.input.path, readerOptions(options.input, console));
   std::map<const ServiceSession*, std::unique_ptr<CueTally>> tallies;
   Surveys surveys;
   ServicePass pass(

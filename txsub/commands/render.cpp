@@ -22,7 +22,7 @@ class Rendering {
   Rendering(const RenderOptions& options, Console& console)
       : options_(options),
         console_(console),
-        input_(openInput(options.input.path, {.pid = options.input.pid, .logger = &console})) {}
+        input_(openInput(options.input.path, readerOptions(options.input, console))) {}
 
   ExitCode run();
 

@@ -81,12 +81,13 @@ ExitCode report(const StreamPass& pass, const StreamOptions& options, const IMed
   } else if (pass.segmentCount() == 0) {
     console.error("there is no clock in " + input +
                   ": neither PCR nor video with PTS; nothing was written");
+    return kFailed;
   } else if (pass.services().empty()) {
     console.error("no subtitles are shown in " + input + "; nothing was written but empty lists");
   } else {
     return kDone;
   }
-  return kFailed;
+  return kNoSubtitles;
 }
 
 }  // namespace
@@ -94,9 +95,10 @@ ExitCode report(const StreamPass& pass, const StreamOptions& options, const IMed
 ExitCode run(const StreamOptions& options, Console& console) {
   LateClock clock;
   const auto follow = std::chrono::milliseconds(options.follow.value_or(0) / kMillisecond);
-  const auto input = openInput(
-      options.input.path,
-      {.pid = options.input.pid, .logger = &console, .clock = &clock, .growthDue = follow});
+  ReaderOptions reading = readerOptions(options.input, console);
+  reading.clock = &clock;
+  reading.growthDue = follow;
+  const auto input = openInput(options.input.path, reading);
   if (input.format != InputFormat::TransportStream) {
     throw UsageError(inputName(options.input.path) +
                      " is no transport stream, which is what streams are made of");

@@ -31,6 +31,7 @@ enum ExitCode : int {
 struct InputOptions {
   std::string path;  ///< UTF-8; "-" for standard input
   std::optional<std::uint32_t> pid;
+  bool reconnects = false;
   Verbosity verbosity = Verbosity::Normal;
   std::vector<std::string> logs;  ///< where messages go too, as Console::openLogs takes them
   log::Level logLevel = log::Level::Information;

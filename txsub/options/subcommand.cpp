@@ -22,7 +22,8 @@ constexpr const char* kInputs =
     "204-byte\n"
     "packets), an .scc or .mcc file, recorded samples (.jsonl), or any other recording that "
     "libavformat\n"
-    "opens (MP4, MOV, MKV, MXF, .sup, VobSub .idx ...). '-' reads standard input.";
+    "opens (MP4, MOV, MKV, MXF, .sup, VobSub .idx ...). '-' reads standard input; udp://, rtp://,\n"
+    "srt://, rist://, http:// and https:// read from the network.";
 
 const std::vector<std::pair<std::string, log::Level>> kLevels = {{"error", log::Level::Error},
                                                                  {"warning", log::Level::Warning},
@@ -56,6 +57,9 @@ void InputArguments::addTo(CLI::App& command) {
                   "Only the stream of this PID (track number outside transport streams), also "
                   "where no table names it")
       ->type_name("PID");
+  command.add_flag("--reconnect", reconnects_,
+                   "Wait for an input from the network that has gone or stands still, and go on "
+                   "when it comes again");
   auto* quiet = command.add_flag("-q,--quiet", isQuiet_, "Only errors, no progress");
   command.add_flag("-v,--verbose", isVerbose_, "Also say what is found and chosen")
       ->excludes(quiet);
@@ -74,6 +78,7 @@ InputOptions InputArguments::settle() const {
   InputOptions options;
   options.path = path_;
   if (!pid_.empty()) options.pid = parsePid(pid_);
+  options.reconnects = reconnects_;
   if (isQuiet_) options.verbosity = Verbosity::Quiet;
   if (isVerbose_) options.verbosity = Verbosity::Verbose;
   if (std::find(logs_.begin(), logs_.end(), "stdout") != logs_.end()) {

@@ -70,6 +70,7 @@ class InputArguments {
  private:
   std::string path_;
   std::string pid_;
+  bool reconnects_ = false;
   bool isQuiet_ = false;
   bool isVerbose_ = false;
   std::vector<std::string> logs_;
