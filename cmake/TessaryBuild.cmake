@@ -75,6 +75,13 @@ function(tessary_library name)
   endif()
 endfunction()
 
+# tessary_unity(TARGET file...): compiles these sources of the target as one, for a header that they share
+# costs more than they do.
+function(tessary_unity target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  set_source_files_properties(${ARGN} PROPERTIES UNITY_GROUP heavy)
+endfunction()
+
 # tessary_program(NAME SOURCES file... [LINKS target...])
 function(tessary_program name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})

@@ -11,7 +11,7 @@ namespace korr::txsub {
 
 namespace {
 
-constexpr const char* kExamples =
+constexpr const char* kBatchExamples =
     "A line of the manifest is a path, or a JSON object: {\"input\": \"news.ts\", \"output\":\n"
     "\"news.vtt\", \"options\": [\"--page\", \"CC1\"]}. What a line leaves out is taken from here. "
     "'-' reads\n"
@@ -91,7 +91,7 @@ BatchSubcommand::BatchSubcommand(CLI::App& program)
       ->add_option("OPTIONS", options_.options,
                    "After '--': options of 'convert' for the lines that name none")
       ->type_name("");
-  command_->footer(kExamples);
+  command_->footer(kBatchExamples);
 }
 
 Command BatchSubcommand::settle() {

@@ -18,7 +18,7 @@ constexpr const char* kProgramExamples =
     "  txsub COMMAND --help                      all about one command";
 
 // The error is CLI11's way out for --help and --version, too.
-NoCommand explain(const CLI::App& program, const CLI::ParseError& error) {
+NoCommand explainUsage(const CLI::App& program, const CLI::ParseError& error) {
   std::ostringstream out;
   std::ostringstream errors;
   const bool isResult = program.exit(error, out, errors) == 0;
@@ -64,7 +64,7 @@ std::variant<Command, NoCommand> parseCommandLine(const std::vector<std::string>
     if (shell) return NoCommand{.text = completionScript(program, *shell), .exitCode = kDone};
     throw CLI::CallForHelp();
   } catch (const CLI::ParseError& error) {
-    return explain(program, error);
+    return explainUsage(program, error);
   }
 }
 

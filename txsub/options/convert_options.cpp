@@ -14,7 +14,7 @@ namespace {
 using encoding::subtitling::ChainConfiguration;
 using encoding::subtitling::ConversionMode;
 
-constexpr const char* kExamples =
+constexpr const char* kConvertExamples =
     "Without --page, --pid or --language the first service that shows text is converted.\n\n"
     "Examples:\n"
     "  txsub convert news.ts                          captions or teletext as WebVTT, to the "
@@ -156,7 +156,7 @@ ConvertSubcommand::ConvertSubcommand(CLI::App& program)
   command_->add_flag("--complete-only", options_.completeOnly,
                      "An interrupted run leaves no output, instead of one that is complete up to "
                      "there");
-  command_->footer(footer(kExamples));
+  command_->footer(footer(kConvertExamples));
 }
 
 Command ConvertSubcommand::settle() {

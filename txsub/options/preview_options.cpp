@@ -5,7 +5,7 @@ namespace korr::txsub {
 
 namespace {
 
-constexpr const char* kExamples =
+constexpr const char* kPreviewExamples =
     "The page needs nothing but itself: open it in any browser, or send it to somebody.\n\n"
     "Examples:\n"
     "  txsub preview news.ts -o news.html             all services of a recording\n"
@@ -27,7 +27,7 @@ class PreviewSubcommand final : public ISubcommand {
                        "Also show teletext pages that no descriptor names");
     addRules(*command_, options_.rules);
     ocr_.addTo(*command_);
-    command_->footer(footer(kExamples));
+    command_->footer(footer(kPreviewExamples));
   }
 
   bool isCalled() const override { return command_->parsed(); }

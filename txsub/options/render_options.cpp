@@ -8,7 +8,7 @@ namespace korr::txsub {
 
 namespace {
 
-constexpr const char* kExamples =
+constexpr const char* kRenderExamples =
     "Any service can be drawn: captions, teletext and DVB pictures, as a receiver would. Raw "
     "frames "
     "are bytes\nR, G, B, A, transparent where nothing is shown, so that a video tool can lay them "
@@ -86,7 +86,7 @@ class RenderSubcommand final : public ISubcommand {
         ->excludes(size);
     service_.addTo(*command_);
     addRules(*command_, options_.rules);
-    command_->footer(footer(kExamples));
+    command_->footer(footer(kRenderExamples));
   }
 
   bool isCalled() const override { return command_->parsed(); }

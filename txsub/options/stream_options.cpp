@@ -11,7 +11,7 @@ namespace {
 
 using encoding::subtitling::kSecond;
 
-constexpr const char* kExamples =
+constexpr const char* kStreamExamples =
     "Segments are cut where the video's can be, at its random access points, and while nothing is\n"
     "said they are empty and complete. A run that was stopped or killed, started again with the\n"
     "same directory, goes on with its numbers.\n\n"
@@ -104,7 +104,7 @@ StreamSubcommand::StreamSubcommand(CLI::App& program)
   command_->add_flag("--stats{text}", statistics_,
                      "At the end print what each service came to, to standard error; "
                      "--stats=json for programs");
-  command_->footer(footer(kExamples));
+  command_->footer(footer(kStreamExamples));
 }
 
 Command StreamSubcommand::settle() {
