@@ -42,6 +42,10 @@ class Captions {
     rows_.advance(time_);
     return *this;
   }
+  Captions& settle(MediaTime milliseconds) {
+    rows_.settle(milliseconds * kMillisecond);
+    return *this;
+  }
   const std::vector<DisplayRecorder::Display>& finish() {
     decoder_.finish(time_);
     rows_.finish();
@@ -157,6 +161,57 @@ TEST(GrowingRows, LosesNoLetterLive) {
   it.send(rollUp("SHORT")).send(CaptionBuilder().eraseDisplayedMemory());
   EXPECT_THAT(it.finish(), ElementsAre(Pair(120, ElementsAre("15@0:SH")),
                                        Pair(200, ElementsAre("15@0:SHORT")), Pair(240, IsEmpty())));
+}
+
+// What `settle` is called for is a boundary of segments.
+TEST(GrowingRows, ShowsWhatHadComeAtABoundary) {
+  Captions it(GrowingRows::Output::Live);
+  it.send(rollUp("SHORT")).settle(170).settle(230).send(CaptionBuilder().text("ER ROW")).pass(600);
+  EXPECT_THAT(it.finish(),
+              ElementsAre(Pair(120, ElementsAre("15@0:SH")), Pair(200, ElementsAre("15@0:SHORT")),
+                          Pair(700, ElementsAre("15@0:SHORTER ROW")), Pair(960, IsEmpty())));
+}
+
+// The letters of the windows that a listener is told, and when.
+class WindowRecorder final : public encoding::subtitling::IDisplayListener {
+ public:
+  void onDisplay(MediaTime time, encoding::subtitling::Subtitle subtitle) override {
+    told += std::to_string(time / kMillisecond) + ':';
+    for (const auto& window : subtitle.windowText()->windows) {
+      for (const auto& row : window.rows) {
+        for (const auto& run : row.runs) {
+          for (const auto& glyph : run.glyphs) told += glyph.view();
+        }
+      }
+    }
+    told += ' ';
+  }
+  std::string told;
+};
+
+TEST(GrowingRows, ThrottlesOnlyWindowsThatGrow) {
+  using encoding::subtitling::GlyphText;
+  using encoding::subtitling::WindowText;
+  WindowRecorder recorder;
+  GrowingRows rows(recorder, GrowingRows::Output::Live);
+  const auto show = [&](MediaTime time, std::string_view letters, std::uint8_t id = 0) {
+    WindowText::Run run;
+    for (std::size_t i = 0; i < letters.size(); ++i) {
+      run.glyphs.emplace_back(letters.substr(i, 1));
+    }
+    WindowText text;
+    text.windows.push_back({.id = id, .rowCount = 1, .columnCount = 32, .rows = {{0, {run}}}});
+    rows.advance(time * kMillisecond);
+    rows.onDisplay(time * kMillisecond, encoding::subtitling::Subtitle(std::move(text)));
+  };
+  show(0, "A");
+  show(100, "AB");
+  show(200, "ABC");
+  show(600, "ABCD");
+  show(700, "XY", 1);  // another caption is there at once, and nothing of the last one is lost
+  show(750, "XYZ", 1);
+  rows.advance(1300 * kMillisecond);
+  EXPECT_EQ(recorder.told, "0:A 500:ABC 600:ABCD 700:XY 1200:XYZ ");
 }
 
 }  // namespace

@@ -122,6 +122,19 @@ TEST(TeletextDisplay, APageIsWholeAtTheNextHeaderAndShownFromItsOwn) {
   EXPECT_EQ(receiver.screen.told(), whole) << "nothing comes any more";
 }
 
+TEST(TeletextDisplay, ALivePageIsShownAsFarAsItHasCome) {
+  Receiver receiver;
+  receiver.take({headerPacket({.page = kPage}), row(20, kBox)}, 5);
+  receiver.decoder.settle(5);
+  EXPECT_EQ(receiver.screen.told(), "") << "it has not begun before that";
+  receiver.decoder.settle(6);
+  EXPECT_EQ(receiver.screen.told(), "5: " + std::string(kBoxText));
+  receiver.take({row(22, "\v\vcd\n\n"), kEnd}, 7);
+  EXPECT_EQ(receiver.screen.told(),
+            "5: " + std::string(kBoxText) + "5: " + std::string(kBoxText) + "22: 1/7/12 ' cd '\n")
+      << "and goes on";
+}
+
 // 9.3.1.3, C11.
 TEST(TeletextDisplay, HeadersOfOtherMagazinesEndAPageOnlyInSerialMode) {
   for (const bool isSerial : {false, true}) {

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "readers/libav/av_reader.h"
 #include "testkit/reader_support.h"
 #include "testkit/temporary_directory.h"
@@ -49,11 +47,10 @@ TEST(AvAddress, SaysWhenNothingComes) {
 
 // A playlist that comes through a pipe or from a network names files of this machine.
 TEST(AvReader, OpensNoFileThatAPlaylistNames) {
-  const std::string file = std::filesystem::absolute("samples/captions.ts").string();
-  for (const auto& playlist : std::initializer_list<std::string>{
-           "#EXTM3U\n#EXT-X-TARGETDURATION:30\n#EXTINF:24,\nfile://" + file + "\n#EXT-X-ENDLIST\n",
-           "#EXTM3U\n#EXT-X-TARGETDURATION:30\n#EXTINF:24,\n" + file + "\n#EXT-X-ENDLIST\n",
-           "ffconcat version 1.0\nfile '" + file + "'\n"}) {
+  for (const auto& playlist :
+       std::initializer_list<std::string>{"ffconcat version 1.0\nfile samples/captions.ts\n",
+                                          "#EXTM3U\n#EXT-X-TARGETDURATION:30\n#EXTINF:24,\nsamples/"
+                                          "captions.ts\n#EXT-X-ENDLIST\n"}) {
     test_support::RecordingListener listener;
     try {
       AvReader reader(std::make_unique<test_support::MemorySource>(playlist), ReaderOptions{});
