@@ -54,7 +54,6 @@ void SccFile::add(std::uint8_t b1, std::uint8_t b2, std::uint64_t frame, Field& 
   char pair[8];
   std::snprintf(pair, sizeof pair, "%02x%02x", static_cast<unsigned>(b1),
                 static_cast<unsigned>(b2));
-  frame = std::max(frame, field.nextFrame);
   const auto beginLine = [&](std::uint64_t at, const char* first) {
     field.lines += util::timeCodeOfFrame(at, rate_) + '\t' + first;
     field.nextFrame = at + 1;

@@ -87,6 +87,10 @@ TEST(WindowRenderer, JustifiesRowsAndHidesWhatLeavesTheWindow) {
   window.justify = WindowText::Justify::Centre;
   EXPECT_EQ(Picture(window).at(185, 115), kBlack);
   EXPECT_EQ(Picture(window).at(225, 115), kBlue);
+  auto indented = windowOf({}, 2, 3);
+  indented.justify = WindowText::Justify::Centre;
+  EXPECT_EQ(Picture(indented).at(185, 115), kBlack);
+  EXPECT_EQ(Picture(indented).at(225, 115), kBlue);
   EXPECT_EQ(Picture(windowOf({}, 20)).at(306, 115), 0u);
 }
 
@@ -107,6 +111,14 @@ TEST(WindowRenderer, DrawsOpacitiesEdgesAndUnderline) {
   window = windowOf({.edge = WindowText::Edge::RightDropShadow, .edgeColour = {255, 0, 0}});
   EXPECT_EQ(Picture(window).at(119, 137), kRed);
   EXPECT_EQ(Picture(window).at(107, 122), kBlack);
+  const auto edge = [](WindowText::Edge kind) {
+    return Picture(windowOf({.edge = kind, .edgeColour = {255, 0, 0}}));
+  };
+  EXPECT_EQ(edge(WindowText::Edge::LeftDropShadow).at(106, 137), kRed);
+  EXPECT_EQ(edge(WindowText::Edge::Raised).at(118, 136), kRed);
+  EXPECT_EQ(edge(WindowText::Edge::Raised).at(107, 118), kBlack);
+  EXPECT_EQ(edge(WindowText::Edge::Depressed).at(107, 118), kRed);
+  EXPECT_EQ(edge(WindowText::Edge::Depressed).at(118, 136), kBlack);
 
   window = windowOf({.foregroundOpacity = WindowText::Opacity::Transparent});
   EXPECT_EQ(Picture(window).at(110, 122), kBlack);
@@ -121,6 +133,13 @@ TEST(WindowRenderer, DrawsBordersAroundTheWindow) {
     EXPECT_EQ(framed.at(x, y), kRed) << x << ',' << y;
   }
   EXPECT_EQ(framed.at(105, 75), kBlue);
+  constexpr std::uint32_t kDarkRed = 0xFF7F0000;
+  window.border = WindowText::Edge::Raised;
+  EXPECT_EQ(Picture(window).at(200, 74), kRed);
+  EXPECT_EQ(Picture(window).at(200, 156), kDarkRed);
+  window.border = WindowText::Edge::Depressed;
+  EXPECT_EQ(Picture(window).at(200, 74), kDarkRed);
+  EXPECT_EQ(Picture(window).at(200, 156), kRed);
   window.border = WindowText::Edge::LeftDropShadow;
   EXPECT_EQ(Picture(window).at(102, 156), kRed);
   EXPECT_EQ(Picture(window).at(306, 100), 0u);

@@ -3,9 +3,11 @@
 
 #include <gmock/gmock.h>
 
+#include <numeric>
 #include <string>
 #include <vector>
 
+#include "readers/mcc_packet.h"
 #include "readers/mcc_reader.h"
 #include "readers/scc_reader.h"
 #include "testkit/encoders/dtvcc_encoder.h"
@@ -89,6 +91,25 @@ TEST(CaptionFiles, ComeBackEqualFromMccAtEveryRate) {
   }
 }
 
+// What editors check: both sums, and that the numbers of packets follow one another.
+TEST(CaptionFiles, WriteWholeAncillaryPackets) {
+  const std::string text = write(CaptionFormat::Mcc, captionsAt({}, 0));
+  int number = 0;
+  for (auto at = text.find("\n00:"); at != text.npos; at = text.find("\n00:", at + 1), ++number) {
+    const auto data = at + std::string_view("\n00:00:00;00\t").size();
+    const auto packet = expandMcc(text.substr(data, text.find('\r', data) - data)).value();
+    const auto sum = [&packet](std::size_t from) {
+      return std::accumulate(packet.begin() + static_cast<std::ptrdiff_t>(from), packet.end() - 1,
+                             0) %
+             256;
+    };
+    ASSERT_EQ(sum(3), 0) << "packet_checksum";
+    ASSERT_EQ(sum(0), packet.back());
+    ASSERT_EQ(packet.at(8) << 8 | packet.at(9), number);
+  }
+  EXPECT_EQ(number, 392);
+}
+
 TEST(CaptionFiles, KeepMoreTripletsThanAPacketHolds) {
   Bytes many;
   for (std::uint8_t i = 0; i < 70; ++i) many.insert(many.end(), {0xFE, i, i});
@@ -108,12 +129,21 @@ TEST(CaptionFiles, WriteSccAsEditorsDo) {
                              {at(1800), {0xFC, 0x94, 0x20}},
                              {at(1801), empty},
                              {at(1802), {0xFC, 0xC8, 0xE9, 0xFC, 0x21, 0x80}},
+                             {at(1808), {0xFC, 0x94, 0x2C}},
+                             {at(1814), {0xFC, 0x94, 0x2C}},
                              {at(1900), {0xF8, 0x94, 0x2F, 0xFC, 0x94, 0x2F}}};
   EXPECT_EQ(write(CaptionFormat::Scc, pictures),
-            "Scenarist_SCC V1.0\n\n00:00:00;00\t8080\n\n00:00:59;29\t9420 9420 8080 c8e9 2180\n\n"
+            "Scenarist_SCC V1.0\n\n00:00:00;00\t8080\n\n00:00:59;29\t9420 9420 8080 c8e9 2180 8080 "
+            "8080 8080 "
+            "8080 942c\n\n00:01:00;16\t942c\n\n"
             "00:01:03;12\t942f\n\n");
   EXPECT_THAT(write(CaptionFormat::Scc, pictures, false), HasSubstr("\n00:00:59:29\t9420 9420"));
   EXPECT_EQ(write(CaptionFormat::Scc, {}), "Scenarist_SCC V1.0\n\n");
+  test_support::RecordingLogger logger;
+  const Bytes both = {0xFD, 0x15, 0x20, 0xFC, 0x94, 0x20};
+  EXPECT_THAT(write(CaptionFormat::Scc, {{0, both}}, true, &logger),
+              HasSubstr("00:00:00;00\t9420\n"));
+  EXPECT_THAT(logger.lines, ElementsAre(HasSubstr("field 1 only: CC3, CC4 and digital")));
 }
 
 TEST(CaptionFiles, ComeBackEqualFromScc) {

@@ -87,14 +87,22 @@ TEST(MccReader, TakesTheExactRateFromThePackets) {
   EXPECT_EQ(secondOf("50", {50, 1, 50, false}), kSecond);
   EXPECT_EQ(secondOf("60DF", {60000, 1001, 60, true}), 10'010'000U);
   EXPECT_EQ(secondOf("60", {60, 1, 60, false}), kSecond);
+
+  // Only the first one, or times would jump.
+  const auto line = [](const util::TimeCodeRate& rate) {
+    return "00:00:01:00\t" + compressMcc(ancillaryPacket(Bytes{0xFC, 0x94, 0x20}, rate, 7)) + '\n';
+  };
+  const Mcc mixed(file(line({30, 1, 30, false}) + line({30000, 1001, 30, false}), "30"));
+  EXPECT_EQ(mixed.listener.samples.at(1).second.times->start, kSecond);
 }
 
 TEST(MccReader, ReadsVersion2OtherSectionsAndLine21) {
   const Mcc mcc(file(
-      // A field and a line after the code; a time code section before the captions.
-      "00:00:01:00.1,9\tT15S154FC30000"
+      // A field and a line after the code; sections of time code and of services.
+      "00:00:01:00.1,9\tT1ES1E4FC30000"
       "7180800080"
       "72E1FC9420"
+      "73D100656E67C17FFF"
       "740000"
       "00"
       "00\n"
