@@ -2,7 +2,11 @@
 # SPDX-License-Identifier: MIT
 # How well letters in pictures are read: a table by language and font beside Tesseract alone.
 #
-#   bench/recognition.sh [PICTURES]    pictures of each row, 40 unless told
+#   bench/recognition.sh [PICTURES] [LANGUAGE...]    pictures of each row, 40 unless told; rows
+#                                                    of these languages only
+#
+# FONTS names a folder of fonts that are not installed. CUES=1 prints every cue to standard error, with
+# its confidence.
 #
 # Makes subtitles with known letters (recognition_truth.py), draws them with libass through ffmpeg,
 # sends them through a DVB encoder and our decoder, and reads them. Needs the fonts and the data of
@@ -10,6 +14,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 count=${1:-40}
+only=" ${*:2} "
 work=build/recognition
 export OMP_THREAD_LIMIT=1
 [ -e $work/ara.txt ] || python3 bench/recognition_truth.py $work >/dev/null
@@ -17,6 +22,7 @@ export OMP_THREAD_LIMIT=1
 # LANGUAGE FONT STYLE SIZE ENCODER
 row() {
   local language=$1 font=$2 style=$3 size=$4 encoder=$5
+  [ "$only" = "  " ] || [[ "$only" = *" $language "* ]] || return 0
   local width=720 height=576 letters=38 outline=2 border=1 italic=0 shadow=0 edge='&H00000000' base=1
   if [ "$size" = hd ]; then width=1920 height=1080 letters=70 outline=3; fi
   case $style in
@@ -51,9 +57,9 @@ END
   } >$work/truth.ass
   ffmpeg -v error -nostdin -f lavfi \
     -i "color=c=black@0:s=${width}x$height:r=1:d=$count,format=rgba" \
-    -vf "ass=f=$work/truth.ass:alpha=1" -f rawvideo -pix_fmt rgba pipe: 2>/dev/null |
+    -vf "ass=f=$work/truth.ass:alpha=1${FONTS:+:fontsdir=$FONTS}" -f rawvideo -pix_fmt rgba pipe: 2>/dev/null |
     build/native/bin/recognition_bench "$language" $width $height "$encoder" $work/truth.txt \
-      --style="$style" --alone |
+      --style="$style" ${CUES:+--cues} ${ALONE---alone} |
     awk -v name="$language | $font | $style | $size | $encoder" -F'\t' '
       { printf "| %s | %d | %d | %.3f | %.3f | %d | %d | %d of %d |\n", name, $1, $2, $3 * 100 / $2,
                $4 * 100 / $2, $5, $6, $8 - $9, $8 }'

@@ -97,11 +97,12 @@ int main(int argc, char** argv) {
   const auto height = std::uint32_t(std::stoul(argv[3]));
   const std::string encoderName = argv[4];
   std::ifstream truthFile(argv[5]);
-  bool alone = false, errors = false;
+  bool alone = false, errors = false, cues = false;
   std::string style;
   for (int i = 6; i < argc; ++i) {
     alone = alone || std::strcmp(argv[i], "--alone") == 0;
     errors = errors || std::strcmp(argv[i], "--errors") == 0;
+    cues = cues || std::strcmp(argv[i], "--cues") == 0;
     if (std::strncmp(argv[i], "--style=", 8) == 0) style = argv[i] + 8;
   }
   const auto encoder = encoderName == "ffmpeg" ? ChannelEncoder::Ffmpeg : ChannelEncoder::Own;
@@ -176,6 +177,12 @@ int main(int argc, char** argv) {
     flagged += isFlagged;
     wrongFlagged += isFlagged && found.count != 0;
     for (const auto& pair : found.pairs) ++confusions[pair];
+    if (cues) {
+      std::replace(text.begin(), text.end(), '\n', '|');
+      std::fprintf(stderr, "%.3f\t%zu\t%s\t%s\t%s\n", picture.confidence, found.count,
+                   language.c_str(), text.c_str(),
+                   picture.doubts.empty() ? "" : picture.doubts[0].c_str());
+    }
     if (errors && found.count)
       std::cerr << "#" << i << "\n  " << known << "\n  " << text << "\n  " << picture.confidence
                 << (picture.doubts.empty() ? "" : " " + picture.doubts[0]) << "\n";

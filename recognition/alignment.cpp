@@ -117,6 +117,9 @@ class Aligner {
     const double gap = line_.glyphs[last].left - line_.glyphs[g].right;
     if (gap > 0.25 * line_.height) price += 1;
     if (isMark_[s]) price += 0.3;
+    const double width = (line_.glyphs[last].right - line_.glyphs[g].left) / line_.height;
+    const double usual = sizes_[s] ? sizes_[s]->width : 1.0;
+    if (!isJoined_[s]) price += std::min(2.0, 3 * std::max(0.0, width - usual - 0.1));
     for (std::size_t i = g; i <= last; ++i)
       price -= kTrust * std::min(0.0, prior_(i, symbols_[s].text));
     return price;

@@ -14,7 +14,9 @@ LetterSize sizeOf(const Glyph& glyph, const GlyphLine& line) {
   const double unit = line.height;
   return {.width = (glyph.right - glyph.left) / unit,
           .top = (line.baseline - glyph.box.top) / unit,
-          .bottom = (line.baseline - glyph.box.bottom) / unit};
+          .bottom = (line.baseline - glyph.box.bottom) / unit,
+          .pixelTop = double(line.baseline - glyph.box.top),
+          .pixelBottom = double(line.baseline - glyph.box.bottom)};
 }
 
 void LetterSizes::learn(const std::string& letter, const LetterSize& size, double weight) {
@@ -22,9 +24,10 @@ void LetterSizes::learn(const std::string& letter, const LetterSize& size, doubl
   auto& sum = sums_[letter];
   sum.weight += weight;
   const double share = weight / sum.weight;
-  sum.size.width += (size.width - sum.size.width) * share;
-  sum.size.top += (size.top - sum.size.top) * share;
-  sum.size.bottom += (size.bottom - sum.size.bottom) * share;
+  for (double LetterSize::*part : {&LetterSize::width, &LetterSize::top, &LetterSize::bottom,
+                                   &LetterSize::pixelTop, &LetterSize::pixelBottom}) {
+    sum.size.*part += (size.*part - sum.size.*part) * share;
+  }
 }
 
 std::optional<LetterSize> LetterSizes::of(const std::string& letter) const {

@@ -16,6 +16,9 @@ struct LetterSize {
   double width = 0;
   double top = 0;     ///< above the baseline
   double bottom = 0;  ///< above the baseline; negative below
+  /// The same two in pixels: a line of small letters only does not tell how high tall ones are.
+  double pixelTop = 0;
+  double pixelBottom = 0;
 };
 
 LetterSize sizeOf(const Glyph& glyph, const GlyphLine& line);

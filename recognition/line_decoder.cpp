@@ -111,7 +111,7 @@ class Decoder {
         !isSpaceBefore(i + 1)) {
       if (const auto both = book.together(kindId, book.kindOf(line_.glyphs[i + 1].shape))) {
         item.text = both->text;
-        item.confidence = std::min(0.95, 0.5 + 0.2 * both->weight);
+        item.confidence = std::min(0.95, 0.3 + 0.3 * both->weight);
         item.isSharp = both->weight >= kSharpVotes;
         word.push_back(std::move(item));
         return 2;
@@ -145,10 +145,13 @@ class Decoder {
     const auto known = learnt_.sizes.of(item.text);
     if (!known) return;
     const auto& shape = learnt_.book.shape(glyph.shape);
-    const double top = double(shape.rise - 1) / line_.height;
-    const double bottom = double(shape.rise + 1 - shape.height) / line_.height;
+    const double pixelTop = shape.rise - 1, pixelBottom = shape.rise + 1 - shape.height;
+    const double height = line_.height;
+    const double top = pixelTop / height, bottom = pixelBottom / height;
     const double miss = std::max(std::abs(top - known->top), std::abs(bottom - known->bottom));
-    if (miss < kOtherSize) return;
+    const double pixelMiss =
+        std::max(std::abs(pixelTop - known->pixelTop), std::abs(pixelBottom - known->pixelBottom));
+    if (std::min(miss, pixelMiss / height) < kOtherSize) return;
     if (top > known->top + kOtherSize) {
       if (const auto dotted = withDots(item.text); !dotted.empty()) {
         item.text = dotted;
