@@ -61,12 +61,12 @@ END
     build/native/bin/recognition_bench "$language" $width $height "$encoder" $work/truth.txt \
       --style="$style" ${CUES:+--cues} ${ALONE---alone} |
     awk -v name="$language | $font | $style | $size | $encoder" -F'\t' '
-      { printf "| %s | %d | %d | %.3f | %.3f | %d | %d | %d of %d |\n", name, $1, $2, $3 * 100 / $2,
-               $4 * 100 / $2, $5, $6, $8 - $9, $8 }'
+      { printf "| %s | %d | %d | %.3f | %.3f | %d | %d | %d of %d | %s |\n", name, $1, $2, $3 * 100 / $2,
+               $4 * 100 / $2, $5, $6, $8 - $9, $8, $13 }'
 }
 
-echo "| language | font | style | size | encoder | pictures | letters | CER % | Tesseract alone % | wrong cues | flagged | colour and slant right |"
-echo "|---|---|---|---|---|---|---|---|---|---|---|---|"
+echo "| language | font | style | size | encoder | pictures | letters | CER % | Tesseract alone % | wrong cues | flagged | colour and slant right | ms a picture |"
+echo "|---|---|---|---|---|---|---|---|---|---|---|---|---|"
 row eng "Liberation Serif" outlined sd own4
 row deu "Noto Sans" boxed sd own16
 row fra "Lato" plain sd own256

@@ -21,6 +21,8 @@ ROW = 36  # letters
 # What a translator's tool wants and a viewer never sees.
 UNWANTED = re.compile(r"[%{}<>\\|_\x00-\x1f$#@^~`*=+&/\[\]\u200e\u200f\u2026\u202a-\u202e]|https?:|"
                       r"[\u0591-\u05c7\u064b-\u0652\u0670\u0640\u2066-\u2069]")
+# A letter that was lost on the translator's way stands as a question mark within a word.
+LOST = re.compile(r"\S\?\S")
 LETTERS = {"ell": re.compile(r"[\u0370-\u03ff\u1f00-\u1fff]"), "rus": re.compile(r"[\u0400-\u04ff]"),
            "heb": re.compile(r"[\u05d0-\u05ea]"), "ara": re.compile(r"[\u0621-\u064a]")}
 LATIN = re.compile(r"[A-Za-z]")
@@ -50,7 +52,7 @@ def sentences(locales, language, code):
 
 def wanted(text, language):
     text = text.strip()
-    if UNWANTED.search(text) or not 14 <= len(text) <= 2 * ROW + 20 or text.count(" ") < 2:
+    if UNWANTED.search(text) or LOST.search(text) or not 14 <= len(text) <= 2 * ROW + 20 or text.count(" ") < 2:
         return False
     if not text.isprintable() or "  " in text:
         return False

@@ -2,11 +2,12 @@
 #include "recognition/glyph_lines.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <optional>
 #include <utility>
+
+#include "recognition/glyph_joining.h"
 
 namespace korr::recognition {
 
@@ -100,8 +101,10 @@ class LineFinder {
         const Box& other = boxOf(band.letters[i]);
         const double share = double(overlap(box.top, box.bottom, other.top, other.bottom)) /
                              double(std::min(box.height(), other.height()));
-        if (share > bestShare) {
-          bestShare = share;
+        // A comma stands within a letter that descends; the letters before it are its line.
+        const double rank = share > 0.5 ? share + (count >= 3 ? 0.5 : 0) : 0;
+        if (rank > bestShare) {
+          bestShare = rank;
           best = &band;
         }
       }
@@ -245,19 +248,7 @@ class LineFinder {
       const auto [left, right] = uprightExtent(part, line);
       glyphs.push_back({.parts = {part}, .box = box, .left = left, .right = right});
     }
-    const auto byLeft = [](const Glyph& a, const Glyph& b) { return a.left < b.left; };
-    std::stable_sort(glyphs.begin(), glyphs.end(), byLeft);
-    if (script_ == Script::Joined) {
-      joinWhere(
-          glyphs, [&](const Glyph& a, const Glyph& b) { return isDotOf(a, b, line); }, 12);
-      std::stable_sort(glyphs.begin(), glyphs.end(), byLeft);
-      return glyphs;
-    }
-    joinWhere(
-        glyphs, [&](const Glyph& a, const Glyph& b) { return areStacked(a, b, line); }, 3);
-    std::stable_sort(glyphs.begin(), glyphs.end(), byLeft);
-    joinWhere(
-        glyphs, [&](const Glyph& a, const Glyph& b) { return areQuotes(a, b, line); }, 1);
+    joinParts(glyphs, line, script_);
     return glyphs;
   }
 
@@ -280,58 +271,6 @@ class LineFinder {
     return {left, right};
   }
 
-  template <class Belong>
-  static void joinWhere(std::vector<Glyph>& glyphs, Belong belong, std::size_t reach) {
-    for (std::size_t i = 0; i < glyphs.size(); ++i) {
-      for (std::size_t j = i + 1; j < glyphs.size() && j <= i + reach;) {
-        if (!belong(glyphs[i], glyphs[j])) {
-          ++j;
-          continue;
-        }
-        auto& a = glyphs[i];
-        auto& b = glyphs[j];
-        a.parts.insert(a.parts.end(), b.parts.begin(), b.parts.end());
-        a.box.include(b.box);
-        a.left = std::min(a.left, b.left);
-        a.right = std::max(a.right, b.right);
-        glyphs.erase(glyphs.begin() + static_cast<std::ptrdiff_t>(j));
-        j = i + 1;
-      }
-    }
-  }
-
-  // Dots and accents over or under what they belong to.
-  static bool areStacked(const Glyph& a, const Glyph& b, const GlyphLine& line) {
-    const double across = std::min(a.right, b.right) - std::max(a.left, b.left);
-    if (across < 0.5 * std::min(a.right - a.left, b.right - b.left)) return false;
-    const auto down = overlap(a.box.top, a.box.bottom, b.box.top, b.box.bottom);
-    return down <= std::max(1, line.height / 12) ||
-           (across >= 0.9 * std::min(a.right - a.left, b.right - b.left) &&
-            down * 2 <= std::min(a.box.height(), b.box.height()));
-  }
-
-  // Dots within the width of a word in a joined script, and the dots of one letter beside each
-  // other.
-  static bool isDotOf(const Glyph& a, const Glyph& b, const GlyphLine& line) {
-    const double across = std::min(a.right, b.right) - std::max(a.left, b.left);
-    const auto low = std::min(a.box.height(), b.box.height());
-    return low * 2 < line.height && across >= 0.5 * std::min(a.right - a.left, b.right - b.left);
-  }
-
-  // The two strokes of a quotation mark of whatever kind: alike, close, and too low for letters.
-  static bool areQuotes(const Glyph& a, const Glyph& b, const GlyphLine& line) {
-    if (a.parts.size() != 1 || b.parts.size() != 1) return false;
-    const double gap = b.left - a.right;
-    const bool areAlike = std::abs(a.box.height() - b.box.height()) <= 1 &&
-                          std::abs(a.box.width() - b.box.width()) <= 1 &&
-                          std::abs(a.box.top - b.box.top) <= 1;
-    const bool isDot = a.box.height() * 10 < a.box.width() * 13 &&
-                       a.box.bottom > line.baseline - line.height / 3 &&
-                       a.box.height() * 4 < line.height;
-    return areAlike && !isDot && a.box.height() * 20 < line.height * 11 &&
-           a.box.height() * 3 > a.box.width() * 2 && gap <= 0.15 * line.height + 1;
-  }
-
   const LetterMask& mask_;
   const std::vector<Part>& parts_;
   const LetterParts& all_;
@@ -341,57 +280,6 @@ class LineFinder {
 };
 
 }  // namespace
-
-double slantOf(const LetterMask& mask, const LetterParts& parts,
-               const std::vector<std::uint32_t>& chosen, std::int32_t baseline) {
-  constexpr int kSteps = 17;  // from -0.08 to 0.56
-  constexpr double kStep = 0.04;
-  std::int64_t pixels = 0;
-  std::int32_t left = mask.width, right = 0, tallest = 0;
-  for (const auto part : chosen) {
-    const auto& box = parts.parts[part].box;
-    left = std::min(left, box.left);
-    right = std::max(right, box.right);
-    tallest = std::max(tallest, box.height());
-    pixels += parts.parts[part].pixels;
-  }
-  if (chosen.empty() || tallest < 6 || pixels > 200'000) return 0;
-  const auto margin = tallest + 2;
-  double best = -1;
-  int bestStep = 2;
-  std::array<double, kSteps> scores{};
-  std::vector<double> columns(static_cast<std::size_t>(right - left + 2 * margin + 2));
-  for (int step = 0; step < kSteps; ++step) {
-    const double slant = (step - 2) * kStep;
-    std::fill(columns.begin(), columns.end(), 0.0);
-    for (const auto part : chosen) {
-      const auto& box = parts.parts[part].box;
-      for (std::int32_t y = box.top; y < box.bottom; ++y) {
-        const double shift = (y + 0.5 - baseline) * slant + margin - left;
-        const std::size_t row = static_cast<std::size_t>(y) * static_cast<std::size_t>(mask.width);
-        for (std::int32_t x = box.left; x < box.right; ++x) {
-          if (parts.labels[row + static_cast<std::size_t>(x)] != part + 1) continue;
-          const double place = std::max(0.0, x + shift);
-          const auto column = std::min(static_cast<std::size_t>(place), columns.size() - 2);
-          const double share = place - double(column);
-          columns[column] += 1 - share;
-          columns[column + 1] += share;
-        }
-      }
-    }
-    double score = 0;
-    for (std::size_t i = 1; i < columns.size(); ++i) {
-      score += (columns[i] - columns[i - 1]) * (columns[i] - columns[i - 1]);
-    }
-    scores[static_cast<std::size_t>(step)] = score;
-    if (score > best) {
-      best = score;
-      bestStep = step;
-    }
-  }
-  const double slant = (bestStep - 2) * kStep;
-  return best > 1.1 * scores[2] && slant >= 0.1 ? slant : 0;
-}
 
 std::vector<GlyphLine> findLines(const LetterMask& mask, const LetterParts& parts, Script script) {
   if (parts.parts.empty()) return {};

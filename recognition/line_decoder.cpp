@@ -5,7 +5,9 @@
 #include <cmath>
 
 #include "recognition/letters.h"
+#include "recognition/line_runs.h"
 #include "recognition/quote_marks.h"
+#include "recognition/word_variants.h"
 #include "recognition/writing_order.h"
 
 namespace korr::recognition {
@@ -25,10 +27,17 @@ constexpr double kUnsureGap = 0.3;
 // In heights of a tall letter.
 constexpr double kOtherSize = 0.13;
 
+// In heights of a tall letter: what a 1 leaves free beside other digits.
+constexpr double kNarrowDigit = 0.2;
+
+// Percent.
+constexpr std::uint8_t kSureOfJoined = 60;
+
+// Engines are sure of joined letters, and of wrong ones a little less.
+constexpr double kJoinedExponent = 6;
+
 // For a shape that nobody has read: nothing is lost without a trace.
 constexpr const char* kUnread = "\uFFFD";
-
-constexpr std::size_t kMostVariants = 64;  // of a word
 
 // One or two glyphs that are one letter, or several that touch.
 struct Item {
@@ -51,7 +60,11 @@ std::string withDots(const std::string& letter) {
 class Decoder {
  public:
   Decoder(const SeenLine& line, const Learnt& learnt, std::vector<std::string>& doubts)
-      : line_(line), learnt_(learnt), doubts_(doubts) {}
+      : line_(line), learnt_(learnt), doubts_(doubts) {
+    for (std::size_t i = 0; i < line.glyphs.size() && !isRightToLeft_; ++i) {
+      isRightToLeft_ = isRightToLeft(usualText(i));
+    }
+  }
 
   RecognisedLine decode() {
     std::vector<std::vector<Item>> words;
@@ -72,12 +85,31 @@ class Decoder {
   bool isSpaceBefore(std::size_t i) const {
     const auto& glyph = line_.glyphs[i];
     const double gap = double(glyph.gapBefore) / line_.height;
-    const double threshold = learnt_.gaps.threshold();
+    const double threshold = learnt_.gaps.threshold() + (isAtNarrowDigit(i) ? kNarrowDigit : 0);
     if (glyph.space >= 0 && std::abs(gap - threshold) < kUnsureGap * threshold &&
         learnt_.gaps.isUnsure(gap)) {
       return glyph.space == 1;
     }
     return gap > threshold;
+  }
+
+  // Digits stand in cells of one width, in which a 1 leaves much free: "11.", "802.1X".
+  bool isAtNarrowDigit(std::size_t i) const {
+    const auto left = letterAt(i - 1), right = letterAt(i);
+    if (isDigit(left) && isDigit(right)) return left == '1' || right == '1';
+    const auto before = i >= 2 ? letterAt(i - 2) : 0;
+    return left == '1' && (right == '.' || right == ',' || before == '.' || isDigit(before));
+  }
+
+  char32_t letterAt(std::size_t i) const { return firstLetter(usualText(i)); }
+
+  // What a shape mostly is; empty where nobody has read it.
+  std::string usualText(std::size_t i) const {
+    const ShapeId shape = line_.glyphs[i].shape;
+    if (shape == kNoShape) return {};
+    const auto& kind = learnt_.book.kind(learnt_.book.kindOf(shape));
+    if (kind.isCorrected) return kind.corrected;
+    return kind.votes.empty() ? std::string() : kind.votes.front().text;
   }
 
   // How many glyphs it takes.
@@ -120,6 +152,11 @@ class Decoder {
     readKind(item, kind, glyph);
     const bool isSecond = glyph.isRead && glyph.joined == 0;
     if (item.text.empty() && !isSecond) item.text = kUnread;
+    item.text = byItsForm(item.text, learnt_.book.shape(glyph.shape));
+    if (item.text == "-" && isRightToLeft_ &&
+        learnt_.book.shape(glyph.shape).width - 2 > 0.6 * line_.height) {
+      item.text = "–";  // which data for Hebrew and Arabic lacks
+    }
     const auto shapes = someShapes(kind);
     item.text = asDrawn(item.text, shapes, double(line_.slant));
     std::erase_if(item.others, [&](const std::string& other) {
@@ -128,6 +165,14 @@ class Decoder {
     checkSize(item, glyph, kind);
     word.push_back(std::move(item));
     return 1;
+  }
+
+  // What engines mix up though the shape tells it.
+  static std::string byItsForm(const std::string& text, const Shape& shape) {
+    const std::int32_t width = shape.width - 2, height = shape.height - 2;  // without its margin
+    if (text == "." && height >= 5 && height * 2 >= width * 3) return ",";
+    if (text == "--") return "—";
+    return text;
   }
 
   std::vector<const Shape*> someShapes(const ShapeKind& kind) const {
@@ -142,6 +187,7 @@ class Decoder {
   // An accent that was overlooked makes a letter higher than others of its name.
   void checkSize(Item& item, const SeenGlyph& glyph, const ShapeKind& kind) const {
     if (item.isSharp && kind.weight >= 2 * kSharpVotes) return;
+    if (isJoinedScript(firstLetter(item.text))) return;  // one letter, several forms
     const auto known = learnt_.sizes.of(item.text);
     if (!known) return;
     const auto& shape = learnt_.book.shape(glyph.shape);
@@ -182,6 +228,11 @@ class Decoder {
     }
     const auto& best = kind.votes.front();
     item.isSharp = kind.weight >= kSharpVotes && kind.share() >= kSharpShare;
+    // Pieces of joined letters are easily cut in the wrong place; what an engine read in this very
+    // line fits together.
+    const bool isWhole =
+        hasOwn && glyph.confidence >= kSureOfJoined && isJoinedScript(firstLetter(own));
+    if (isWhole && own != best.text) item.isSharp = false;
     item.text = item.isSharp || !hasOwn ? best.text : own;
     // Several letters, where the same shape has been one as often: the engine's order slipped.
     if (!item.isSharp && lettersOf(item.text).size() > 1 && !isRightToLeft(item.text))
@@ -197,9 +248,11 @@ class Decoder {
     if (item.isSharp) {
       item.confidence = share;
     } else {
-      // A shape that was seen once is as sure as the engine was, if the engine was here.
-      const double sure = hasOwn ? glyph.confidence / 100.0 : 0.5;
-      item.confidence = share * (kind.weight >= kSharpVotes ? 1 : sure * sure);
+      // A shape that was seen once is as sure as the engine was, here or wherever it was asked.
+      const double sure = glyph.confidence / 100.0;
+      const double once = hasOwn ? sure * sure : std::min(0.9, best.weight);
+      item.confidence = share * (kind.weight >= kSharpVotes ? 1 : once);
+      if (isWhole) item.confidence = std::max(item.confidence, std::pow(sure, kJoinedExponent));
     }
   }
 
@@ -221,7 +274,7 @@ class Decoder {
     const std::string text = textOf(word);
     const bool isListed = isWord(word);
     const bool canList = learnt_.words && lettersOf(text).size() >= 3;
-    if (canList && least < 0.9) least = isListed ? std::max(least, 0.75) : least * 0.7;
+    if (canList && least < 0.9) least = isListed ? std::max(least, 0.85) : least * 0.7;
     if (least < kDoubtful && weakest) {
       std::string doubt = "\"" + text + "\": ";
       if (weakest->text == kUnread) {
@@ -240,45 +293,17 @@ class Decoder {
   }
 
   void chooseVariant(std::vector<Item>& word) const {
-    std::vector<std::vector<std::string>> variants{{}};
+    std::vector<std::vector<std::string>> choices;
     for (const auto& item : word) {
-      std::vector<std::vector<std::string>> longer;
-      for (const auto& variant : variants) {
-        longer.push_back(variant);
-        longer.back().push_back(item.text);
-      }
-      if (!item.isSharp) {
-        for (const auto& other : item.others) {
-          for (const auto& variant : variants) {
-            if (longer.size() >= kMostVariants) break;
-            longer.push_back(variant);
-            longer.back().push_back(other);
-          }
-        }
-      }
-      variants = std::move(longer);
+      auto& texts = choices.emplace_back(1, item.text);
+      if (!item.isSharp) texts.insert(texts.end(), item.others.begin(), item.others.end());
     }
-    std::size_t best = 0;
-    int most = scoreOf(variants.front());
-    for (std::size_t i = 1; i < variants.size(); ++i) {
-      const int score = scoreOf(variants[i]);
-      if (score > most) {
-        most = score;
-        best = i;
-      }
-    }
+    const auto best = likeliestWord(choices, learnt_.words);
     for (std::size_t i = 0; i < word.size(); ++i) {
-      if (word[i].text == variants[best][i]) continue;
-      std::replace(word[i].others.begin(), word[i].others.end(), variants[best][i], word[i].text);
-      word[i].text = variants[best][i];
+      if (word[i].text == best[i]) continue;
+      std::replace(word[i].others.begin(), word[i].others.end(), best[i], word[i].text);
+      word[i].text = best[i];
     }
-  }
-
-  int scoreOf(const std::vector<std::string>& variant) const {
-    const std::string text = logicalOrder(variant);
-    int score = hasUsualCase(text) ? 1 : 0;
-    if (learnt_.words && learnt_.words->contains(text)) score += 2;
-    return score;
   }
 
   bool isWord(const std::vector<Item>& word) const {
@@ -308,28 +333,13 @@ class Decoder {
         styles.push_back({.text = {}, .colour = learnt_.colours[item.colour], .italic = isItalic});
       }
     }
-    return inOrder(texts, styles);
-  }
-
-  // A blank goes with the letters before it.
-  static std::vector<TextRun> inOrder(const std::vector<std::string>& texts,
-                                      const std::vector<TextRun>& styles) {
-    const bool isTurned = std::any_of(texts.begin(), texts.end(), isRightToLeft);
-    std::vector<TextRun> runs;
-    for (const auto i : screenOrder(texts)) {
-      const std::string text = isTurned ? mirrored(texts[i]) : texts[i];
-      const auto& style = styles[i];
-      const bool isNew = runs.empty() || (text != " " && (!(runs.back().colour == style.colour) ||
-                                                          runs.back().italic != style.italic));
-      if (isNew) runs.push_back(style);
-      runs.back().text += text;
-    }
-    return runs;
+    return runsInOrder(texts, styles);
   }
 
   const SeenLine& line_;
   const Learnt& learnt_;
   std::vector<std::string>& doubts_;
+  bool isRightToLeft_ = false;
 };
 
 }  // namespace

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 
 #include "recognition/letters.h"
+#include "recognition/line_runs.h"
 #include "recognition/word_gaps.h"
+#include "recognition/word_variants.h"
 #include "recognition/writing_order.h"
 
 namespace korr::recognition {
@@ -21,6 +23,45 @@ TEST(Letters, AreOfOneAlphabetInAWord) {
   EXPECT_EQ(inOneAlphabet("µία"), "μία");
   EXPECT_EQ(inOneAlphabet("MAT"), "MAT");
   EXPECT_EQ(inOneAlphabet("דוא\"ל"), "דוא״ל");
+}
+
+std::string read(const std::vector<std::string>& texts) {
+  std::string out;
+  const std::vector<TextRun> styles(texts.size());
+  for (const auto& run : runsInOrder(texts, styles)) out += run.text;
+  return out;
+}
+
+TEST(LineRuns, MendWhatTheWholeLineTells) {
+  EXPECT_EQ(read({"(", "a", "}"}), "(a)");
+  EXPECT_EQ(read({"{", "a", "}"}), "{a}");
+  EXPECT_EQ(read({"(", "א", ")"}), "(א)") << "as it stands on the screen";
+  EXPECT_EQ(read({")", "א", "("}), "(א)") << "as an engine turned it";
+  EXPECT_EQ(read({")", "א"}), "א(") << "goes on in the next line";
+  EXPECT_EQ(read({"ب", ",", "ا"}), "ا،ب");
+  EXPECT_EQ(read({"5", ",", "1", "ا"}), "ا5,1");
+}
+
+TEST(LineRuns, ChangeWithTheStyleOfLettersNotOfBlanks) {
+  const TextRun white{.text = {}, .colour = {255, 255, 255, 255}},
+      red{.text = {}, .colour = {255, 0, 0, 255}};
+  const auto runs = runsInOrder({"a", " ", "b", " ", "c"}, {white, red, white, red, red});
+  ASSERT_EQ(runs.size(), 2U);
+  EXPECT_EQ(runs[0].text, "a b ");
+  EXPECT_EQ(runs[1].text, "c");
+}
+
+class OneWord final : public IWordList {
+ public:
+  bool contains(const std::string& word) override { return word == "Ill"; }
+};
+
+TEST(WordVariants, PreferWordsThenUsualCapitals) {
+  using Word = std::vector<std::string>;
+  OneWord words;
+  EXPECT_EQ(likeliestWord({{"l", "I"}, {"I", "l"}, {"l"}}, &words), (Word{"I", "l", "l"}));
+  EXPECT_EQ(likeliestWord({{"a"}, {"O", "o"}}, nullptr), (Word{"a", "o"}));
+  EXPECT_EQ(likeliestWord({{"a"}, {"e", "c"}}, nullptr), (Word{"a", "e"}));
 }
 
 TEST(WordGaps, PartWordsAsTheEngineSaidOrElseWhereGapsAreFew) {

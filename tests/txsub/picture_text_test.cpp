@@ -216,8 +216,8 @@ TEST_F(PictureText, TellsWhatIsDoubtful) {
   const auto& cues = stats.at("ocr").at("cues");
   ASSERT_EQ(cues.size(), 2U);
   EXPECT_EQ(cues[1].at("start"), 5.0);
-  EXPECT_LT(cues[0].at("confidence"), 0.5);
-  EXPECT_GT(cues[1].at("confidence"), 0.5);
+  EXPECT_LT(cues[0].at("confidence"), 0.8);
+  EXPECT_GT(cues[1].at("confidence"), 0.8);
 
   const auto page = directory_.read("report.html");
   EXPECT_THAT(page, StartsWith("<!DOCTYPE html>"));
