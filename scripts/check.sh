@@ -21,7 +21,7 @@ git ls-files '*.h' '*.cpp' | xargs -P "$jobs" -n 25 sh -c '
 echo "== licenses"
 reuse lint >/dev/null || reuse lint
 unnamed=$(git ls-files '*.h' '*.cpp' '*.sh' '*.cmake' '*CMakeLists.txt' |
-  xargs grep -L "^\(//\|#\) SPDX-License"'-Identifier: ' || true)
+  xargs grep -L "^\(//\|#\|/\*\) SPDX-License"'-Identifier: ' || true)
 [ -z "$unnamed" ] || {
   echo "these lack the line that names their license, as the first of other files:" >&2
   echo "$unnamed" >&2
