@@ -86,7 +86,8 @@ TEST(SinkLogger, OutlivesAFullDiskAndADeadServer) {
 
 class FakeSender final : public platform::IUdpSender {
  public:
-  MOCK_METHOD(bool, send, (std::string_view datagram), (noexcept, override));
+  MOCK_METHOD(bool, send, (std::string_view datagram),
+              (noexcept, override));  // NOLINT(bugprone-exception-escape): of the mock
 };
 
 TEST(SyslogSink, SendsOneDatagramAMessageAsTheStandardWritesIt) {

@@ -132,7 +132,7 @@ class LocalServer {
     EXPECT_EQ(::listen(socket_, 5), 0);
     EXPECT_EQ(::getsockname(socket_, address, &size), 0);
     thread_ = std::thread([this] {
-      for (int visitor; (visitor = ::accept(socket_, nullptr, nullptr)) >= 0; ++visitors_) {
+      for (int visitor = 0; (visitor = ::accept(socket_, nullptr, nullptr)) >= 0; ++visitors_) {
         ::close(visitor);
       }
     });
