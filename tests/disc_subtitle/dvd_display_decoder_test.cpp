@@ -24,10 +24,10 @@ constexpr const char* kIndex =
 const Bytes kStart{0x03, 0x70, 0x40, 0x04, 0x8F, 0xF0, 0x01};
 
 SubPictureUnit unit(std::vector<SubPictureUnit::Step> steps) {
-  encoders::IndexedPicture picture{300, 3, Bytes(900, 0)};
+  encoders::IndexedPicture picture{258, 3, Bytes(774, 0)};  // the first row ends within a byte
   for (const std::size_t at : {0U, 1U, 2U}) picture.codes[at] = static_cast<std::uint8_t>(at + 1);
-  for (std::size_t x = 10; x < 300; ++x) picture.codes[300 + x] = 1;  // longer than a run
-  picture.codes[899] = 3;
+  for (std::size_t x = 1; x < 258; ++x) picture.codes[258 + x] = 1;  // longer than a run
+  picture.codes[773] = 3;
   return {.x = 100, .y = 400, .picture = picture, .steps = std::move(steps)};
 }
 
@@ -50,10 +50,10 @@ TEST_F(DvdDecoding, ShowsCodesInTheColoursOfTheTitleForAsLongAsTheySay) {
   EXPECT_EQ(picture.seconds, 1);
   EXPECT_EQ(picture.bitmap.height, 480U);
   EXPECT_EQ(picture.row(400, 99, 5), "- #ffff00ff #000000ff #ffffff88 -");
-  EXPECT_EQ(picture.row(401, 109, 2), "- #ffff00ff");
-  EXPECT_EQ(picture.at(399, 401), "#ffff00ff");
-  EXPECT_EQ(picture.at(399, 402), "#ffffff88");
-  EXPECT_EQ(picture.at(398, 402), "-");
+  EXPECT_EQ(picture.row(401, 100, 2), "- #ffff00ff");
+  EXPECT_EQ(picture.at(357, 401), "#ffff00ff");
+  EXPECT_EQ(picture.at(357, 402), "#ffffff88");
+  EXPECT_EQ(picture.at(356, 402), "-");
   EXPECT_NEAR(record_.shown[1].seconds, 1 + 175 * 1024 / 90000.0, 1e-6);
   EXPECT_EQ(record_.shown[1].bitmap.visible, 0);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gmock/gmock.h>
 
+#include "recognition/letter_sizes.h"
 #include "recognition/letters.h"
 #include "recognition/line_runs.h"
 #include "recognition/word_gaps.h"
@@ -62,6 +63,16 @@ TEST(WordVariants, PreferWordsThenUsualCapitals) {
   EXPECT_EQ(likeliestWord({{"l", "I"}, {"I", "l"}, {"l"}}, &words), (Word{"I", "l", "l"}));
   EXPECT_EQ(likeliestWord({{"a"}, {"O", "o"}}, nullptr), (Word{"a", "o"}));
   EXPECT_EQ(likeliestWord({{"a"}, {"e", "c"}}, nullptr), (Word{"a", "e"}));
+}
+
+TEST(LetterSizes, AreTheMeansOfWhatWasSeenOftenEnough) {
+  LetterSizes sizes;
+  sizes.learn("a", {.width = 0.5, .top = 0.7, .pixelTop = 20}, 1);
+  EXPECT_FALSE(sizes.of("a"));
+  sizes.learn("a", {.width = 0.7, .top = 0.7, .pixelTop = 24}, 1);
+  ASSERT_TRUE(sizes.of("a"));
+  EXPECT_NEAR(sizes.of("a")->width, 0.6, 1e-9);
+  EXPECT_NEAR(sizes.of("a")->pixelTop, 22, 1e-9);
 }
 
 TEST(WordGaps, PartWordsAsTheEngineSaidOrElseWhereGapsAreFew) {
