@@ -92,7 +92,7 @@ std::uint64_t lastNumber(const CheckedStore& store) {
   const auto list = store.files.find(std::string(kMadeFolder) + "/webvtt.m3u8");
   if (list == store.files.end()) return 0;
   const auto playlist = txsub::readPlaylist(list->second);
-  return playlist.mediaSequence + playlist.entries.size() - 1;
+  return playlist.mediaSequence + playlist.entries.size();
 }
 
 int run(const char* program, unsigned kills, unsigned seed) {

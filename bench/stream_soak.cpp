@@ -119,7 +119,7 @@ class SoakStore final : public IStreamStore {
   }
 
   void takePlaylist(const ReadPlaylist& playlist) {
-    const std::uint64_t last = playlist.mediaSequence + playlist.entries.size() - 1;
+    const std::uint64_t last = playlist.mediaSequence + playlist.entries.size();
     if (last == lastNumber_) return;
     if (lastNumber_ != 0 && last != lastNumber_ + 1) fault("a number is left out");
     lastNumber_ = last;

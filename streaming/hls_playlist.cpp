@@ -61,7 +61,8 @@ MediaPlaylist playlistOf(const StreamHistory& history, const SegmentNames& names
   MediaPlaylist playlist{
       .targetDuration = static_cast<unsigned>((longest + encoding::subtitling::kSecond / 2) /
                                               encoding::subtitling::kSecond),
-      .mediaSequence = history.listed().empty() ? 1 : history.listed().front().number,
+      // Players line renditions up by it where there is no better, and packagers begin with 0.
+      .mediaSequence = history.listed().empty() ? 0 : history.listed().front().number - 1,
       .discontinuitySequence = history.discontinuitySequence(),
       .isEvent = !history.window(),
       .map = names.map,

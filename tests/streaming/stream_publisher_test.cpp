@@ -62,7 +62,7 @@ class StreamRun {
 };
 
 std::uint64_t lastNumberOf(const ReadPlaylist& playlist) {
-  return playlist.mediaSequence + playlist.entries.size() - 1;
+  return playlist.mediaSequence + playlist.entries.size();
 }
 
 TEST(StreamPublisher, KeepsEveryPlaylistTrueAndRemovesWhatIsOld) {

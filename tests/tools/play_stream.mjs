@@ -6,9 +6,9 @@
 //
 // RECORDING has teletext and no video, which is put to it here. Writes into DIRECTORY, prints a line
 // per player, and ends with 1 when a cue is missing, is one too many, or is off by more than 40 ms.
-import { execFileSync } from 'node:child_process';
+import { execFileSync, spawn } from 'node:child_process';
 import {
-  createReadStream, mkdirSync, readdirSync, readFileSync, rmSync, statSync, writeFileSync,
+  createReadStream, existsSync, mkdirSync, readdirSync, readFileSync, rmSync, statSync, writeFileSync,
 } from 'node:fs';
 import { createServer } from 'node:http';
 import { extname, join } from 'node:path';
@@ -63,6 +63,8 @@ async function play(player, url, language, format, longest) {
       }
     }
   };
+  let joined = null;
+  video.onplaying = () => { joined ??= video.currentTime; };
   const ended = new Promise((done) => { video.onended = () => done('ended'); });
   video.muted = true;
   if (player === 'hls.js') {
@@ -105,7 +107,7 @@ async function play(player, url, language, format, longest) {
   await video.play().catch((error) => errors.push(String(error)));
   const outcome = await Promise.race([ended, new Promise((done) => setTimeout(done, longest, 'late'))]);
   clearInterval(timer);
-  return { outcome, errors, time: video.currentTime, cues: [...seen.values()] };
+  return { outcome, errors, joined, time: video.currentTime, cues: [...seen.values()] };
 }
 
 function serve() {
@@ -119,9 +121,9 @@ function serve() {
 <script>${play}</script>`);
       return;
     }
-    if (path === '/pages/') {  // all in one, as browsers let only what is seen play
+    if (path.startsWith('/pages/')) {  // all in one, as browsers let only what is seen play
       response.setHeader('Content-Type', 'text/html');
-      response.end(runs.map(({ player }, i) => `<iframe name="run${i}" src="/page/${player}"
+      response.end((path === '/pages/live' ? liveRuns : runs).map(({ player }, i) => `<iframe name="run${i}" src="/page/${player}"
 width="340" height="240" allow="autoplay"></iframe>`).join(''));
       return;
     }
@@ -170,10 +172,11 @@ function joined(cues) {
   return result;
 }
 
-function faultsOf(shown, truth) {
+// `from`: a player of a programme that runs joins there; what began before counts for nothing.
+function faultsOf(shown, truth, from) {
   const faults = [];
   const left = joined(shown);
-  for (const cue of truth) {
+  for (const cue of truth.filter((one) => one.start >= from)) {
     const index = left.findIndex((one) => one.text === cue.text);
     if (index < 0) {
       faults.push(`"${cue.text}" at ${cue.start} s is missing`);
@@ -186,7 +189,7 @@ function faultsOf(shown, truth) {
     else if (found.at - cue.start > 0.5) faults.push(`"${cue.text}" comes ${found.at - cue.start} s late`);
   }
   for (const one of left) {
-    faults.push(`"${one.text}" at ${one.start} s is one too many`);
+    if (one.start >= from) faults.push(`"${one.text}" at ${one.start} s is one too many`);
   }
   return faults;
 }
@@ -260,9 +263,29 @@ function readFragments(format, tag) {
   return isOrdered && found.packets[0].pts === kStart * 90_000 ? '' : 'samples are out of order';
 }
 
+// Both halves while the programme runs; comes back when there is enough to play.
+async function startLive() {
+  mkdirSync(below('live', 'video'), { recursive: true });
+  writeFileSync(below('live', 'video', 'master.m3u8'), readFileSync(below('video', 'master.m3u8')));
+  const options = { stdio: ['ignore', 'ignore', 'inherit'] };
+  spawn(txsub, ['stream', below('recording.ts'), '-o', below('live', 'subtitles'), '--segment', '3',
+    '--realtime', '--master', below('live', 'video', 'master.m3u8')], options);
+  spawn('ffmpeg', ['-nostdin', '-v', 'error', '-re', '-copyts', '-i', below('recording.ts'), '-map', '0:v',
+    '-c', 'copy', '-f', 'hls', '-hls_time', '3', '-hls_playlist_type', 'event', '-hls_segment_options',
+    'mpegts_copyts=1', below('live', 'video', 'v.m3u8')], options);
+  const isThere = (...name) => existsSync(below('live', ...name));
+  for (let i = 0; i < 300; ++i) {
+    if (isThere('video', 'v1.ts') && isThere('video', 'v.m3u8') && isThere('subtitles', 'master.m3u8')) return;
+    await new Promise((done) => setTimeout(done, 100));
+  }
+}
+
 makeRecording();
 makeVideo();
 makeSubtitles();
+const liveRuns = ['hls.js', 'shaka'].map((player) => ({
+  player, url: 'live/subtitles/master.m3u8', format: '',
+}));
 const runs = [
   { player: 'hls.js', url: 'subtitles/master.m3u8', format: '' },
   { player: 'shaka', url: 'subtitles/master.m3u8', format: '' },
@@ -281,26 +304,35 @@ const browser = await puppeteer.launch({
   args: ['--no-sandbox', '--disable-gpu', '--autoplay-policy=no-user-gesture-required',
     '--disable-dev-shm-usage'],
 });
-const page = await browser.newPage();
-await page.goto(`${base}/pages/`);
 let failed = truth.length === 0 || runs.length === 0;
 for (const [format, tag] of [['im1t', 'stpp'], ['wvtt', 'wvtt']]) {
   const fault = readFragments(format, tag);
   console.log(`ffprobe, ${format}: ${fault || 'as it should be'}`);
   failed ||= fault !== '';
 }
-await Promise.all(runs.map(async ({ player, url, format }, i) => {
-  const frame = page.frames().find((one) => one.name() === `run${i}`);
-  const result = await frame.evaluate(`play(${JSON.stringify(player)}, ${JSON.stringify(`${base}/${url}`)},
-    ${JSON.stringify(language)}, ${JSON.stringify(format)}, ${kLongest})
-    .catch((error) => ({ errors: [error.message ?? String(error)] }))`);
-  const faults = result.outcome === 'ended' ? faultsOf(result.cues, truth)
-    : [`${result.outcome ?? 'not played'}, at ${result.time} s`];
-  faults.push(...result.errors);
-  console.log(`${player}, ${url}${format ? `, ${format}` : ''}: ${
-    faults.length ? faults.join('; ') : `${truth.length} cues as they should be`}`);
-  failed ||= faults.length !== 0;
-}));
+
+async function playAll(page, all) {
+  await Promise.all(all.map(async ({ player, url, format }, i) => {
+    const frame = page.frames().find((one) => one.name() === `run${i}`);
+    const result = await frame.evaluate(`play(${JSON.stringify(player)}, ${JSON.stringify(`${base}/${url}`)},
+      ${JSON.stringify(language)}, ${JSON.stringify(format)}, ${kLongest})
+      .catch((error) => ({ errors: [error.message ?? String(error)] }))`);
+    const faults = result.outcome === 'ended' ? faultsOf(result.cues, truth, url.startsWith('live/') ? result.joined : 0)
+      : [`${result.outcome ?? 'not played'}, at ${result.time} s`];
+    faults.push(...result.errors);
+    console.log(`${player}, ${url}${format ? `, ${format}` : ''}: ${
+      faults.length ? faults.join('; ') : `${truth.length} cues as they should be`}${
+        result.joined > 0.5 ? `, from ${result.joined.toFixed(1)} s on` : ''}`);
+    failed ||= faults.length !== 0;
+  }));
+}
+
+const page = await browser.newPage();
+await page.goto(`${base}/pages/`);
+await playAll(page, runs);
+await startLive();
+await page.goto(`${base}/pages/live`);
+await playAll(page, liveRuns);
 await browser.close();
 server.close();
 process.exit(failed ? 1 : 0);
