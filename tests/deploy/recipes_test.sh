@@ -108,7 +108,7 @@ END
 kill_workers() { # JOB
   while [ "$killed" -lt "$kills" ] && [ -n "$(squeue -h -j "$1" 2>/dev/null)" ]; do
     sleep "0.$((RANDOM % 4))"
-    pkill -KILL -o -f "^$txsub batch --jobs" && killed=$((killed + 1)) || true
+    pkill -KILL -o -f "^$txsub batch --jobs .* $work/list.txt " && killed=$((killed + 1)) || true
   done
 }
 

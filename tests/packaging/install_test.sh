@@ -27,8 +27,10 @@ grep -q "^PackageName: libcli11-dev$" "$scratch"/usr/share/doc/*/txsub.spdx ||
   fail "the bill of materials lacks what is built in"
 txsub=$scratch/usr/bin/txsub
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
-commit=$(git -C "$root" describe --always --dirty --abbrev=10 '--exclude=*' 2>/dev/null || true)
-[ "$("$txsub" --version)" = "txsub $version${commit:+ ($commit)}" ] || fail "--version says '$("$txsub" --version)'"
+case $("$txsub" --version) in
+  "txsub $version" | "txsub $version ("*")") ;;  # of a checkout, with its commit
+  *) fail "--version says '$("$txsub" --version)'" ;;
+esac
 
 words=$(bash -c ". $scratch/usr/share/bash-completion/completions/txsub
   COMP_WORDS=(txsub convert news.ts --non); COMP_CWORD=3; _txsub; echo \"\${COMPREPLY[*]}\"")
