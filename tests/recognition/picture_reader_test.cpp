@@ -115,6 +115,12 @@ TEST_F(PictureReading, KeepsLinesWordsColoursAndPlaces) {
   EXPECT_EQ(picture.lines[1].baseline - picture.lines[0].baseline, 44);
 }
 
+TEST_F(PictureReading, TakesADotForAPartOfWhatItStandsOver) {
+  auto reader = readerWith(nullptr);
+  reader.add(draw({{"A:B!"}}));
+  EXPECT_EQ(reader.counters().glyphs, 4U);
+}
+
 TEST_F(PictureReading, ReadsKnownLettersWithoutTheEngine) {
   engine_.answers = {"NOON ON NOON"};
   auto reader = readerWith(&engine_);
