@@ -14,14 +14,18 @@ namespace korr::platform {
 namespace {
 
 std::atomic<bool> interrupted = false;
+HANDLE mainThread = nullptr;
 
 BOOL WINAPI onControl(DWORD event) {
   const bool isSecond = interrupted.exchange(true);
+  ::CancelSynchronousIo(mainThread);  // it may wait for a pipe in which nothing comes
   if (event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT) return isSecond ? FALSE : TRUE;
   // The window closes, or the user goes: the system ends the program as soon as this returns, or
   // after five seconds, in which it can complete its output and end by itself.
-  ::Sleep(INFINITE);
-  return TRUE;
+  for (;;) {
+    ::Sleep(50);
+    ::CancelSynchronousIo(mainThread);  // it may have begun to wait just now
+  }
 }
 
 std::string toUtf8(const wchar_t* text) {
@@ -67,6 +71,8 @@ void prepareStandardStreams() {
 }
 
 void catchInterrupts() {
+  ::DuplicateHandle(::GetCurrentProcess(), ::GetCurrentThread(), ::GetCurrentProcess(), &mainThread,
+                    0, FALSE, DUPLICATE_SAME_ACCESS);
   ::SetConsoleCtrlHandler(onControl, TRUE);
 }
 
