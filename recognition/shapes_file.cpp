@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 #include <optional>
+#include <utility>
 
 namespace korr::recognition {
 
@@ -20,6 +21,8 @@ constexpr std::string_view kHead =
 constexpr std::string_view kLevels = ".-+#";
 constexpr std::int32_t kMostPixels = 2000;  // of a side
 constexpr std::size_t kMostProblems = 100;
+constexpr double kLeastGap = 0.01;  // as it is written, with two places
+constexpr double kMostGap = 1.99;
 constexpr double kMostWeight = 24;  // what a file says of itself counts no more than that
 
 // Takes words off a line and knows in which column it is.
@@ -139,12 +142,14 @@ class ShapesReader {
 
   void readGap(LineReader& words) {
     const auto gap = words.number<double>();
-    if (gap && *gap > 0 && *gap < 2) {
+    if (gap && *gap >= kLeastGap && *gap <= kMostGap) {
       report_.gap = *gap;
-    } else {
-      fail(words.lastColumn(), "no gap between 0 and 2");
-      isDamaged_ = false;
+      return;
     }
+    // The entry around it is as good or as damaged as before.
+    const bool wasDamaged = std::exchange(isDamaged_, false);
+    fail(words.lastColumn(), "no gap between 0.01 and 1.99");
+    isDamaged_ = wasDamaged;
   }
 
   // letter "e" learnt seen 132 sure 23.5 [italic]

@@ -74,6 +74,15 @@ TEST(ShapesFile, SaysWhereItIsDamagedAndKeepsTheRest) {
   }
 }
 
+TEST(ShapesFile, AWrongGapMendsNoLetterAroundIt) {
+  ShapeBook book;
+  const auto report = readShapes("letter e\nrise 1\ngap 7\n#\ngap 0.001\n", book);
+  EXPECT_EQ(report.letters, 0U);
+  EXPECT_EQ(report.problems.size(), 3U);
+  EXPECT_EQ(report.gap, 0);
+  EXPECT_EQ(book.shapeCount(), 0U);
+}
+
 TEST(ShapesFile, KeepsACorrectedShapeApartFromOneThatLooksAlike) {
   const std::string bar =
       "rise 12\n.##.\n.##.\n.##.\n.##.\n.##.\n.##.\n.##.\n.##.\n.##.\n.##.\n.##.\n.##.\n";
