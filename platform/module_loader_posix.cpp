@@ -20,7 +20,7 @@ std::filesystem::path ownFolder() {
   const bool isKnown = dladdr(reinterpret_cast<void*>(&ownFolder), &info) != 0 && info.dli_fname;
   const std::filesystem::path file = isKnown ? info.dli_fname : "";
   std::error_code error;
-  if (file.string().find(".so") != std::string::npos) {
+  if (file.filename().string().find(".so") != std::string::npos) {
     return std::filesystem::canonical(file, error).parent_path();
   }
   return programFile().parent_path();
